@@ -1,0 +1,90 @@
+// `Instance_Map`: the instances of one class in insertion order, unique by key.
+#ifndef TVR_RUNTIME_INSTANCE_MAP_H
+#define TVR_RUNTIME_INSTANCE_MAP_H
+
+#include "runtime/instance.h"
+
+#include <vector>
+
+namespace cimple {
+
+// A map owns its members and destroys them, whatever their count, when it is cleared or ends: what
+// leaves a map is always a clone. A hash of the keys beside the array makes find, lookup, insert
+// and the copy of a map linear in its size; answers and order are those of a linear search.
+// No lock of its own: its owner provides it. Growth that fails throws std::bad_alloc with the map
+// unchanged.
+class Instance_Map {
+public:
+    explicit Instance_Map(const Meta_Class* meta_class) noexcept : _meta_class(meta_class) {}
+    Instance_Map(const Instance_Map&) = delete;
+    Instance_Map& operator=(const Instance_Map&) = delete;
+    ~Instance_Map() { clear(); }
+
+    const Meta_Class* meta_class() const noexcept { return _meta_class; }
+
+    // Position of the first member whose keys equal those of `instance` (`key_eq(member,
+    // instance)`), or -1.
+    long find(const Instance* instance) const;
+    Instance* lookup(const Instance* instance) const;
+
+    // Appends the instance, takes over the caller's count and gives the position; or -1, and takes
+    // nothing, if a member has the same keys.
+    long insert(Instance* instance);
+
+    std::size_t size() const noexcept { return _instances.size(); }
+    bool empty() const noexcept { return _instances.empty(); }
+    Instance* get(std::size_t position) const noexcept { return _instances[position]; }
+    const Array<Instance*>& instances() const noexcept { return _instances; }
+
+    // Drops the entry without ending the instance; a position behind the end is ignored.
+    void remove(std::size_t position);
+
+    void clear() noexcept;
+    void reserve(std::size_t size);
+
+    // Appends clones of all members of `from`, a map of the same class. -1 at the first whose keys
+    // are already here, else the number appended; `position` gets where it stopped.
+    long append_clones(const Instance_Map& from, std::size_t& position);
+
+private:
+    std::size_t hash_of(const Instance* instance) const noexcept;
+    void rehash(std::size_t buckets);
+
+    const Meta_Class* _meta_class;
+    Array<Instance*> _instances;
+    std::vector<std::size_t> _hashes; // of the members, by position
+    std::vector<uint32> _buckets;     // open addressing: position + 1, 0 free
+};
+
+// A map whose members are all of class `C`.
+template <class C> class Class_Map : public Instance_Map {
+public:
+    Class_Map() noexcept : Instance_Map(&C::static_meta_class) {}
+
+    C* get(std::size_t position) const noexcept {
+        return static_cast<C*>(Instance_Map::get(position));
+    }
+    C* lookup(const Instance* instance) const {
+        return static_cast<C*>(Instance_Map::lookup(instance));
+    }
+
+    class iterator {
+    public:
+        explicit iterator(Instance* const* at) noexcept : _at(at) {}
+        C* operator*() const noexcept { return static_cast<C*>(*_at); }
+        iterator& operator++() noexcept {
+            ++_at;
+            return *this;
+        }
+        bool operator==(const iterator&) const noexcept = default;
+
+    private:
+        Instance* const* _at;
+    };
+    iterator begin() const noexcept { return iterator(instances().begin()); }
+    iterator end() const noexcept { return iterator(instances().end()); }
+};
+
+} // namespace cimple
+
+#endif
