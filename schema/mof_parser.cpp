@@ -1,0 +1,404 @@
+#include "schema/mof_parser.h"
+
+#include <charconv>
+#include <fstream>
+#include <limits>
+#include <sstream>
+#include <utility>
+
+namespace tvrmof {
+
+namespace {
+
+constexpr unsigned max_include_depth = 16;
+
+bool is_datetime(std::string_view text) noexcept {
+    // yyyymmddhhmmss.mmmmmmsutc, digits or '*', with ':' as sign for an interval.
+    constexpr std::size_t size = 25, point = 14, sign = 21;
+    if (text.size() != size) {
+        return false;
+    }
+    for (std::size_t i = 0; i < size; ++i) {
+        const char c = text[i];
+        const bool fits = i == point  ? c == '.'
+                          : i == sign ? c == ':' || c == '+' || c == '-'
+                          : i > sign  ? c >= '0' && c <= '9'
+                                      : (c >= '0' && c <= '9') || c == '*';
+        if (!fits) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Value of a number as written: decimal, or hexadecimal behind "0x"; false if it is none or too
+// large for T.
+template <class T> bool parse_integer(std::string_view text, T& value) noexcept {
+    bool negative = false;
+    if (text.starts_with('+') || text.starts_with('-')) {
+        negative = text[0] == '-';
+        text.remove_prefix(1);
+    }
+    const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+    if (hexadecimal) {
+        text.remove_prefix(2);
+    }
+    std::uint64_t magnitude = 0;
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, magnitude, hexadecimal ? 16 : 10);
+    if (result.ec != std::errc() || result.ptr != end) {
+        return false;
+    }
+    const auto max = static_cast<std::uint64_t>(std::numeric_limits<T>::max());
+    if (!negative) {
+        value = static_cast<T>(magnitude);
+        return magnitude <= max;
+    }
+    if constexpr (std::numeric_limits<T>::is_signed) {
+        value = static_cast<T>(0 - magnitude);
+        return magnitude <= max + 1;
+    }
+    value = 0;
+    return magnitude == 0;
+}
+
+template <class T, class Stored> std::optional<Literal> integer(std::string_view text) noexcept {
+    T value{};
+    if (!parse_integer(text, value)) {
+        return std::nullopt;
+    }
+    return Literal(static_cast<Stored>(value));
+}
+
+std::optional<Literal> real(std::string_view text, Type type) noexcept {
+    const char* begin = text.data();
+    const char* const end = begin + text.size();
+    begin += text.starts_with('+');
+    double value = 0;
+    const auto result = std::from_chars(begin, end, value);
+    if (result.ec != std::errc() || result.ptr != end) {
+        return std::nullopt;
+    }
+    constexpr double max_single = std::numeric_limits<float>::max();
+    if (type == Type::real32 && (value > max_single || value < -max_single)) {
+        return std::nullopt;
+    }
+    return Literal(value);
+}
+
+std::optional<Literal> number(std::string_view text, Type type) noexcept {
+    switch (type) {
+    case Type::uint8:
+        return integer<std::uint8_t, std::uint64_t>(text);
+    case Type::sint8:
+        return integer<std::int8_t, std::int64_t>(text);
+    case Type::uint16:
+    case Type::char16:
+        return integer<std::uint16_t, std::uint64_t>(text);
+    case Type::sint16:
+        return integer<std::int16_t, std::int64_t>(text);
+    case Type::uint32:
+        return integer<std::uint32_t, std::uint64_t>(text);
+    case Type::sint32:
+        return integer<std::int32_t, std::int64_t>(text);
+    case Type::uint64:
+        return integer<std::uint64_t, std::uint64_t>(text);
+    case Type::sint64:
+        return integer<std::int64_t, std::int64_t>(text);
+    case Type::real32:
+    case Type::real64:
+        return real(text, type);
+    default:
+        return std::nullopt;
+    }
+}
+
+// The value of a literal of a type, or none if it doesn't fit.
+std::optional<Literal> literal(const Token& token, Type type) {
+    switch (token.kind) {
+    case Token::NUMBER:
+        return number(token.text, type);
+    case Token::STRING:
+        if (type == Type::string || (type == Type::datetime && is_datetime(token.text))) {
+            return Literal(token.text);
+        }
+        return std::nullopt;
+    case Token::CHAR:
+        return type == Type::char16 && !token.text.empty() ? std::optional(Literal(token.text))
+                                                           : std::nullopt;
+    case Token::NAME:
+        if (type == Type::boolean && token.is_keyword("true")) {
+            return Literal(true);
+        }
+        if (type == Type::boolean && token.is_keyword("false")) {
+            return Literal(false);
+        }
+        return std::nullopt;
+    default:
+        return std::nullopt;
+    }
+}
+
+class Parser {
+public:
+    Parser(std::string_view text, const std::string& file, unsigned depth)
+        : _lexer(text, file), _depth(depth), _token(_lexer.next()) {}
+
+    void parse(Declarations& declarations) {
+        while (_token.kind != Token::END) {
+            if (_token.kind == Token::PRAGMA) {
+                pragma(declarations);
+            } else {
+                declarations.push_back(class_declaration());
+            }
+        }
+    }
+
+private:
+    Position here() const { return {_lexer.file(), _token.line}; }
+
+    Token take() { return std::exchange(_token, _lexer.next()); }
+
+    bool take_if(char mark) {
+        if (!_token.is(mark)) {
+            return false;
+        }
+        take();
+        return true;
+    }
+
+    [[noreturn]] void unexpected(const std::string& wanted) const {
+        fail(here(), "expected " + wanted + " and found " + _token.describe());
+    }
+
+    void expect(char mark, const char* behind) {
+        if (!take_if(mark)) {
+            unexpected(std::string("\"") + mark + "\" " + behind);
+        }
+    }
+
+    std::string name(const char* what) {
+        if (_token.kind != Token::NAME) {
+            unexpected(what);
+        }
+        return take().text;
+    }
+
+    void pragma(Declarations& declarations) {
+        const Position position = here();
+        const bool include = same_name(take().text, "include");
+        expect('(', "behind the pragma's name");
+        if (_token.kind != Token::STRING) {
+            unexpected("a string");
+        }
+        const std::string text = take().text;
+        expect(')', "behind the pragma's value");
+        if (!include) {
+            return;
+        }
+        if (_depth >= max_include_depth) {
+            fail(position, "files include one another more than " +
+                               std::to_string(max_include_depth) + " deep");
+        }
+        if (text.empty()) {
+            fail(position, "the name of the included file is empty");
+        }
+        const std::size_t slash = _lexer.file().rfind('/');
+        const bool beside = text[0] != '/' && slash != std::string::npos;
+        const std::string path = beside ? _lexer.file().substr(0, slash + 1) + text : text;
+        if (!std::ifstream(path)) {
+            fail(position, "cannot open the included file \"" + path + "\"");
+        }
+        parse_file(path, declarations, _depth + 1);
+    }
+
+    Qualifiers qualifiers() {
+        Qualifiers result;
+        if (!take_if('[')) {
+            return result;
+        }
+        do {
+            Qualifier qualifier;
+            const Position position = here();
+            qualifier.name = name("the name of a qualifier");
+            if (result.find(qualifier.name) != nullptr) {
+                fail(position, "the qualifier " + qualifier.name + " stands twice");
+            }
+            if (take_if('(')) {
+                qualifier.value = qualifier_value();
+                expect(')', "behind the qualifier's value");
+            } else if (take_if('{')) {
+                do {
+                    qualifier_value();
+                } while (take_if(','));
+                expect('}', "behind the qualifier's values");
+            }
+            if (take_if(':')) {
+                while (_token.kind == Token::NAME) {
+                    take(); // how it passes to subclasses has no bearing here
+                }
+            }
+            result.list.push_back(std::move(qualifier));
+        } while (take_if(','));
+        expect(']', "behind the qualifiers");
+        return result;
+    }
+
+    // Whatever literal stands there, each kind as its widest type.
+    std::optional<Literal> qualifier_value() {
+        if (_token.is_keyword("null")) {
+            take();
+            return std::nullopt;
+        }
+        for (const Type type : {Type::boolean, Type::uint64, Type::sint64, Type::real64,
+                                Type::string, Type::char16}) {
+            if (std::optional<Literal> value = literal(_token, type)) {
+                take();
+                return value;
+            }
+        }
+        unexpected("the qualifier's value");
+    }
+
+    // Type, "REF", name and brackets of a property, reference, method or parameter.
+    void typed(Typed& result, const char* what) {
+        result.position = here();
+        result.qualifiers = qualifiers();
+        const Position type_position = here();
+        const std::string type = name("a type or a class");
+        result.is_reference = _token.is_keyword("ref");
+        if (result.is_reference) {
+            take();
+            result.target = type;
+        } else if (const std::optional<Type> known = find_type(type)) {
+            result.type = *known;
+            result.target = result.qualifiers.text("EmbeddedInstance");
+            if ((!result.target.empty() || result.is_embedded_object()) &&
+                result.type != Type::string) {
+                fail(type_position, "an embedded instance is declared as a string");
+            }
+        } else {
+            fail(type_position, "\"" + type + "\" is not a type");
+        }
+        result.name = name(what);
+        if (take_if('[')) {
+            result.is_array = true;
+            if (!take_if(']')) {
+                unexpected("\"]\": arrays of a fixed size are not supported");
+            }
+        }
+    }
+
+    Parameter parameter() {
+        Parameter result;
+        typed(result, "the name of a parameter");
+        return result;
+    }
+
+    void method(Feature& feature) {
+        feature.kind = Feature_Kind::method;
+        if (feature.is_reference || feature.is_array) {
+            fail(feature.position, "method " + feature.name + ": the result must be a scalar");
+        }
+        if (!take_if(')')) {
+            do {
+                Parameter next = parameter();
+                if (feature.parameter(next.name) != nullptr) {
+                    fail(next.position, "parameter " + next.name + " is declared twice");
+                }
+                feature.parameters.push_back(std::move(next));
+            } while (take_if(','));
+            expect(')', "behind the parameters");
+        }
+    }
+
+    void default_value(Feature& feature) {
+        const Position position = here();
+        if (_token.is_keyword("null")) {
+            take();
+            feature.value_is_null = true;
+            return;
+        }
+        if (feature.is_array) {
+            fail(position, "property " + feature.name + ": array defaults are not supported");
+        }
+        if (feature.is_reference || feature.is_embedded_instance() ||
+            feature.is_embedded_object()) {
+            fail(position, "property " + feature.name + ": an instance has no default but NULL");
+        }
+        feature.value = literal(_token, feature.type);
+        if (!feature.value) {
+            fail(position, "property " + feature.name + ": " + _token.describe() +
+                               " is not a value of type " + type_name(feature.type));
+        }
+        take();
+    }
+
+    std::unique_ptr<Feature> feature() {
+        auto result = std::make_unique<Feature>();
+        typed(*result, "the name of a property or method");
+        result->kind = result->is_reference ? Feature_Kind::reference : Feature_Kind::property;
+        if (!result->is_array && take_if('(')) {
+            method(*result);
+        } else if (take_if('=')) {
+            default_value(*result);
+        }
+        expect(';', ("behind " + result->name).c_str());
+        return result;
+    }
+
+    Declaration class_declaration() {
+        Declaration result;
+        result.declared = std::make_unique<Class>();
+        Class& declared = *result.declared;
+        declared.qualifiers = qualifiers();
+        if (!_token.is_keyword("class")) {
+            unexpected("a class declaration");
+        }
+        take();
+        declared.position = here();
+        declared.name = name("the name of a class");
+        if (take_if(':')) {
+            result.super = name("the name of the parent");
+        }
+        expect('{', "before the features of the class");
+        while (!take_if('}')) {
+            std::unique_ptr<Feature> next = feature();
+            for (const std::unique_ptr<Feature>& other : declared.own) {
+                if (same_name(other->name, next->name)) {
+                    fail(next->position,
+                         "class " + declared.name + ": " + next->name + " is declared twice");
+                }
+            }
+            next->origin = declared.name;
+            declared.own.push_back(std::move(next));
+        }
+        expect(';', "behind the class");
+        return result;
+    }
+
+    Lexer _lexer;
+    unsigned _depth;
+    Token _token;
+};
+
+} // namespace
+
+void parse_text(std::string_view text, const std::string& name, Declarations& declarations,
+                unsigned depth) {
+    Parser(text, name, depth).parse(declarations);
+}
+
+void parse_file(const std::string& path, Declarations& declarations, unsigned depth) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    if (!file || !(text << file.rdbuf()) || file.bad()) {
+        // An empty file sets the failure bit of `text` as well, and declares nothing.
+        if (!file || file.peek() != std::ifstream::traits_type::eof() || file.bad()) {
+            throw Error(path + ": cannot read the file");
+        }
+    }
+    parse_text(text.str(), path, declarations, depth);
+}
+
+} // namespace tvrmof
