@@ -277,6 +277,9 @@ private:
                 result.type != Type::string) {
                 fail(type_position, "an embedded instance is declared as a string");
             }
+            if (result.target.empty() && result.qualifiers.has("EmbeddedInstance")) {
+                fail(result.position, "EmbeddedInstance needs the name of a class");
+            }
         } else {
             fail(type_position, "\"" + type + "\" is not a type");
         }
