@@ -1,0 +1,183 @@
+// The exported HBA API.
+#define HBA_API __attribute__((visibility("default")))
+
+#include "sim/guarded.h"
+#include "sim/vendor_table.h"
+
+#include <cstring>
+
+using namespace tvrsim;
+
+namespace {
+
+constexpr HBA_UINT32 libraryVersion = 2;
+constexpr size_t adapterNameSize = 256;
+
+const VendorTableV2& vendorTable() {
+    static const VendorTableV2 table = [] {
+        VendorTableV2 entries = {};
+        entries.getVersion = HBA_GetVersion;
+        entries.loadLibrary = HBA_LoadLibrary;
+        entries.freeLibrary = HBA_FreeLibrary;
+        entries.getNumberOfAdapters = HBA_GetNumberOfAdapters;
+        entries.getAdapterName = HBA_GetAdapterName;
+        entries.openAdapter = HBA_OpenAdapter;
+        entries.closeAdapter = HBA_CloseAdapter;
+        entries.getAdapterAttributes = HBA_GetAdapterAttributes;
+        entries.getAdapterPortAttributes = HBA_GetAdapterPortAttributes;
+        entries.refreshInformation = HBA_RefreshInformation;
+        entries.getFcpTargetMapping = HBA_GetFcpTargetMapping;
+        entries.sendScsiInquiry = HBA_SendScsiInquiry;
+        entries.sendReadCapacity = HBA_SendReadCapacity;
+        entries.removeCallback = HBA_RemoveCallback;
+        entries.registerForAdapterPortEvents = HBA_RegisterForAdapterPortEvents;
+        return entries;
+    }();
+    return table;
+}
+
+} // namespace
+
+extern "C" {
+
+// The HBA API library calls one of these two when it loads this library as a vendor's.
+HBA_API HBA_STATUS HBA_RegisterLibrary(VendorTable* entries);
+HBA_API HBA_STATUS HBA_RegisterLibraryV2(VendorTableV2* entries);
+
+HBA_STATUS HBA_RegisterLibrary(VendorTable* entries) {
+    return guarded(EntryPoint::HBA_RegisterLibrary, {}, [=](Host&) -> HBA_STATUS {
+        if (entries == nullptr) {
+            return HBA_STATUS_ERROR_ARG;
+        }
+        *entries = vendorTable();
+        return HBA_STATUS_OK;
+    });
+}
+
+HBA_STATUS HBA_RegisterLibraryV2(VendorTableV2* entries) {
+    return guarded(EntryPoint::HBA_RegisterLibraryV2, {}, [=](Host&) -> HBA_STATUS {
+        if (entries == nullptr) {
+            return HBA_STATUS_ERROR_ARG;
+        }
+        *entries = vendorTable();
+        return HBA_STATUS_OK;
+    });
+}
+
+HBA_UINT32 HBA_GetVersion(void) {
+    return guarded(EntryPoint::HBA_GetVersion, {}, [](Host&) { return libraryVersion; });
+}
+
+HBA_STATUS HBA_LoadLibrary(void) {
+    return guarded(EntryPoint::HBA_LoadLibrary, {}, [](Host& host) -> HBA_STATUS {
+        return host.usable() ? HBA_STATUS_OK : HBA_STATUS_ERROR;
+    });
+}
+
+HBA_STATUS HBA_FreeLibrary(void) {
+    return guarded(EntryPoint::HBA_FreeLibrary, {}, [](Host&) { return HBA_STATUS_OK; });
+}
+
+HBA_UINT32 HBA_GetNumberOfAdapters(void) {
+    return guarded(EntryPoint::HBA_GetNumberOfAdapters, {},
+                   [](Host& host) { return static_cast<HBA_UINT32>(host.adapterCount()); });
+}
+
+HBA_STATUS HBA_GetAdapterName(HBA_UINT32 adapterindex, char* adaptername) {
+    const auto name = Host::instance().adapterName(adapterindex);
+    return guarded(EntryPoint::HBA_GetAdapterName, {name.value_or(""), ""},
+                   [&](Host&) -> HBA_STATUS {
+                       if (adaptername == nullptr) {
+                           return HBA_STATUS_ERROR_ARG;
+                       }
+                       if (!name) {
+                           return HBA_STATUS_ERROR_ILLEGAL_INDEX;
+                       }
+                       const size_t length = name->copy(adaptername, adapterNameSize - 1);
+                       adaptername[length] = '\0';
+                       return HBA_STATUS_OK;
+                   });
+}
+
+HBA_HANDLE HBA_OpenAdapter(char* adaptername) {
+    HBA_HANDLE handle = HBA_HANDLE_INVALID;
+    const std::string name = adaptername == nullptr ? "" : adaptername;
+    guarded(EntryPoint::HBA_OpenAdapter, {name, ""}, [&](Host& host) {
+        handle = host.open(name);
+        return HBA_STATUS_OK;
+    });
+    return handle;
+}
+
+void HBA_CloseAdapter(HBA_HANDLE handle) {
+    guarded(EntryPoint::HBA_CloseAdapter, Host::instance().subjectOf(handle), [=](Host& host) {
+        host.close(handle);
+        return HBA_STATUS_OK;
+    });
+}
+
+HBA_STATUS HBA_GetAdapterAttributes(HBA_HANDLE handle, HBA_ADAPTERATTRIBUTES* hbaattributes) {
+    return guarded(EntryPoint::HBA_GetAdapterAttributes, Host::instance().subjectOf(handle),
+                   [=](Host& host) {
+                       return host.withAdapter(handle, [=](Adapter& adapter) -> HBA_STATUS {
+                           if (hbaattributes == nullptr) {
+                               return HBA_STATUS_ERROR_ARG;
+                           }
+                           *hbaattributes = adapter.hba;
+                           return HBA_STATUS_OK;
+                       });
+                   });
+}
+
+HBA_STATUS HBA_GetAdapterPortAttributes(HBA_HANDLE handle, HBA_UINT32 portindex,
+                                        HBA_PORTATTRIBUTES* portattributes) {
+    return guarded(EntryPoint::HBA_GetAdapterPortAttributes,
+                   Host::instance().subjectOf(handle, portindex), [=](Host& host) {
+                       return host.withAdapter(handle, [=](Adapter& adapter) -> HBA_STATUS {
+                           if (portattributes == nullptr) {
+                               return HBA_STATUS_ERROR_ARG;
+                           }
+                           if (portindex >= adapter.ports.size()) {
+                               return HBA_STATUS_ERROR_ILLEGAL_INDEX;
+                           }
+                           *portattributes = adapter.ports[portindex].hba;
+                           return HBA_STATUS_OK;
+                       });
+                   });
+}
+
+void HBA_RefreshInformation(HBA_HANDLE handle) {
+    guarded(EntryPoint::HBA_RefreshInformation, Host::instance().subjectOf(handle),
+            [](Host&) { return HBA_STATUS_OK; });
+}
+
+HBA_STATUS HBA_GetFcpTargetMapping(HBA_HANDLE handle, HBA_FCPTARGETMAPPING*) {
+    return guarded(EntryPoint::HBA_GetFcpTargetMapping, Host::instance().subjectOf(handle),
+                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+}
+
+HBA_STATUS HBA_SendScsiInquiry(HBA_HANDLE handle, HBA_WWN, HBA_UINT64, HBA_UINT8, HBA_UINT32, void*,
+                               HBA_UINT32, void*, HBA_UINT32) {
+    return guarded(EntryPoint::HBA_SendScsiInquiry, Host::instance().subjectOf(handle),
+                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+}
+
+HBA_STATUS HBA_SendReadCapacity(HBA_HANDLE handle, HBA_WWN, HBA_UINT64, void*, HBA_UINT32, void*,
+                                HBA_UINT32) {
+    return guarded(EntryPoint::HBA_SendReadCapacity, Host::instance().subjectOf(handle),
+                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+}
+
+HBA_STATUS HBA_RegisterForAdapterPortEvents(HBA_PORT_EVENT_CALLBACK, void*, HBA_HANDLE,
+                                            HBA_WWN PortWWN, HBA_CALLBACKHANDLE*) {
+    return guarded(EntryPoint::HBA_RegisterForAdapterPortEvents,
+                   Host::instance().subjectOf(PortWWN),
+                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+}
+
+HBA_STATUS HBA_RemoveCallback(HBA_CALLBACKHANDLE) {
+    return guarded(EntryPoint::HBA_RemoveCallback, {},
+                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+}
+
+} // extern "C"

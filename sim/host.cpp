@@ -1,0 +1,270 @@
+#include "sim/host.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+namespace tvrsim {
+
+namespace {
+
+constexpr HBA_HANDLE highestHandle = 0xFFFF; // a vendor library has 16 bits of a handle
+constexpr std::streamoff largestScenario = 64 * 1024 * 1024;
+
+/// Keeps its value until the process has ended.
+template <class Value> union NeverDestroyed {
+    NeverDestroyed() : value() {}
+    ~NeverDestroyed() {}
+    Value value;
+};
+
+std::string readFile(const char* path) {
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    const std::streamoff size = file ? std::streamoff(file.tellg()) : -1;
+    if (size < 0 || size > largestScenario) {
+        throw FormatError(path, size < 0 ? "the file cannot be read" : "the file is too large");
+    }
+    file.seekg(0);
+    std::string text(static_cast<size_t>(size), '\0');
+    file.read(text.data(), size);
+    if (file.gcount() != size) {
+        throw FormatError(path, "the file cannot be read");
+    }
+    return text;
+}
+
+std::string keyOf(const HBA_WWN& wwn) {
+    return std::string(reinterpret_cast<const char*>(wwn.wwn), sizeof wwn.wwn);
+}
+
+/// A counter whose start is all ones stays so: the adapter does not have it.
+uint64_t valueNow(const Counter& counter, uint64_t seconds) {
+    return counter.value == UINT64_MAX ? UINT64_MAX : counter.value + counter.perSecond * seconds;
+}
+
+} // namespace
+
+Host& Host::instance() {
+    static NeverDestroyed<Host> host;
+    return host.value;
+}
+
+Host::Host() : m_start(std::chrono::steady_clock::now()) {
+    const char* const path = secure_getenv("TVRSIM_SCENARIO");
+    const char* const source = path != nullptr && *path != '\0' ? path : nullptr;
+    try {
+        Scenario scenario = source == nullptr ? readScenario(parseJson(defaultScenario()), "")
+                                              : readScenario(parseJson(readFile(source)), "");
+        m_adapters = std::move(scenario.adapters);
+        indexPorts();
+        m_rules.replace(std::move(scenario.rules));
+        m_usable = true;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tvrsim: scenario %s: %s\n", source == nullptr ? "(built in)" : source,
+                     error.what());
+    }
+}
+
+bool Host::usable() {
+    const std::lock_guard lock(m_mutex);
+    return m_usable;
+}
+
+void Host::control(std::string_view request) {
+    const Json document = parseJson(request);
+    ObjectReader reader(document, "");
+    const std::lock_guard lock(m_mutex);
+
+    std::vector<Adapter> adapters = m_adapters;
+    Rules rules = m_rules.current();
+    const Json* const scenario = reader.find("scenario");
+    if (scenario != nullptr) {
+        Scenario fresh = readScenario(*scenario, reader.pathOf("scenario"));
+        adapters = std::move(fresh.adapters);
+        rules = std::move(fresh.rules);
+    }
+    if (const Json* changes = reader.find("adapters")) {
+        const ObjectReader place(*changes, reader.pathOf("adapters"));
+        for (const auto& change : changes->items()) {
+            const auto adapter =
+                std::find_if(adapters.begin(), adapters.end(),
+                             [&](const Adapter& each) { return each.name == change.key(); });
+            if (adapter == adapters.end()) {
+                throw FormatError(place.pathOf(change.key()), "no such adapter");
+            }
+            changeAdapter(change.value(), place.pathOf(change.key()), *adapter);
+        }
+    }
+    if (const Json* changes = reader.find("ports")) {
+        const ObjectReader place(*changes, reader.pathOf("ports"));
+        for (const auto& change : changes->items()) {
+            const std::string path = place.pathOf(change.key());
+            const HBA_WWN wwpn = parseWwn(change.key(), path);
+            Port* found = nullptr;
+            for (Adapter& adapter : adapters) {
+                for (Port& port : adapter.ports) {
+                    found =
+                        found == nullptr && keyOf(port.hba.PortWWN) == keyOf(wwpn) ? &port : found;
+                }
+            }
+            if (found == nullptr) {
+                throw FormatError(path, "no such port");
+            }
+            changePort(change.value(), path, *found);
+        }
+    }
+    bool clear = false;
+    bool resetCounts = false;
+    reader.flag("clear", clear);
+    reader.flag("resetCounts", resetCounts);
+    if (clear) {
+        rules.clear();
+    }
+    const Json* const entryPoints = reader.find("entryPoints");
+    if (entryPoints != nullptr) {
+        readRules(*entryPoints, reader.pathOf("entryPoints"), rules);
+    }
+    reader.finish();
+
+    if (scenario != nullptr) {
+        m_handles.clear();
+        m_start = std::chrono::steady_clock::now();
+        m_usable = true;
+    }
+    m_adapters = std::move(adapters);
+    indexPorts();
+    if (scenario != nullptr || clear || entryPoints != nullptr) {
+        m_rules.replace(std::move(rules));
+    }
+    if (resetCounts) {
+        m_rules.resetCalls();
+    }
+}
+
+size_t Host::adapterCount() {
+    const std::lock_guard lock(m_mutex);
+    return m_adapters.size();
+}
+
+std::optional<std::string> Host::adapterName(size_t index) {
+    const std::lock_guard lock(m_mutex);
+    if (index >= m_adapters.size()) {
+        return std::nullopt;
+    }
+    return m_adapters[index].name;
+}
+
+HBA_HANDLE Host::open(std::string_view name) {
+    const std::lock_guard lock(m_mutex);
+    const auto adapter = std::find_if(m_adapters.begin(), m_adapters.end(),
+                                      [&](const Adapter& each) { return each.name == name; });
+    if (adapter == m_adapters.end() || m_handles.size() >= highestHandle) {
+        return HBA_HANDLE_INVALID;
+    }
+    do {
+        m_lastHandle = m_lastHandle % highestHandle + 1;
+    } while (m_handles.contains(m_lastHandle));
+    m_handles[m_lastHandle] = static_cast<size_t>(adapter - m_adapters.begin());
+    return m_lastHandle;
+}
+
+void Host::close(HBA_HANDLE handle) {
+    const std::lock_guard lock(m_mutex);
+    m_handles.erase(handle);
+}
+
+size_t Host::openHandles() {
+    const std::lock_guard lock(m_mutex);
+    return m_handles.size();
+}
+
+Adapter* Host::adapterOf(HBA_HANDLE handle) {
+    const auto found = m_handles.find(handle);
+    return found == m_handles.end() || found->second >= m_adapters.size()
+               ? nullptr
+               : &m_adapters[found->second];
+}
+
+Subject Host::subjectOfHandle(HBA_HANDLE handle, std::optional<HBA_UINT32> port) {
+    const std::lock_guard lock(m_mutex);
+    const Adapter* const adapter = adapterOf(handle);
+    if (adapter == nullptr) {
+        return {};
+    }
+    Subject subject{adapter->name, ""};
+    if (port && *port < adapter->ports.size()) {
+        subject.port = wwnText(adapter->ports[*port].hba.PortWWN);
+    }
+    return subject;
+}
+
+Subject Host::subjectOf(HBA_HANDLE handle) {
+    return subjectOfHandle(handle, std::nullopt);
+}
+
+Subject Host::subjectOf(HBA_HANDLE handle, HBA_UINT32 port) {
+    return subjectOfHandle(handle, port);
+}
+
+Subject Host::subjectOf(const HBA_WWN& port) {
+    const std::lock_guard lock(m_mutex);
+    const Place place = find(port);
+    return {place.adapter == nullptr ? "" : place.adapter->name, wwnText(port)};
+}
+
+Host::Place Host::find(const HBA_WWN& wwpn) const {
+    const auto found = m_ports.find(keyOf(wwpn));
+    return found == m_ports.end() ? Place{} : found->second;
+}
+
+void Host::indexPorts() {
+    m_ports.clear();
+    for (Adapter& adapter : m_adapters) {
+        for (Port& port : adapter.ports) {
+            m_ports.try_emplace(keyOf(port.hba.PortWWN), Place{&adapter, &port});
+        }
+    }
+}
+
+bool Host::isLocal(const HBA_WWN& wwpn) {
+    const std::lock_guard lock(m_mutex);
+    return find(wwpn).port != nullptr;
+}
+
+size_t Host::portCount() {
+    const std::lock_guard lock(m_mutex);
+    size_t count = 0;
+    for (const Adapter& adapter : m_adapters) {
+        count += adapter.ports.size();
+    }
+    return count;
+}
+
+std::optional<HBA_WWN> Host::portName(size_t index) {
+    const std::lock_guard lock(m_mutex);
+    for (const Adapter& adapter : m_adapters) {
+        if (index < adapter.ports.size()) {
+            return adapter.ports[index].hba.PortWWN;
+        }
+        index -= adapter.ports.size();
+    }
+    return std::nullopt;
+}
+
+Attributes Host::readStatistics(Port& port) const {
+    const auto elapsed = std::chrono::steady_clock::now() - m_start;
+    const auto seconds =
+        static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::seconds>(elapsed).count());
+    Attributes values;
+    for (auto& [attribute, counter] : port.statistics) {
+        const uint64_t value = valueNow(counter, seconds);
+        values[attribute] = std::string(reinterpret_cast<const char*>(&value), sizeof value);
+        if (counter.value != UINT64_MAX) {
+            counter.value += counter.perRead;
+        }
+    }
+    return values;
+}
+
+} // namespace tvrsim

@@ -1,0 +1,84 @@
+// The running simulation: the hardware of the scenario, open handles, counts and rules.
+#pragma once
+
+#include "sim/call_rules.h"
+#include "sim/scenario.h"
+
+#include <map>
+#include <mutex>
+
+namespace tvrsim {
+
+/// One simulated host. There is one per process, made at the first use and never destroyed, since
+/// callers may still be at work when the process ends.
+class Host {
+public:
+    static Host& instance();
+
+    Host();
+
+    /// False when the scenario could not be used.
+    bool usable();
+
+    CallRules& rules() { return m_rules; }
+
+    /// Applies a control request, all or nothing. Throws FormatError.
+    void control(std::string_view request);
+
+    size_t adapterCount();
+    std::optional<std::string> adapterName(size_t index);
+
+    HBA_HANDLE open(std::string_view name);
+    void close(HBA_HANDLE handle);
+    size_t openHandles();
+
+    /// What a handle and a port index, or a WWPN, stand for.
+    Subject subjectOf(HBA_HANDLE handle);
+    Subject subjectOf(HBA_HANDLE handle, HBA_UINT32 port);
+    Subject subjectOf(const HBA_WWN& port);
+
+    /// Calls work with the adapter of a handle, under the lock.
+    template <class Work> HBA_STATUS withAdapter(HBA_HANDLE handle, Work work) {
+        const std::lock_guard lock(m_mutex);
+        Adapter* const adapter = adapterOf(handle);
+        return adapter == nullptr ? HBA_STATUS_ERROR_INVALID_HANDLE : work(*adapter);
+    }
+
+    /// Calls work with a port and its adapter, under the lock.
+    template <class Work> RM_STATUS withPort(const HBA_WWN& wwpn, Work work) {
+        const std::lock_guard lock(m_mutex);
+        const Place place = find(wwpn);
+        return place.port == nullptr ? RM_STATUS_ILLEGAL_WWN : work(*place.adapter, *place.port);
+    }
+
+    bool isLocal(const HBA_WWN& wwpn);
+
+    /// All ports in order of adapters.
+    size_t portCount();
+    std::optional<HBA_WWN> portName(size_t index);
+
+    /// The counters of a port as they stand now; counts as one read of them.
+    Attributes readStatistics(Port& port) const;
+
+private:
+    struct Place {
+        Adapter* adapter = nullptr;
+        Port* port = nullptr;
+    };
+
+    Place find(const HBA_WWN& wwpn) const;
+    void indexPorts();
+    Adapter* adapterOf(HBA_HANDLE handle);
+    Subject subjectOfHandle(HBA_HANDLE handle, std::optional<HBA_UINT32> port);
+
+    std::mutex m_mutex;
+    bool m_usable = false;
+    std::vector<Adapter> m_adapters;
+    std::map<HBA_HANDLE, size_t> m_handles; ///< index of the adapter
+    std::map<std::string, Place> m_ports;   ///< by the 8 bytes of the WWPN; the first of equals
+    HBA_HANDLE m_lastHandle = 0;
+    std::chrono::steady_clock::time_point m_start;
+    CallRules m_rules;
+};
+
+} // namespace tvrsim

@@ -1,0 +1,249 @@
+#include "sim/json_reader.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <vector>
+
+namespace tvrsim {
+
+namespace {
+
+std::string listOf(std::span<const Named> words) {
+    std::string list;
+    for (const Named& word : words) {
+        list += list.empty() ? "" : ", ";
+        list += word.name;
+    }
+    return list;
+}
+
+std::string oneLine(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
+    return text;
+}
+
+std::string inQuotes(std::string_view text) {
+    return '"' + std::string(text.substr(0, 60)) + '"';
+}
+
+int digitValue(char c) {
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    const char lower = static_cast<char>(c | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+} // namespace
+
+FormatError::FormatError(std::string_view path, std::string_view reason)
+    : std::runtime_error(
+          oneLine(std::string(path.empty() ? "document" : path) + ": " + std::string(reason))) {}
+
+Json parseJson(std::string_view text) {
+    std::vector<std::set<std::string>> open;
+    const auto noteKey = [&open](int, Json::parse_event_t event, Json& parsed) {
+        switch (event) {
+        case Json::parse_event_t::object_start:
+            open.emplace_back();
+            break;
+        case Json::parse_event_t::object_end:
+            open.pop_back();
+            break;
+        case Json::parse_event_t::key:
+            if (!open.back().insert(parsed.get<std::string>()).second) {
+                throw FormatError("", "the name " + inQuotes(parsed.get<std::string>()) +
+                                          " stands twice in one object");
+            }
+            break;
+        default:
+            break;
+        }
+        return true;
+    };
+    try {
+        return Json::parse(text, noteKey);
+    } catch (const Json::exception& error) {
+        // "[json.exception.parse_error.101] parse error at line 3, column 5: ..."
+        std::string what = error.what();
+        if (const size_t end = what.find("] "); end != std::string::npos) {
+            what.erase(0, end + 2);
+        }
+        throw FormatError("", what);
+    }
+}
+
+uint64_t readNumber(const Json& value, const std::string& path, uint64_t highest) {
+    uint64_t number = 0;
+    if (value.is_number_unsigned()) {
+        number = value.get<uint64_t>();
+    } else if (value.is_string() && value.get_ref<const std::string&>().starts_with("0x")) {
+        const std::string& text = value.get_ref<const std::string&>();
+        const char* const end = text.data() + text.size();
+        const auto parsed = std::from_chars(text.data() + 2, end, number, 16);
+        if (parsed.ec != std::errc() || parsed.ptr != end) {
+            throw FormatError(path, inQuotes(text) + " is no hexadecimal number");
+        }
+    } else {
+        throw FormatError(path, "a non-negative whole number is wanted here");
+    }
+    if (number > highest) {
+        throw FormatError(path, std::to_string(number) + " is above the highest value " +
+                                    std::to_string(highest));
+    }
+    return number;
+}
+
+uint32_t readNamed(const Json& value, const std::string& path, std::span<const Named> words) {
+    if (!value.is_string() || value.get_ref<const std::string&>().starts_with("0x")) {
+        if (!value.is_number_unsigned() && !value.is_string()) {
+            throw FormatError(path,
+                              "a number or one of the words " + listOf(words) + " is wanted here");
+        }
+        return static_cast<uint32_t>(readNumber(value, path, UINT32_MAX));
+    }
+    const std::string& text = value.get_ref<const std::string&>();
+    const auto word = std::find_if(words.begin(), words.end(),
+                                   [&text](const Named& each) { return each.name == text; });
+    if (word == words.end()) {
+        throw FormatError(path, inQuotes(text) + " is none of " + listOf(words));
+    }
+    return word->value;
+}
+
+uint32_t readMask(const Json& value, const std::string& path, std::span<const Named> words) {
+    if (!value.is_array()) {
+        return readNamed(value, path, words);
+    }
+    uint32_t mask = 0;
+    for (size_t i = 0; i < value.size(); ++i) {
+        mask |= readNamed(value[i], path + '[' + std::to_string(i) + ']', words);
+    }
+    return mask;
+}
+
+std::string readText(const Json& value, const std::string& path, size_t longest) {
+    if (!value.is_string()) {
+        throw FormatError(path, "a text is wanted here");
+    }
+    const std::string& text = value.get_ref<const std::string&>();
+    if (text.size() > longest) {
+        throw FormatError(path, "a text of " + std::to_string(text.size()) +
+                                    " bytes is longer than " + std::to_string(longest));
+    }
+    if (text.find('\0') != std::string::npos) {
+        throw FormatError(path, "a text cannot hold a zero byte");
+    }
+    return text;
+}
+
+std::string readBytes(const Json& value, const std::string& path) {
+    const std::string text = readText(value, path, 8192);
+    std::string bytes;
+    int high = -1;
+    for (const char c : text) {
+        const int digit = digitValue(c);
+        if (digit >= 0 && high < 0) {
+            high = digit;
+        } else if (digit >= 0) {
+            bytes += static_cast<char>(high * 16 + digit);
+            high = -1;
+        } else if (high >= 0 || (c != ':' && c != ' ')) {
+            throw FormatError(path, inQuotes(text) + " is no row of hexadecimal byte pairs");
+        }
+    }
+    if (high >= 0) {
+        throw FormatError(path, inQuotes(text) + " ends within a byte");
+    }
+    return bytes;
+}
+
+bool readFlag(const Json& value, const std::string& path) {
+    if (!value.is_boolean()) {
+        throw FormatError(path, "true or false is wanted here");
+    }
+    return value.get<bool>();
+}
+
+HBA_WWN readWwn(const Json& value, const std::string& path) {
+    const std::string bytes = readBytes(value, path);
+    HBA_WWN wwn = {};
+    if (bytes.size() != sizeof wwn.wwn) {
+        throw FormatError(path, "a world wide name has 16 hexadecimal digits");
+    }
+    std::copy(bytes.begin(), bytes.end(), wwn.wwn);
+    return wwn;
+}
+
+HBA_WWN parseWwn(std::string_view text, const std::string& path) {
+    return readWwn(Json(std::string(text)), path);
+}
+
+std::string wwnText(const HBA_WWN& wwn) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    std::string text;
+    for (const HBA_UINT8 byte : wwn.wwn) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+ObjectReader::ObjectReader(const Json& object, std::string path)
+    : m_object(object), m_path(std::move(path)) {
+    if (!object.is_object()) {
+        throw FormatError(m_path, "an object is wanted here");
+    }
+}
+
+const Json* ObjectReader::find(std::string_view name) {
+    m_asked.emplace(name);
+    const auto field = m_object.find(name);
+    return field == m_object.end() ? nullptr : &*field;
+}
+
+std::string ObjectReader::pathOf(std::string_view name) const {
+    return (m_path.empty() ? "" : m_path + '.') + std::string(name);
+}
+
+void ObjectReader::named(std::string_view name, uint32_t& out, std::span<const Named> words) {
+    if (const Json* value = find(name)) {
+        out = readNamed(*value, pathOf(name), words);
+    }
+}
+
+void ObjectReader::mask(std::string_view name, uint32_t& out, std::span<const Named> words) {
+    if (const Json* value = find(name)) {
+        out = readMask(*value, pathOf(name), words);
+    }
+}
+
+void ObjectReader::text(std::string_view name, std::string& out, size_t longest) {
+    if (const Json* value = find(name)) {
+        out = readText(*value, pathOf(name), longest);
+    }
+}
+
+void ObjectReader::wwn(std::string_view name, HBA_WWN& out) {
+    if (const Json* value = find(name)) {
+        out = readWwn(*value, pathOf(name));
+    }
+}
+
+void ObjectReader::flag(std::string_view name, bool& out) {
+    if (const Json* value = find(name)) {
+        out = readFlag(*value, pathOf(name));
+    }
+}
+
+void ObjectReader::finish() const {
+    for (const auto& field : m_object.items()) {
+        if (!m_asked.contains(field.key())) {
+            throw FormatError(pathOf(field.key()), "no such field");
+        }
+    }
+}
+
+} // namespace tvrsim

@@ -1,0 +1,146 @@
+// The exported RM library: the calls of one name, and those that exist as LRM_name and RM_name.
+#define RM_API __attribute__((visibility("default")))
+#define HBA_API __attribute__((visibility("default")))
+
+#include "sim/guarded.h"
+
+#include "sim/attribute_buffer.h"
+#include "sim/rm_behaviour.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstring>
+
+using namespace tvrsim;
+
+namespace {
+
+/// What a call is about: the port that its first argument names.
+template <class... Rest> Subject subjectOf(const HBA_WWN& port, const Rest&...) {
+    return Host::instance().subjectOf(port);
+}
+
+template <class... Any> Subject subjectOf(const Any&...) {
+    return {};
+}
+
+/// The status of LRM_InitLib and RM_InitLib. Under the real HBA API library this one is a vendor's
+/// among others, and that library knows no adapters until it was told to load its vendors.
+RM_STATUS initialize(Host& host) {
+    if (!host.usable()) {
+        return RM_STATUS_ERROR;
+    }
+    using Load = HBA_STATUS (*)(void);
+    const auto load = reinterpret_cast<Load>(dlsym(RTLD_DEFAULT, "HBA_LoadLibrary"));
+    if (load != nullptr && load != &HBA_LoadLibrary) {
+        load();
+    }
+    return RM_STATUS_OK;
+}
+
+} // namespace
+
+extern "C" {
+
+int32_t LRM_InitLib(void) {
+    return static_cast<int32_t>(guarded(EntryPoint::LRM_InitLib, {}, initialize));
+}
+
+RM_API int32_t RM_InitLib(void);
+int32_t RM_InitLib(void) {
+    return static_cast<int32_t>(guarded(EntryPoint::RM_InitLib, {}, initialize));
+}
+
+void* RM_GetAttributeValue(void* buffer, uint16_t attribute, uint16_t* length, RM_STATUS* status) {
+    void* value = nullptr;
+    uint16_t found = 0;
+    const RM_STATUS result = guarded(EntryPoint::RM_GetAttributeValue, {}, [&](Host&) {
+        value = buffer == nullptr ? nullptr : findAttribute(buffer, attribute, found);
+        return value == nullptr ? RM_STATUS_ERROR : RM_STATUS_OK;
+    });
+    if (length != nullptr) {
+        *length = found;
+    }
+    if (status != nullptr) {
+        *status = result;
+    }
+    return value;
+}
+
+void* RM_GetNextVpdEntry(void*, char*, uint32_t, char*, uint32_t) {
+    guarded(EntryPoint::RM_GetNextVpdEntry, {}, [](Host&) { return RM_STATUS_NOT_SUPPORTED; });
+    return nullptr;
+}
+
+uint32_t RM_GetNumberOfLocalAdapters(void) {
+    return guarded(EntryPoint::RM_GetNumberOfLocalAdapters, {},
+                   [](Host& host) { return static_cast<uint32_t>(host.portCount()); });
+}
+
+RM_STATUS RM_GetLocalHBAInfo(RM_LOCALHBAARGUMENT* argument, RM_LOCALHBAINFO* info) {
+    return guarded(EntryPoint::RM_GetLocalHBAInfo, {}, [=](Host& host) {
+        if (argument == nullptr || info == nullptr) {
+            return RM_STATUS_ERROR;
+        }
+        const auto name = host.portName(argument->adapterIndex);
+        if (!name) {
+            return RM_STATUS_ERROR;
+        }
+        info->port = *name;
+        return RM_STATUS_OK;
+    });
+}
+
+RM_STATUS RM_ImportHBAFileA(const char*) {
+    return guarded(EntryPoint::RM_ImportHBAFileA, {},
+                   [](Host&) { return RM_STATUS_NOT_SUPPORTED; });
+}
+
+RM_STATUS RM_IsLocalHBA(HBA_WWN port, uint32_t* isLocal) {
+    return guarded(EntryPoint::RM_IsLocalHBA, subjectOf(port), [=](Host& host) {
+        if (isLocal == nullptr) {
+            return RM_STATUS_ERROR;
+        }
+        *isLocal = host.isLocal(port) ? 1 : 0;
+        return RM_STATUS_OK;
+    });
+}
+
+RM_STATUS RM_StatusString(RM_STATUS status, char* text, uint32_t textSize) {
+    return guarded(EntryPoint::RM_StatusString, {}, [=](Host&) {
+        if (text == nullptr || textSize == 0) {
+            return RM_STATUS_ERROR;
+        }
+        const std::string_view found = behaviour::statusText(status);
+        text[found.copy(text, textSize - 1)] = '\0';
+        return RM_STATUS_OK;
+    });
+}
+
+RM_STATUS RM_ValidateWwn(const HBA_WWN* wwn) {
+    return guarded(EntryPoint::RM_ValidateWwn, {}, [=](Host&) {
+        return wwn != nullptr && behaviour::isValidName(*wwn) ? RM_STATUS_OK
+                                                              : RM_STATUS_ILLEGAL_WWN;
+    });
+}
+
+RM_STATUS RM_VerifyFirmwareA(HBA_WWN, HBA_WWN port, const char*) {
+    return guarded(EntryPoint::RM_VerifyFirmwareA, subjectOf(port),
+                   [](Host&) { return RM_STATUS_NOT_SUPPORTED; });
+}
+
+#define TVRSIM_EXPORT(name, parameters, arguments)                                                 \
+    RM_STATUS LRM_##name parameters {                                                              \
+        return guarded(EntryPoint::LRM_##name, subjectOf arguments,                                \
+                       [=](Host&) { return behaviour::name arguments; });                          \
+    }                                                                                              \
+    RM_API RM_STATUS RM_##name parameters;                                                         \
+    RM_STATUS RM_##name parameters {                                                               \
+        return guarded(EntryPoint::RM_##name, subjectOf arguments,                                 \
+                       [=](Host&) { return behaviour::name arguments; });                          \
+    }
+TVRSIM_LRM_ENTRY_POINTS(TVRSIM_EXPORT)
+#undef TVRSIM_EXPORT
+
+} // extern "C"

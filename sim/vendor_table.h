@@ -1,0 +1,77 @@
+// The entry tables of an HBA API vendor library, in the layout of the published standard. Entries
+// that this library does not offer stay null: the HBA API library then answers "not supported".
+#pragma once
+
+#include "access/rm/hba_api.h"
+
+#include <cstddef>
+
+namespace tvrsim {
+
+using NoEntry = void (*)();
+
+struct VendorTable {
+    decltype(&HBA_GetVersion) getVersion;
+    decltype(&HBA_LoadLibrary) loadLibrary;
+    decltype(&HBA_FreeLibrary) freeLibrary;
+    decltype(&HBA_GetNumberOfAdapters) getNumberOfAdapters;
+    decltype(&HBA_GetAdapterName) getAdapterName;
+    decltype(&HBA_OpenAdapter) openAdapter;
+    decltype(&HBA_CloseAdapter) closeAdapter;
+    decltype(&HBA_GetAdapterAttributes) getAdapterAttributes;
+    decltype(&HBA_GetAdapterPortAttributes) getAdapterPortAttributes;
+    NoEntry getPortStatistics;
+    NoEntry getDiscoveredPortAttributes;
+    NoEntry getPortAttributesByWwn;
+    NoEntry sendCtPassThru;
+    decltype(&HBA_RefreshInformation) refreshInformation;
+    NoEntry resetStatistics;
+    decltype(&HBA_GetFcpTargetMapping) getFcpTargetMapping;
+    NoEntry getFcpPersistentBinding;
+    NoEntry getEventBuffer;
+    NoEntry setRnidMgmtInfo;
+    NoEntry getRnidMgmtInfo;
+    NoEntry sendRnid;
+    decltype(&HBA_SendScsiInquiry) sendScsiInquiry;
+    NoEntry sendReportLuns;
+    decltype(&HBA_SendReadCapacity) sendReadCapacity;
+};
+
+/// The table of the standard's second edition: the first one and 30 entries more.
+struct VendorTableV2 : VendorTable {
+    NoEntry openAdapterByWwn;
+    NoEntry getFcpTargetMappingV2;
+    NoEntry sendCtPassThruV2;
+    NoEntry refreshAdapterConfiguration;
+    NoEntry getBindingCapability;
+    NoEntry getBindingSupport;
+    NoEntry setBindingSupport;
+    NoEntry setPersistentBindingV2;
+    NoEntry getPersistentBindingV2;
+    NoEntry removePersistentBinding;
+    NoEntry removeAllPersistentBindings;
+    NoEntry sendRnidV2;
+    NoEntry scsiInquiryV2;
+    NoEntry scsiReportLunsV2;
+    NoEntry scsiReadCapacityV2;
+    NoEntry getVendorLibraryAttributes;
+    decltype(&HBA_RemoveCallback) removeCallback;
+    NoEntry registerForAdapterAddEvents;
+    NoEntry registerForAdapterEvents;
+    decltype(&HBA_RegisterForAdapterPortEvents) registerForAdapterPortEvents;
+    NoEntry registerForAdapterPortStatEvents;
+    NoEntry registerForTargetEvents;
+    NoEntry registerForLinkEvents;
+    NoEntry sendRpl;
+    NoEntry sendRps;
+    NoEntry sendSrl;
+    NoEntry sendLirr;
+    NoEntry getFc4Statistics;
+    NoEntry getFcpStatistics;
+    NoEntry sendRls;
+};
+
+static_assert(sizeof(VendorTable) == 24 * sizeof(NoEntry));
+static_assert(sizeof(VendorTableV2) == 54 * sizeof(NoEntry));
+
+} // namespace tvrsim
