@@ -25,15 +25,28 @@ template <class... Any> Subject subjectOf(const Any&...) {
     return {};
 }
 
+/// HBA_LoadLibrary of the real HBA API library, or null when this library stands in its place. The
+/// lookup goes through the program's handle: one in the default scope would begin with this
+/// library.
+decltype(&HBA_LoadLibrary) loadOfRealLibrary() {
+    void* const program = dlopen(nullptr, RTLD_NOW);
+    if (program == nullptr) {
+        return nullptr;
+    }
+    const auto load =
+        reinterpret_cast<decltype(&HBA_LoadLibrary)>(dlsym(program, "HBA_LoadLibrary"));
+    dlclose(program);
+    return load == &HBA_LoadLibrary ? nullptr : load;
+}
+
 /// The status of LRM_InitLib and RM_InitLib. Under the real HBA API library this one is a vendor's
-/// among others, and that library knows no adapters until it was told to load its vendors.
+/// among others, and that library knows no adapters until it was told to load its vendors. It has
+/// loaded them already when it refuses to do so again.
 RM_STATUS initialize(Host& host) {
     if (!host.usable()) {
         return RM_STATUS_ERROR;
     }
-    using Load = HBA_STATUS (*)(void);
-    const auto load = reinterpret_cast<Load>(dlsym(RTLD_DEFAULT, "HBA_LoadLibrary"));
-    if (load != nullptr && load != &HBA_LoadLibrary) {
+    if (const auto load = loadOfRealLibrary()) {
         load();
     }
     return RM_STATUS_OK;
