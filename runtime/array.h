@@ -28,6 +28,9 @@ const Type_Traits& instance_traits() noexcept;
 
 // The form without a type, through which metadata-driven code works on any array. One object is
 // used by one thread at a time. Growth that fails throws std::bad_alloc with the array unchanged.
+// A new array holds 8 elements, a copy as many as its source has; growth is to the least power of
+// two from 8 up that holds the new size. An array that was moved from may only be assigned to or
+// end.
 class Array_Base {
 public:
     explicit Array_Base(const Type_Traits& traits);
@@ -56,7 +59,7 @@ public:
     void append_elements(const void* elements, std::size_t count) {
         insert_elements(size(), elements, count);
     }
-    // `position` is at most `size()`; `elements` may not lie in this array.
+    // A `position` behind the end means the end. `elements` may not lie in this array.
     void insert_elements(std::size_t position, const void* elements, std::size_t count);
     // Elements from `position` on; what would lie behind the end is left out. Keeps the capacity.
     void remove(std::size_t position, std::size_t count = 1) noexcept;

@@ -6,6 +6,7 @@
 #include "runtime/meta.h"
 
 #include <atomic>
+#include <type_traits>
 #include <utility>
 
 namespace cimple {
@@ -15,9 +16,14 @@ template <class T> struct Property {
     T value;
     uint8 null;
 
-    // Stores a value and makes the property not NULL.
+    // Stores a value and makes the property not NULL. Numbers are converted to the property's
+    // width.
     template <class U> void set(U&& new_value) {
-        value = std::forward<U>(new_value);
+        if constexpr (std::is_arithmetic_v<T>) {
+            value = static_cast<T>(new_value);
+        } else {
+            value = std::forward<U>(new_value);
+        }
         null = 0;
     }
     bool is_null() const noexcept { return null != 0; }
@@ -49,7 +55,7 @@ protected:
 constexpr uint32 instance_magic = 0xF00DFACE;
 static_assert(sizeof(Instance) == 24);
 
-// The class of an instance that is no method call.
+// The class of an instance; null for a method call and for null.
 const Meta_Class* class_of(const Instance* instance) noexcept;
 
 // A new instance with count 1. With `defaults` every property holds its default or is NULL;

@@ -11,6 +11,7 @@ namespace cimple {
 // A map owns its members and destroys them, whatever their count, when it is cleared or ends: what
 // leaves a map is always a clone. A hash of the keys beside the array makes find, lookup, insert
 // and the copy of a map linear in its size; answers and order are those of a linear search.
+// The keys of a member stay as they are while it is in the map.
 // No lock of its own: its owner provides it. Growth that fails throws std::bad_alloc with the map
 // unchanged.
 class Instance_Map {
@@ -36,24 +37,33 @@ public:
     Instance* get(std::size_t position) const noexcept { return _instances[position]; }
     const Array<Instance*>& instances() const noexcept { return _instances; }
 
-    // Drops the entry without ending the instance; a position behind the end is ignored.
-    void remove(std::size_t position);
+    // Drops the entry without ending the instance; a position behind the end is ignored. Those
+    // behind it move up.
+    void remove(std::size_t position) noexcept;
 
     void clear() noexcept;
     void reserve(std::size_t size);
 
     // Appends clones of all members of `from`, a map of the same class. -1 at the first whose keys
-    // are already here, else the number appended; `position` gets where it stopped.
+    // are already here, else the number appended; `position` gets where in `from` it stopped. What
+    // was appended before a failure stays.
     long append_clones(const Instance_Map& from, std::size_t& position);
 
 private:
-    std::size_t hash_of(const Instance* instance) const noexcept;
-    void rehash(std::size_t buckets);
+    long find_hashed(const Instance* instance, std::size_t hash) const;
+    // Room for so many members; nothing of them changes.
+    void grow(std::size_t size);
+    // Appends, after `grow`.
+    void append(Instance* instance, std::size_t hash, bool regular) noexcept;
+    void fill_buckets() noexcept;
 
     const Meta_Class* _meta_class;
     Array<Instance*> _instances;
     std::vector<std::size_t> _hashes; // of the members, by position
     std::vector<uint32> _buckets;     // open addressing: position + 1, 0 free
+    // False once a member lacks a key of the map's class, or has it in another form: such a member
+    // can equal a probe of another hash, so that from then on every search is linear.
+    bool _regular = true;
 };
 
 // A map whose members are all of class `C`.

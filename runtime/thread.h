@@ -101,13 +101,15 @@ public:
     // The result of pthread_create: 0, or an error number; then nothing runs and `thread` is
     // unchanged.
     static int create_joinable(Thread& thread, Proc proc, void* arg);
-    // The result of pthread_join; `result` gets what the body returned.
+    // The result of pthread_join; `result` gets what the body returned. EINVAL for a thread that
+    // doesn't run or was joined.
     static int join(Thread& thread, void*& result);
     // Blocks the calling thread, by the clock of the runtime.
     static void sleep(uint64 usec);
 
 private:
     pthread_t _thread{};
+    bool _joinable = false;
 };
 
 // What creates threads; tests put a function in place that fails. Null puts pthread_create back.

@@ -4,6 +4,8 @@
 
 #include "runtime/instance.h"
 
+#include <type_traits>
+#include <utility>
 #include <variant>
 
 namespace cimple {
@@ -12,6 +14,15 @@ namespace cimple {
 // in an array, is held by one count each; copying a `Value` adds counts and copies arrays.
 // Used by one thread at a time.
 class Value {
+    // In the order of the kinds: none, the scalars from `first_scalar`, the arrays from
+    // `first_array`.
+    using Payload =
+        std::variant<std::monostate, bool, uint8, sint8, uint16, sint16, uint32, sint32, uint64,
+                     sint64, real32, real64, char16, String, Datetime, Instance*, Array<bool>,
+                     Array<uint8>, Array<sint8>, Array<uint16>, Array<sint16>, Array<uint32>,
+                     Array<sint32>, Array<uint64>, Array<sint64>, Array<real32>, Array<real64>,
+                     Array<char16>, Array<String>, Array<Datetime>, Array<Instance*>>;
+
 public:
     // Array codes are 128 plus the scalar's.
     enum Kind : sint32 {
@@ -27,12 +38,17 @@ public:
     // The kind that a feature's value has; `NONE` for a method.
     static sint32 kind_of(const Meta_Feature& feature) noexcept;
 
-    Value() noexcept;
+    // Type `NONE`, not null.
+    Value() noexcept = default;
     Value(const Value& other);
-    Value& operator=(const Value& other);
+    Value(Value&& other) noexcept; // leaves the other cleared
+    Value& operator=(Value other) noexcept;
     ~Value();
 
-    sint32 type() const noexcept { return _type; }
+    sint32 type() const noexcept {
+        const sint32 index = static_cast<sint32>(_payload.index());
+        return index < first_array ? index - first_scalar : ARRAY + index - first_array;
+    }
     bool null() const noexcept { return _null != 0; }
     void set_null(bool null) noexcept { _null = null; }
 
@@ -41,31 +57,40 @@ public:
 
     // Replace the payload and clear the null flag. `T` is a scalar type, `String`, `Datetime`, or
     // an `Array` of these. For instances the `Value` takes over the caller's count(s).
-    template <class T> void set(const T& value);
+    template <class T>
+    requires std::is_constructible_v < Payload, std::in_place_type_t<T>,
+    const T& > void set(const T& value) { replace(Payload(std::in_place_type<T>, value), 0); }
     void set(Instance* instance);
     void set(const Array<Instance*>& instances);
     // A zero, empty or empty-array payload of a kind, with the null flag set.
     void set_null_of(sint32 kind);
 
     // The payload, whether null or not; null pointer if the type differs.
-    template <class T> const T* get() const noexcept;
+    template <class T> const T* get() const noexcept { return std::get_if<T>(&_payload); }
     Instance* instance() const noexcept; // borrowed; null if the type differs
 
-    // Fills a `Value` from a field: 0, or -1 for a method. Counts are added, arrays copied.
+    // Fills a `Value` from a field: 0, or -1 for a method or without an instance. Counts are added,
+    // arrays copied.
     static int get(Value& value, const Instance* instance, const Meta_Feature* feature);
-    // Writes a `Value` into a field: 0, or -1 with a line in the runtime's log: no instance,
-    // another type, or an instance of a class that the reference doesn't accept.
+    // Writes a `Value` into a field: 0, or -1, with the field as it was and a line in the runtime's
+    // log: no instance, another type, or an instance of a class that the reference doesn't accept.
+    // -1 without a line for a method. The field gets counts of its own.
     static int set(const Value& value, Instance* instance, const Meta_Feature* feature);
 
 private:
-    using Payload =
-        std::variant<std::monostate, bool, uint8, sint8, uint16, sint16, uint32, sint32, uint64,
-                     sint64, real32, real64, char16, String, Datetime, Instance*, Array<bool>,
-                     Array<uint8>, Array<sint8>, Array<uint16>, Array<sint16>, Array<uint32>,
-                     Array<sint32>, Array<uint64>, Array<sint64>, Array<real32>, Array<real64>,
-                     Array<char16>, Array<String>, Array<Datetime>, Array<Instance*>>;
+    static constexpr sint32 first_scalar = 1;
+    static constexpr sint32 first_array = 16;
 
-    sint32 _type = NONE;
+    // A payload with its zero, empty or empty-array value; of no type for an unknown kind.
+    static Payload make_payload(sint32 kind);
+    template <std::size_t... Index>
+    static Payload make_indexed(std::size_t index, std::index_sequence<Index...>);
+
+    // Takes the payload, with its counts, in place of the one held.
+    void replace(Payload&& payload, uint8 null) noexcept;
+    // Adds or drops one count on each instance held.
+    void count(bool add) const noexcept;
+
     uint8 _null = 0;
     Payload _payload;
 };

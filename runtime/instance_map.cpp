@@ -1,0 +1,265 @@
+#include "runtime/instance_map.h"
+
+#include <algorithm>
+#include <bit>
+#include <functional>
+#include <limits>
+#include <new>
+#include <string_view>
+
+namespace cimple {
+
+namespace {
+
+constexpr std::size_t min_buckets = 16;
+
+// The hash of the keys that an instance has in common with a declared class.
+//
+// What `key_eq` calls equal must hash equal, whichever of the two is the member. `key_eq` compares
+// the keys of the member's own class, by name, in value, type and null flag. So if the member has
+// every key of the declared class in the declared form, an equal probe has them too, with equal
+// values, and both hash the same over the declared class. An instance that doesn't is called
+// irregular. Arrays of references are passed over by `key_eq` and so here.
+class Key_Hash {
+public:
+    Key_Hash(const Meta_Class& declared, const Instance& instance) noexcept {
+        add_keys(declared, instance);
+    }
+
+    std::size_t hash() const noexcept { return _hash; }
+    bool regular() const noexcept { return _regular; }
+
+private:
+    void add_number(std::size_t number) noexcept {
+        _hash ^= number + 0x9E3779B97F4A7C15u + (_hash << 6) + (_hash >> 2);
+        _hash *= 0xD6E8FEB86659FD93u;
+        _hash ^= _hash >> 32;
+    }
+
+    void add_bytes(const void* bytes, std::size_t size) noexcept {
+        add_number(std::hash<std::string_view>()({static_cast<const char*>(bytes), size}));
+    }
+
+    void add_value(Type type, const void* value) noexcept {
+        switch (type) {
+        case REAL32:
+            add_real(*static_cast<const real32*>(value));
+            break;
+        case REAL64:
+            add_real(*static_cast<const real64*>(value));
+            break;
+        case STRING:
+            add_number(std::hash<std::string_view>()(static_cast<const String*>(value)->view()));
+            break;
+        case DATETIME:
+            add_number(static_cast<const Datetime*>(value)->get_usec());
+            break;
+        default:
+            add_bytes(value, type_width(type));
+        }
+    }
+
+    // Zero has two forms that are equal.
+    void add_real(real64 value) noexcept {
+        add_number(std::bit_cast<uint64>(value == 0 ? real64{0} : value));
+    }
+
+    void add_property(const Meta_Property& property, const Instance& instance) noexcept {
+        const Type type = static_cast<Type>(property.type);
+        add_number(null_flag(&instance, property));
+        const void* at = field(&instance, property.offset);
+        if (!property.is_array()) {
+            add_value(type, at);
+            return;
+        }
+        const Array_Base& array = *static_cast<const Array_Base*>(at);
+        add_number(array.size());
+        for (std::size_t i = 0; i < array.size(); ++i) {
+            add_value(type, array.at(i));
+        }
+    }
+
+    // `key` is feature `index` of the declared class. Classes of one hierarchy mostly have a
+    // feature at the same place.
+    static const Meta_Feature* find_key(const Meta_Structure& structure, const Meta_Feature& key,
+                                        uint64 index) noexcept {
+        const uint32 mask = key.flags & PROPERTIES_AND_REFERENCES;
+        if (index < structure.num_meta_features) {
+            const Meta_Feature* feature = structure.meta_features[index];
+            if (feature == &key || (feature->has(mask) && eqi(feature->name, key.name))) {
+                return feature;
+            }
+        }
+        return find_feature(&structure, key.name, mask);
+    }
+
+    static bool same_form(const Meta_Feature& key, const Meta_Feature* found) noexcept {
+        if (found == nullptr || !found->has(FLAG_KEY)) {
+            return false;
+        }
+        if (key.has(FLAG_REFERENCE)) {
+            return !as_reference(*found).is_array();
+        }
+        return as_property(key).type == as_property(*found).type &&
+               as_property(key).subscript == as_property(*found).subscript;
+    }
+
+    void add_keys(const Meta_Class& declared, const Instance& instance) noexcept {
+        uint64 left = declared.num_keys;
+        for (uint64 i = 0; i < declared.num_meta_features && left > 0; ++i) {
+            const Meta_Feature& key = *declared.meta_features[i];
+            if (!key.has(FLAG_KEY) || !key.has(PROPERTIES_AND_REFERENCES)) {
+                continue;
+            }
+            --left;
+            if (key.has(FLAG_REFERENCE) && as_reference(key).is_array()) {
+                continue;
+            }
+            const Meta_Feature* found = find_key(*instance.__meta_class, key, i);
+            if (!same_form(key, found)) {
+                _regular = false;
+            } else if (key.has(FLAG_PROPERTY)) {
+                add_property(as_property(*found), instance);
+            } else if (const Instance* target = reference_field(&instance, as_reference(*found))) {
+                add_keys(*as_reference(key).meta_class, *target);
+            } else {
+                add_number(0);
+            }
+        }
+    }
+
+    std::size_t _hash = 0;
+    bool _regular = true;
+};
+
+} // namespace
+
+long Instance_Map::find(const Instance* instance) const {
+    if (instance == nullptr || empty()) {
+        return -1;
+    }
+    return find_hashed(instance, _regular ? Key_Hash(*_meta_class, *instance).hash() : 0);
+}
+
+long Instance_Map::find_hashed(const Instance* instance, std::size_t hash) const {
+    if (!_regular) {
+        for (std::size_t i = 0; i < size(); ++i) {
+            if (key_eq(get(i), instance)) {
+                return static_cast<long>(i);
+            }
+        }
+        return -1;
+    }
+    if (_buckets.empty()) {
+        return -1;
+    }
+    // Members of one hash stand on one probe sequence in the order of their positions, so that the
+    // first hit is the first member.
+    const std::size_t mask = _buckets.size() - 1;
+    for (std::size_t at = hash & mask; _buckets[at] != 0; at = (at + 1) & mask) {
+        const std::size_t position = _buckets[at] - 1;
+        if (_hashes[position] == hash && key_eq(get(position), instance)) {
+            return static_cast<long>(position);
+        }
+    }
+    return -1;
+}
+
+Instance* Instance_Map::lookup(const Instance* instance) const {
+    const long position = find(instance);
+    return position < 0 ? nullptr : get(static_cast<std::size_t>(position));
+}
+
+long Instance_Map::insert(Instance* instance) {
+    if (instance == nullptr) {
+        return -1;
+    }
+    const Key_Hash key(*_meta_class, *instance);
+    if (find_hashed(instance, key.hash()) >= 0) {
+        return -1;
+    }
+    grow(size() + 1);
+    append(instance, key.hash(), key.regular());
+    return static_cast<long>(size() - 1);
+}
+
+void Instance_Map::remove(std::size_t position) noexcept {
+    if (position >= size()) {
+        return;
+    }
+    _instances.remove(position);
+    _hashes.erase(_hashes.begin() + static_cast<std::ptrdiff_t>(position));
+    fill_buckets();
+}
+
+void Instance_Map::clear() noexcept {
+    for (Instance* instance : _instances) {
+        destroy(instance);
+    }
+    _instances.clear();
+    _hashes.clear();
+    fill_buckets();
+    _regular = true;
+}
+
+void Instance_Map::reserve(std::size_t size) {
+    if (size > this->size()) {
+        grow(size);
+    }
+}
+
+void Instance_Map::grow(std::size_t size) {
+    if (size > std::numeric_limits<uint32>::max()) {
+        throw std::bad_alloc();
+    }
+    _instances.reserve(size);
+    if (size > _hashes.capacity()) {
+        _hashes.reserve(std::bit_ceil(size));
+    }
+    const std::size_t needed = std::bit_ceil(size + size / 2);
+    if (needed > _buckets.size()) {
+        std::vector<uint32>(std::max(needed, min_buckets)).swap(_buckets);
+        fill_buckets();
+    }
+}
+
+void Instance_Map::append(Instance* instance, std::size_t hash, bool regular) noexcept {
+    _instances.append(instance);
+    _hashes.push_back(hash);
+    _regular = _regular && regular;
+    const std::size_t mask = _buckets.size() - 1;
+    std::size_t at = hash & mask;
+    while (_buckets[at] != 0) {
+        at = (at + 1) & mask;
+    }
+    _buckets[at] = static_cast<uint32>(size());
+}
+
+void Instance_Map::fill_buckets() noexcept {
+    std::fill(_buckets.begin(), _buckets.end(), 0);
+    const std::size_t mask = _buckets.size() - 1;
+    for (std::size_t position = 0; position < _hashes.size(); ++position) {
+        std::size_t at = _hashes[position] & mask;
+        while (_buckets[at] != 0) {
+            at = (at + 1) & mask;
+        }
+        _buckets[at] = static_cast<uint32>(position + 1);
+    }
+}
+
+long Instance_Map::append_clones(const Instance_Map& from, std::size_t& position) {
+    const std::size_t count = from.size();
+    position = 0;
+    reserve(size() + count);
+    for (; position < count; ++position) {
+        const Instance* member = from.get(position);
+        const Key_Hash key(*_meta_class, *member);
+        if (find_hashed(member, key.hash()) >= 0) {
+            return -1;
+        }
+        append(clone(member), key.hash(), key.regular());
+    }
+    return static_cast<long>(count);
+}
+
+} // namespace cimple
