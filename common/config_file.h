@@ -37,8 +37,6 @@ public:
     bool getRefreshSANData() const;
 
 private:
-    bool take(std::string_view key, std::string_view value);
-
     bool m_bRefreshAdapterData = false;
     bool m_bRefreshSANData = true;
     sint32 m_CacheTimeout = 10;

@@ -2,12 +2,11 @@
 #ifndef TVR_COMMON_LOGGER_H
 #define TVR_COMMON_LOGGER_H
 
+#include "common/files.h"
 #include "runtime/datetime.h"
 
 #include <atomic>
 #include <cstdarg>
-#include <cstdio>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -47,6 +46,7 @@ public:
     virtual void clear() {}
 };
 
+class TVR_FileLogger;
 class TVR_SysLogger;
 
 // The logger singleton. It comes into being at the first use and is usable until the module is
@@ -98,7 +98,7 @@ private:
     CLogger() = default;
     ~CLogger() = delete;
 
-    class FileLoggerAccess;
+    TVR_FileLogger* fileLogger() const noexcept;
     bool toSysLogger(const char* file, uint32 line, uint32 level, const char* text) noexcept;
     void forgetSysLogger() noexcept;
 
@@ -140,14 +140,9 @@ public:
     void clear() override;
 
 private:
-    struct Closer {
-        void operator()(FILE* stream) const noexcept { fclose(stream); }
-    };
-    using Stream = std::unique_ptr<FILE, Closer>;
-
     mutable std::mutex m_mutex;
     std::string m_path;
-    Stream m_stream;
+    File m_stream;
 };
 
 // Keeps the newest messages as records. Takes modes 1 and 4, levels up to 3. Threads: any.
