@@ -1,8 +1,10 @@
 #include "sim/host.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 
 namespace tvrsim {
@@ -10,7 +12,7 @@ namespace tvrsim {
 namespace {
 
 constexpr HBA_HANDLE highestHandle = 0xFFFF; // a vendor library has 16 bits of a handle
-constexpr std::streamoff largestScenario = 64 * 1024 * 1024;
+constexpr size_t largestScenario = 64 * 1024 * 1024;
 
 /// Keeps its value until the process has ended.
 template <class Value> union NeverDestroyed {
@@ -20,16 +22,21 @@ template <class Value> union NeverDestroyed {
 };
 
 std::string readFile(const char* path) {
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    const std::streamoff size = file ? std::streamoff(file.tellg()) : -1;
-    if (size < 0 || size > largestScenario) {
-        throw FormatError(path, size < 0 ? "the file cannot be read" : "the file is too large");
+    std::error_code error;
+    std::ifstream file;
+    if (std::filesystem::is_regular_file(path, error)) {
+        file.open(path, std::ios::binary);
     }
-    file.seekg(0);
-    std::string text(static_cast<size_t>(size), '\0');
-    file.read(text.data(), size);
-    if (file.gcount() != size) {
-        throw FormatError(path, "the file cannot be read");
+    if (!file.is_open()) {
+        throw std::runtime_error("the file cannot be read");
+    }
+    std::string text;
+    std::array<char, 65536> part;
+    while (file.read(part.data(), part.size()) || file.gcount() > 0) {
+        text.append(part.data(), static_cast<size_t>(file.gcount()));
+        if (text.size() > largestScenario) {
+            throw std::runtime_error("the file is too large");
+        }
     }
     return text;
 }

@@ -1,0 +1,279 @@
+#include "tests/sim/simulated_library.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+using testing::StartsWith;
+
+namespace {
+
+constexpr HBA_WWN firstPort = {{0x10, 0, 2, 0x54, 0x56, 0, 0, 0}};
+constexpr HBA_WWN secondPort = {{0x10, 0, 2, 0x54, 0x56, 0, 0, 1}};
+constexpr HBA_WWN thirdPort = {{0x10, 0, 2, 0x54, 0x56, 0, 1, 0}};
+constexpr HBA_WWN strangePort = {{0x10, 0, 2, 0x54, 0x56, 9, 9, 9}};
+
+/// Each case starts from a host of its own: an adapter with two ports and one with one.
+class LibraryTest : public testing::Test {
+protected:
+    void SetUp() override {
+        EXPECT_EQ(control(R"({"clear": true, "resetCounts": true, "scenario": {"adapters": [
+            {"name": "Tavrin-A", "driverType": 7, "ports": [
+                {"statistics": {"txFrames": {"value": 100, "perRead": 10}, "rxFrames": null,
+                                "nosCount": 18446744073709551615}}, {}]},
+            {"name": "Tavrin-B", "attributes": {"kernelVersion": null}}]}})"),
+                  "");
+    }
+
+    void TearDown() override { control(R"({"clear": true})"); }
+
+    /// The message of a control request, empty when it was taken.
+    std::string control(const char* request) {
+        char message[256] = "";
+        const int result = CALL(m_library, tvrsim_control)(request, message, sizeof message);
+        EXPECT_EQ(result, *message == '\0' ? 0 : -1);
+        return message;
+    }
+
+    int64_t calls(const char* name) { return CALL(m_library, tvrsim_calls)(name); }
+
+    HBA_HANDLE open(std::string name) { return CALL(m_library, HBA_OpenAdapter)(name.data()); }
+
+    /// A value of 64 bits in a statistics buffer, or nothing but zero with found cleared.
+    uint64_t counter(uint16_t id, bool& found) {
+        std::vector<uint64_t> buffer(RM_PORT_STATISTICS_SIZE / sizeof(uint64_t));
+        uint32_t size = RM_PORT_STATISTICS_SIZE;
+        EXPECT_EQ(CALL(m_library, LRM_GetPortStatistics)(firstPort, buffer.data(), &size), 0U);
+        uint16_t length = 0;
+        RM_STATUS status = 99;
+        const void* const value =
+            CALL(m_library, RM_GetAttributeValue)(buffer.data(), id, &length, &status);
+        found = value != nullptr;
+        EXPECT_EQ(status == RM_STATUS_OK, found);
+        uint64_t number = 0;
+        if (found) {
+            EXPECT_EQ(length, sizeof number);
+            std::memcpy(&number, value, sizeof number);
+        }
+        return number;
+    }
+
+    const SimulatedLibrary m_library{TVRSIM_DIRECTORY "/liblrmapi.so"};
+};
+
+} // namespace
+
+TEST_F(LibraryTest, AdaptersByIndexNameAndHandle) {
+    ASSERT_EQ(CALL(m_library, HBA_GetNumberOfAdapters)(), 2U);
+    char name[256];
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterName)(1, name), HBA_STATUS_OK);
+    EXPECT_STREQ(name, "Tavrin-B");
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterName)(2, name), HBA_STATUS_ERROR_ILLEGAL_INDEX);
+    EXPECT_EQ(open("Tavrin-C"), HBA_HANDLE_INVALID);
+    EXPECT_EQ(CALL(m_library, HBA_OpenAdapter)(nullptr), HBA_HANDLE_INVALID);
+
+    const HBA_HANDLE handle = open("Tavrin-A");
+    ASSERT_NE(handle, HBA_HANDLE_INVALID);
+    HBA_ADAPTERATTRIBUTES adapter;
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &adapter), HBA_STATUS_OK);
+    EXPECT_EQ(adapter.NumberOfPorts, 2U);
+    HBA_PORTATTRIBUTES port;
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 1, &port), HBA_STATUS_OK);
+    EXPECT_EQ(std::memcmp(&port.PortWWN, &secondPort, sizeof secondPort), 0);
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 2, &port),
+              HBA_STATUS_ERROR_ILLEGAL_INDEX);
+    EXPECT_EQ(CALL(m_library, tvrsim_open_handles)(), 1U);
+    CALL(m_library, HBA_CloseAdapter)(handle);
+    EXPECT_EQ(CALL(m_library, tvrsim_open_handles)(), 0U);
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &adapter),
+              HBA_STATUS_ERROR_INVALID_HANDLE);
+}
+
+TEST_F(LibraryTest, HandlesStayWithin16BitsAndAreReused) {
+    for (int i = 0; i < 0x10010; ++i) {
+        const HBA_HANDLE handle = open("Tavrin-A");
+        ASSERT_TRUE(handle >= 1 && handle <= 0xFFFF) << handle;
+        CALL(m_library, HBA_CloseAdapter)(handle);
+    }
+    EXPECT_EQ(CALL(m_library, tvrsim_open_handles)(), 0U);
+}
+
+TEST_F(LibraryTest, SizedCallsTellTheirNeed) {
+    using Fetch = RM_STATUS(HBA_WWN, void*, uint32_t*);
+    for (const char* name :
+         {"LRM_GetHBAAttributes", "LRM_GetPortAttributes", "LRM_GetPortStatistics"}) {
+        Fetch& fetch = *m_library.find<Fetch>(name);
+        uint32_t need = 0;
+        EXPECT_EQ(fetch(firstPort, nullptr, &need), RM_STATUS_MORE_DATA) << name;
+        ASSERT_GT(need, 0U) << name;
+        EXPECT_LE(need, RM_PORT_STATISTICS_SIZE * (name[7] == 'H' ? 4 : 1)) << name;
+
+        std::vector<uint8_t> buffer(need, 0xEE);
+        uint32_t size = need - 1;
+        EXPECT_EQ(fetch(firstPort, buffer.data(), &size), RM_STATUS_MORE_DATA) << name;
+        EXPECT_EQ(size, need) << name;
+        EXPECT_EQ(buffer, std::vector<uint8_t>(need, 0xEE)) << name << " wrote into a small buffer";
+        EXPECT_EQ(fetch(firstPort, buffer.data(), &size), RM_STATUS_OK) << name;
+        EXPECT_EQ(fetch(firstPort, buffer.data(), nullptr), RM_STATUS_ERROR) << name;
+        EXPECT_EQ(fetch(strangePort, buffer.data(), &size), RM_STATUS_ILLEGAL_WWN) << name;
+    }
+}
+
+TEST_F(LibraryTest, AttributesAreFoundById) {
+    std::vector<uint64_t> buffer(RM_HBA_ATTRIBUTES_SIZE / sizeof(uint64_t));
+    auto& value = CALL(m_library, RM_GetAttributeValue);
+    uint16_t length = 9;
+    RM_STATUS status = 99;
+    EXPECT_EQ(value(buffer.data(), RM_HA_DEVICE_ID, &length, &status), nullptr)
+        << "a buffer that nobody filled";
+    EXPECT_EQ(status, RM_STATUS_ERROR);
+    EXPECT_EQ(length, 0U);
+
+    uint32_t size = RM_HBA_ATTRIBUTES_SIZE;
+    ASSERT_EQ(CALL(m_library, LRM_GetHBAAttributes)(thirdPort, buffer.data(), &size), RM_STATUS_OK);
+    const void* const address = value(buffer.data(), RM_HA_IEEE_ADDRESS, &length, &status);
+    ASSERT_NE(address, nullptr);
+    EXPECT_EQ(status, RM_STATUS_OK);
+    EXPECT_EQ(std::string(static_cast<const char*>(address), length),
+              std::string("\x02\x54\x56\0\x01\0", 6));
+    EXPECT_EQ(value(buffer.data(), RM_HA_KERNEL_VERSION, &length, &status), nullptr);
+    EXPECT_EQ(value(buffer.data(), RM_PS_TX_FRAMES, &length, &status), nullptr);
+    EXPECT_EQ(value(nullptr, RM_HA_DEVICE_ID, nullptr, nullptr), nullptr);
+}
+
+TEST_F(LibraryTest, CountersMoveUnlessTheAdapterLacksThem) {
+    bool found = false;
+    EXPECT_EQ(counter(RM_PS_TX_FRAMES, found), 100U);
+    EXPECT_EQ(counter(RM_PS_TX_FRAMES, found), 110U);
+    EXPECT_EQ(counter(RM_PS_NOS_COUNT, found), UINT64_MAX);
+    EXPECT_TRUE(found);
+    counter(RM_PS_RX_FRAMES, found);
+    EXPECT_FALSE(found);
+}
+
+TEST_F(LibraryTest, PortsAreKnownByName) {
+    uint32_t flag = 9;
+    EXPECT_EQ(CALL(m_library, RM_IsLocalHBA)(secondPort, &flag), RM_STATUS_OK);
+    EXPECT_EQ(flag, 1U);
+    EXPECT_EQ(CALL(m_library, RM_IsLocalHBA)(strangePort, &flag), RM_STATUS_OK);
+    EXPECT_EQ(flag, 0U);
+    uint32_t type = 0;
+    EXPECT_EQ(CALL(m_library, LRM_GetDriverType)(secondPort, &type), RM_STATUS_OK);
+    EXPECT_EQ(type, 7U);
+
+    ASSERT_EQ(CALL(m_library, RM_GetNumberOfLocalAdapters)(), 3U);
+    RM_LOCALHBAARGUMENT argument = {0, 2, 3, 0};
+    RM_LOCALHBAINFO info = {};
+    EXPECT_EQ(CALL(m_library, RM_GetLocalHBAInfo)(&argument, &info), RM_STATUS_OK);
+    EXPECT_EQ(std::memcmp(&info.port, &thirdPort, sizeof thirdPort), 0);
+    argument.adapterIndex = 3;
+    EXPECT_NE(CALL(m_library, RM_GetLocalHBAInfo)(&argument, &info), RM_STATUS_OK);
+
+    const HBA_WWN zero = {};
+    EXPECT_EQ(CALL(m_library, RM_ValidateWwn)(&zero), RM_STATUS_ILLEGAL_WWN);
+    EXPECT_EQ(CALL(m_library, RM_ValidateWwn)(&strangePort), RM_STATUS_OK);
+}
+
+TEST_F(LibraryTest, StatusTextsFitTheirBuffer) {
+    auto& statusString = CALL(m_library, RM_StatusString);
+    char text[8];
+    std::memset(text, 'x', sizeof text);
+    EXPECT_EQ(statusString(RM_STATUS_MORE_DATA, text, sizeof text), RM_STATUS_OK);
+    EXPECT_STREQ(text, "Larger ");
+    EXPECT_EQ(statusString(0xFFFFFFFF, text, sizeof text), RM_STATUS_OK);
+    EXPECT_STREQ(text, "");
+    EXPECT_NE(statusString(0, text, 0), RM_STATUS_OK);
+}
+
+TEST_F(LibraryTest, BeaconGoesOnAndOffWhereThereIsOne) {
+    auto& set = CALL(m_library, LRM_DiagBeacon);
+    auto& get = CALL(m_library, LRM_DiagBeaconState);
+    uint32_t state = 77;
+    EXPECT_EQ(get(firstPort, &state), RM_STATUS_OK);
+    EXPECT_EQ(state, RM_BEACON_OFF);
+    EXPECT_EQ(set(firstPort, RM_BEACON_ON), RM_STATUS_OK);
+    EXPECT_EQ(get(firstPort, &state), RM_STATUS_OK);
+    EXPECT_EQ(state, RM_BEACON_ON);
+    EXPECT_EQ(set(firstPort, 9), RM_STATUS_ERROR);
+
+    EXPECT_EQ(control(R"({"ports": {"1000025456000000": {"beacon": "notSupported"}}})"), "");
+    state = 77;
+    EXPECT_EQ(get(firstPort, &state), RM_STATUS_NOT_SUPPORTED);
+    EXPECT_EQ(state, 77U);
+    EXPECT_EQ(control(R"({"ports": {"1000025456000000": {"beacon": "noDiagnostics"}}})"), "");
+    EXPECT_EQ(get(firstPort, &state), RM_STATUS_DIAG_NOT_AVAILABLE);
+    EXPECT_EQ(set(firstPort, RM_BEACON_OFF), RM_STATUS_DIAG_NOT_AVAILABLE);
+}
+
+TEST_F(LibraryTest, ControlChangesAllOrNothing) {
+    const auto adapters = [this] { return CALL(m_library, HBA_GetNumberOfAdapters)(); };
+    EXPECT_THAT(control("{"), StartsWith("document: parse error"));
+    EXPECT_THAT(control(nullptr), StartsWith("document: parse error"));
+    EXPECT_EQ(control(R"({"reset": true})"), "reset: no such field");
+    EXPECT_EQ(control(R"({"scenario": {}, "adapters": {"Tavrin-A": {}}})"),
+              "adapters.Tavrin-A: no such adapter");
+    EXPECT_EQ(control(R"({"scenario": {}, "ports": {"12": {}}})"),
+              "ports.12: a world wide name has 16 hexadecimal digits");
+    EXPECT_THAT(control(R"({"entryPoints": {"HBA_GetVersion": {"status": 3}}, "clear": 1})"),
+                StartsWith("clear: true or false"));
+    EXPECT_EQ(adapters(), 2U);
+    EXPECT_EQ(CALL(m_library, HBA_GetVersion)(), 2U);
+
+    EXPECT_EQ(control(R"({"adapters": {"Tavrin-B": {"firmwareVersion": "2.83a1"}},
+                          "entryPoints": {"HBA_GetNumberOfAdapters": {"status": 9}}})"),
+              "");
+    EXPECT_EQ(adapters(), 9U);
+    EXPECT_EQ(control(R"({"clear": true})"), "");
+    HBA_ADAPTERATTRIBUTES attributes;
+    const HBA_HANDLE handle = open("Tavrin-B");
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &attributes), HBA_STATUS_OK);
+    EXPECT_STREQ(attributes.FirmwareVersion, "2.83a1");
+    EXPECT_STREQ(attributes.Manufacturer, "Tavrin");
+    EXPECT_EQ(control(R"({"scenario": {"adapters": [{}]}})"), "");
+    EXPECT_EQ(adapters(), 1U);
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &attributes),
+              HBA_STATUS_ERROR_INVALID_HANDLE);
+
+    char small[4] = "";
+    EXPECT_EQ(CALL(m_library, tvrsim_control)("{", small, sizeof small), -1);
+    EXPECT_STREQ(small, "doc");
+    EXPECT_EQ(CALL(m_library, tvrsim_control)("{", nullptr, 0), -1);
+}
+
+TEST_F(LibraryTest, RulesReachTheEntryPoints) {
+    EXPECT_EQ(control(R"({"entryPoints": {
+        "LRM_GetDriverType": {"status": 20},
+        "RM_GetAttributeValue": {"status": 21},
+        "HBA_OpenAdapter": {"where": "Tavrin-B", "status": 1},
+        "HBA_GetAdapterPortAttributes": {"where": "1000025456000001", "status": 8},
+        "LRM_InitLib": {"status": 3}}})"),
+              "");
+    uint32_t type = 77;
+    EXPECT_EQ(CALL(m_library, LRM_GetDriverType)(firstPort, &type), 20U);
+    EXPECT_EQ(type, 77U);
+    EXPECT_EQ(m_library.find<decltype(LRM_GetDriverType)>("RM_GetDriverType")(firstPort, &type),
+              0U);
+    EXPECT_EQ(calls("LRM_GetDriverType"), 1);
+    EXPECT_EQ(calls("RM_GetDriverType"), 1);
+    EXPECT_EQ(calls("LRM_Unknown"), -1);
+
+    uint64_t buffer[RM_PORT_ATTRIBUTES_SIZE / 8];
+    uint32_t size = sizeof buffer;
+    EXPECT_EQ(CALL(m_library, LRM_GetPortAttributes)(firstPort, buffer, &size), RM_STATUS_OK);
+    RM_STATUS status = 0;
+    EXPECT_EQ(CALL(m_library, RM_GetAttributeValue)(buffer, RM_PA_LINK_STATE, nullptr, &status),
+              nullptr);
+    EXPECT_EQ(status, 21U);
+
+    EXPECT_EQ(open("Tavrin-B"), HBA_HANDLE_INVALID);
+    const HBA_HANDLE handle = open("Tavrin-A");
+    HBA_PORTATTRIBUTES port;
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 0, &port), HBA_STATUS_OK);
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 1, &port),
+              HBA_STATUS_ERROR_STALE_DATA);
+    EXPECT_EQ(CALL(m_library, LRM_InitLib)(), 3);
+    EXPECT_EQ(control(R"({"resetCounts": true})"), "");
+    EXPECT_EQ(calls("*"), 0);
+}

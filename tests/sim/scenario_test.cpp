@@ -1,0 +1,204 @@
+#include "sim/scenario.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+
+using namespace tvrsim;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+Scenario read(std::string_view text) {
+    return readScenario(parseJson(text), "");
+}
+
+std::string failureOf(std::string_view text) {
+    try {
+        read(text);
+    } catch (const FormatError& error) {
+        return error.what();
+    }
+    return "";
+}
+
+uint32_t integerOf(const Attributes& attributes, uint16_t id) {
+    const std::string& bytes = attributes.at(id);
+    EXPECT_EQ(bytes.size(), 4U);
+    uint32_t value = 0;
+    std::memcpy(&value, bytes.data(), sizeof value);
+    return value;
+}
+
+} // namespace
+
+TEST(Scenario, MalformedTextNamesThePlace) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "document: parse error at line 1, column 1"},
+        {"{\"adapters\": [}", "document: parse error at line 1, column 15"},
+        {"[]", "document: an object is wanted here"},
+        {"{\"adapters\": {}}", "adapters: an array is wanted here"},
+        {"{\"adapters\": [3]}", "adapters[0]: an object is wanted here"},
+        {"{\"adapter\": []}", "adapter: no such field"},
+        {"{\"description\": 1}", "description: a text is wanted here"},
+        {"{\"adapters\": [], \"adapters\": []}", "document: the name \"adapters\" stands twice"},
+        {R"({"adapters": [{}, {"colour": 1}]})", "adapters[1].colour: no such field"},
+        {R"({"adapters": [{"numberOfPorts": -1}]})",
+         "adapters[0].numberOfPorts: a non-negative whole number"},
+        {R"({"adapters": [{"driverType": 1.5}]})", "adapters[0].driverType: a non-negative"},
+        {R"({"adapters": [{"driverType": 4294967296}]})",
+         "adapters[0].driverType: 4294967296 is above"},
+        {R"({"adapters": [{"driverType": "0xZ"}]})", "adapters[0].driverType: \"0xZ\" is no hexa"},
+        {R"({"adapters": [{"nodeWWN": "20000254"}]})",
+         "adapters[0].nodeWWN: a world wide name has 16"},
+        {R"({"adapters": [{"nodeWWN": "20:00:02:54:56:00:00:0"}]})", "adapters[0].nodeWWN: "},
+        {R"({"adapters": [{"name": "a", "copies": 2}]})", "adapters[0].copies: "},
+        {R"({"adapters": [{"copies": 4097}]})", "adapters[0].copies: 4097 is above"},
+        {R"({"adapters": [{"copies": 4000}, {"copies": 97}]})", "adapters[1]: more than 4096"},
+        {R"({"adapters": [{"attributes": {"colour": 1}}]})",
+         "adapters[0].attributes.colour: no such"},
+        {R"({"adapters": [{"attributes": {"70000": ""}}]})",
+         "adapters[0].attributes.70000: no such"},
+        {R"({"adapters": [{"attributes": {"deviceId": "x"}}]})",
+         "adapters[0].attributes.deviceId: "},
+        {R"({"adapters": [{"attributes": {"modelId": {"byte": ""}}}]})",
+         "adapters[0].attributes.modelId.byte: no such field"},
+        {R"({"adapters": [{"ports": [{"speed": "17G"}]}]})",
+         "adapters[0].ports[0].speed: \"17G\" is none of unknown, 1G"},
+        {R"({"adapters": [{"ports": [{"supportedSpeed": ["8G", true]}]}]})",
+         "adapters[0].ports[0].supportedSpeed[1]: a number or one of the words"},
+        {R"({"adapters": [{"ports": [{"fcId": "0x1000000"}]}]})",
+         "adapters[0].ports[0].fcId: 16777216 is"},
+        {R"({"adapters": [{"ports": [{"beacon": 7}]}]})", "adapters[0].ports[0].beacon: no such"},
+        {R"({"adapters": [{"ports": [{"statistics": {"txFrames": {"value": "1"}}}]}]})",
+         "adapters[0].ports[0].statistics.txFrames.value: "},
+        {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"type": "toaster"}]}]}]}]})",
+         "adapters[0].ports[0].targets[0].luns[0].type: \"toaster\" is none of disk"},
+        {R"({"entryPoints": {"LRM_Nothing": {}}})", "entryPoints.LRM_Nothing: no such entry point"},
+        {R"({"entryPoints": {"LRM_InitLib": {"latencyMs": 60001}}})",
+         "entryPoints.LRM_InitLib.latencyMs: a number from 0 to 60000"},
+        {R"({"entryPoints": {"LRM_InitLib": {"failTimes": 2}}})",
+         "entryPoints.LRM_InitLib.failTimes: "},
+        {R"({"entryPoints": {"LRM_InitLib": [{"status": 1, "failCall": 1}]}})",
+         "entryPoints.LRM_InitLib[0].status: "},
+    };
+    for (const auto& [text, reason] : cases) {
+        const std::string failure = failureOf(text);
+        EXPECT_THAT(failure, StartsWith(reason)) << text;
+        EXPECT_EQ(failure.find('\n'), std::string::npos) << text;
+    }
+}
+
+TEST(Scenario, TextsAreBoundByTheirFields) {
+    const std::string full(64, 's');
+    const Scenario scenario = read("{\"adapters\": [{\"serialNumber\": \"" + full + "\"}]}");
+    EXPECT_EQ(std::string(scenario.adapters.at(0).hba.SerialNumber, 64), full)
+        << "a text as long as its field stands without terminator";
+    EXPECT_THAT(failureOf("{\"adapters\": [{\"serialNumber\": \"" + full + "s\"}]}"),
+                HasSubstr("longer than 64"));
+    EXPECT_THAT(failureOf("{\"adapters\": [{\"name\": \"a\\u0000b\"}]}"), HasSubstr("zero byte"));
+}
+
+TEST(Scenario, BuiltInHostHasTwoBoardsOfTwoFunctions) {
+    const Scenario scenario = read(defaultScenario());
+    ASSERT_EQ(scenario.adapters.size(), 4U);
+    std::set<std::string> nodes;
+    std::set<std::string> ports;
+    std::set<std::string> models;
+    std::set<uint32_t> states;
+    std::set<uint32_t> peripherals;
+    for (const Adapter& adapter : scenario.adapters) {
+        ASSERT_EQ(adapter.ports.size(), 1U);
+        EXPECT_EQ(adapter.hba.NumberOfPorts, 1U);
+        const Port& port = adapter.ports.front();
+        EXPECT_EQ(wwnText(adapter.hba.NodeWWN), wwnText(port.hba.NodeWWN));
+        EXPECT_THAT(adapter.name, StartsWith("Tavrin-"));
+        EXPECT_TRUE(adapter.name[7] != 'O' && adapter.name[7] != 'N') << adapter.name;
+        nodes.insert(wwnText(adapter.hba.NodeWWN));
+        ports.insert(wwnText(port.hba.PortWWN));
+        models.insert(adapter.hba.Model);
+        states.insert(integerOf(port.attributes, RM_PA_PHYSICAL_STATE));
+        EXPECT_EQ(port.hba.NumberofDiscoveredPorts, port.targets.size());
+        for (const Target& target : port.targets) {
+            for (const Lun& lun : target.luns) {
+                peripherals.insert(lun.peripheralType);
+            }
+        }
+    }
+    EXPECT_EQ(nodes.size(), 4U);
+    EXPECT_EQ(ports.size(), 4U);
+    EXPECT_EQ(models.size(), 2U);
+    EXPECT_EQ(states, (std::set<uint32_t>{2, 6, 22}));
+    EXPECT_GE(peripherals.size(), 4U);
+}
+
+TEST(Scenario, CopiesHaveNamesOfTheirOwn) {
+    const Scenario scenario = read(R"({"adapters": [{"copies": 300, "ports": [{}, {}]}]})");
+    std::set<std::string> names;
+    std::set<std::string> ports;
+    for (const Adapter& adapter : scenario.adapters) {
+        names.insert(adapter.name);
+        for (const Port& port : adapter.ports) {
+            ports.insert(wwnText(port.hba.PortWWN));
+            EXPECT_EQ(wwnText(port.hba.NodeWWN), wwnText(adapter.hba.NodeWWN));
+        }
+    }
+    EXPECT_EQ(names.size(), 300U);
+    EXPECT_EQ(ports.size(), 600U);
+}
+
+TEST(Scenario, FieldsOverrideAndFollow) {
+    const Scenario scenario = read(R"({"adapters": [{
+        "nodeWWN": "20:00:02:54:56:AA:BB:CC", "numberOfPorts": 3,
+        "temperature": {"current": 1, "critical": 2, "warning": 3},
+        "attributes": {"modelId": null, "kernelVersion": "1.11a5", "999": "0102", "deviceId":
+                       {"bytes": "FF"}},
+        "ports": [{"state": "disabled", "type": "ptp", "statistics": {"txFrames": null}},
+                  {"attributes": {"physicalState": null}}]}]})");
+    const Adapter& adapter = scenario.adapters.at(0);
+    EXPECT_EQ(adapter.hba.NumberOfPorts, 3U);
+    EXPECT_EQ(wwnText(adapter.ports.at(1).hba.NodeWWN), "20000254"
+                                                        "56AABBCC");
+    EXPECT_EQ(adapter.attributes.at(RM_HA_IEEE_ADDRESS), std::string("\x02\x54\x56\xAA\xBB\xCC"));
+    EXPECT_EQ(integerOf(adapter.attributes, RM_HA_BOARD_TEMPERATURE), 0x030201U);
+    EXPECT_FALSE(adapter.attributes.contains(RM_HA_MODEL_ID));
+    EXPECT_EQ(adapter.attributes.at(RM_HA_KERNEL_VERSION), "1.11a5");
+    EXPECT_EQ(adapter.attributes.at(RM_HA_DEVICE_ID), "\xFF");
+    EXPECT_EQ(adapter.attributes.at(999), "\x01\x02");
+    const Port& disabled = adapter.ports.at(0);
+    EXPECT_EQ(disabled.hba.PortState, HBA_PORTSTATE_OFFLINE);
+    EXPECT_EQ(integerOf(disabled.attributes, RM_PA_PHYSICAL_STATE), 22U);
+    EXPECT_EQ(integerOf(disabled.attributes, RM_PA_TOPOLOGY), 21U);
+    EXPECT_FALSE(disabled.statistics.contains(RM_PS_TX_FRAMES));
+    EXPECT_FALSE(adapter.ports.at(1).attributes.contains(RM_PA_PHYSICAL_STATE));
+}
+
+// The schema is what people's editors check a scenario by: it must not offer what is refused.
+TEST(Scenario, SchemaOffersOnlyKnownFields) {
+    std::ifstream file(SCENARIO_SCHEMA);
+    ASSERT_TRUE(file) << SCENARIO_SCHEMA;
+    const Json schema = Json::parse(file);
+    const std::map<std::string, std::pair<std::string, std::string>> frames = {
+        {"adapter", {"{\"adapters\": [{\"", "\": [[]]}]}"}},
+        {"port", {"{\"adapters\": [{\"ports\": [{\"", "\": [[]]}]}]}"}},
+        {"target", {"{\"adapters\": [{\"ports\": [{\"targets\": [{\"", "\": [[]]}]}]}]}"}},
+        {"lun",
+         {"{\"adapters\": [{\"ports\": [{\"targets\": [{\"luns\": [{\"", "\": [[]]}]}]}]}]}"}},
+        {"rule", {"{\"entryPoints\": {\"LRM_InitLib\": {\"", "\": [[]]}}}"}},
+        {"adapterAttributes", {"{\"adapters\": [{\"attributes\": {\"", "\": [[]]}}]}"}},
+        {"portAttributes", {"{\"adapters\": [{\"ports\": [{\"attributes\": {\"", "\": [[]]}}]}]}"}},
+        {"statistics", {"{\"adapters\": [{\"ports\": [{\"statistics\": {\"", "\": [[]]}}]}]}"}},
+    };
+    for (const auto& [name, frame] : frames) {
+        const Json& properties = schema.at("$defs").at(name).at("properties");
+        EXPECT_FALSE(properties.empty()) << name;
+        for (const auto& property : properties.items()) {
+            const std::string failure = failureOf(frame.first + property.key() + frame.second);
+            EXPECT_THAT(failure, HasSubstr(property.key()));
+            EXPECT_EQ(failure.find("no such"), std::string::npos) << failure;
+        }
+    }
+}
