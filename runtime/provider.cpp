@@ -63,9 +63,7 @@ Get_Instance_Status Provider_Handle::get_instance(const Instance* model,
         if (status == GET_INSTANCE_OK && got == nullptr) {
             return GET_INSTANCE_FAILED;
         }
-        if (status == GET_INSTANCE_OK) {
-            instance = got;
-        }
+        instance = got;
         return static_cast<Get_Instance_Status>(status);
     }
 

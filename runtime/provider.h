@@ -163,7 +163,8 @@ public:
     const Meta_Repository* get_repository() const;
 
     // Asks the provider; where it has no get of its own, enumerates and takes the first instance
-    // whose keys equal the model's. On success `instance` gets one count for the caller.
+    // whose keys equal the model's. `instance` gets what the provider made, with a count for the
+    // caller: an instance on success, and whatever goes with a status of the provider's own.
     Get_Instance_Status get_instance(const Instance* model, Instance*& instance) const;
 
     Enum_Instances_Status enum_instances(const Instance* model, Instance_Enumerator_Proc proc,

@@ -1,0 +1,53 @@
+#include "runtime/cimom.h"
+
+namespace cimple {
+
+namespace {
+
+// Ends the enumeration that `state` stands for. Without a context the scope that it belonged to
+// has ended, and its object with it.
+void end(Instance_Enumerator_State*& state) {
+    Thread_Context* context = Thread_Context::top();
+    if (state != nullptr && context != nullptr) {
+        context->instance_enumerator_destroy(state);
+    }
+    state = nullptr;
+}
+
+} // namespace
+
+Instance_Enumerator::~Instance_Enumerator() {
+    end(_state);
+}
+
+bool Instance_Enumerator::more() const {
+    Thread_Context* context = Thread_Context::top();
+    return _state != nullptr && context != nullptr && context->instance_enumerator_more(_state);
+}
+
+void Instance_Enumerator::next() {
+    Thread_Context* context = Thread_Context::top();
+    if (_state != nullptr && context != nullptr) {
+        context->instance_enumerator_next(_state);
+    }
+}
+
+Ref<Instance> Instance_Enumerator::get() const {
+    Thread_Context* context = Thread_Context::top();
+    return _state != nullptr && context != nullptr
+               ? Ref<Instance>(context->instance_enumerator_get(_state))
+               : Ref<Instance>();
+}
+
+int cimom::enum_instances(const char* name_space, const Instance* model,
+                          Instance_Enumerator& enumerator) {
+    Thread_Context* context = Thread_Context::top();
+    if (context == nullptr) {
+        return -1;
+    }
+    end(enumerator._state);
+    enumerator._state = context->instance_enumerator_create(name_space, model);
+    return enumerator._state == nullptr ? -1 : 0;
+}
+
+} // namespace cimple
