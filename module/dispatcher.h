@@ -31,9 +31,10 @@
 //
 // and for each method of the class, inherited ones among them,
 //
-//     Invoke_Method_Status METHOD(const C* self, PARAMETER..., Property<uint32>& return_value);
+//     Invoke_Method_Status METHOD(const C* self, PARAMETER..., Property<R>& return_value);
 //
-// A parameter is handed over as the field of the call that holds it:
+// where R is the method's own result, uint32 but for a few. A parameter is handed over as the field
+// of the call that holds it:
 //
 //     scalar or array         const Property<T>&, const Property<Array<T>>&
 //       with Out              Property<T>&, Property<Array<T>>&
@@ -48,8 +49,9 @@
 //
 // `tvr_generate signatures` prints these members for every provider written by hand.
 //
-// A request may name another class of the module than the one served. `model`, `instance` of
-// create, delete and modify are null then; a method of a provider is not called at all.
+// A request may name another class of the module than the one served. `model`, and the instance of
+// create, delete and modify, are null then; a method is answered with INVOKE_METHOD_FAILED and not
+// called.
 #ifndef TVR_MODULE_DISPATCHER_H
 #define TVR_MODULE_DISPATCHER_H
 

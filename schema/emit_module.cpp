@@ -127,7 +127,7 @@ void emit_registrations(std::ostream& out, const std::vector<Provider>& provider
         out << "extern const Registration " << provider.served->name << "_registration;\n"
             << "extern CMPI_Static_Data " << provider.served->name << "_static_data;\n";
     }
-    out << "\n// The head of the list.\nconstexpr const Registration& last_registration = "
+    out << "\n// The head of the list.\ninline constexpr const Registration& last_registration = "
         << providers.back().served->name << "_registration;\n\n} // namespace cimple\n\n";
     for (const Provider& provider : providers) {
         for (const char letter : provider.kinds) {
