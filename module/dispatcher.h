@@ -72,8 +72,7 @@ template <class P, class C> struct Provider_Method {
     int (*call)(P& provider, const C* self, Instance* fields);
 };
 
-// Calls the first method, in metadata order, whose name is that of the call's metadata. A class
-// without methods has none.
+// Calls the first method, in metadata order, whose name is that of the call's metadata.
 template <class P>
 using Method_Invoker = int (*)(P& provider, const Instance* self, Instance* call);
 
@@ -99,6 +98,11 @@ int invoke_member(const Provider_Method<P, C> (&methods)[count], P& provider, co
             return method.call(provider, served, call);
         }
     }
+    return OPERATION_UNKNOWN;
+}
+
+// For classes without methods.
+template <class P> int invoke_nothing(P&, const Instance*, Instance*) noexcept {
     return OPERATION_UNKNOWN;
 }
 
@@ -216,12 +220,7 @@ int dispatch(const Registration*, int operation, void* arg0, void* arg1, void* a
     case OPERATION_MODIFY_INSTANCE:
         return provider->modify_instance(instance_of<const C>(arg1), instance_of<const C>(arg2));
     case OPERATION_INVOKE_METHOD:
-        if constexpr (invoke == nullptr) {
-            return OPERATION_UNKNOWN;
-        } else {
-            return invoke(*provider, static_cast<const Instance*>(arg1),
-                          static_cast<Instance*>(arg2));
-        }
+        return invoke(*provider, static_cast<const Instance*>(arg1), static_cast<Instance*>(arg2));
     case OPERATION_GET_REPOSITORY:
         *static_cast<const Meta_Repository**>(arg0) = C::static_meta_class.meta_repository;
         return 0;

@@ -74,7 +74,7 @@ void emit_methods(std::ostream& out, const Provider& provider) {
 std::string invoker(const Provider& provider) {
     const std::string& name = provider.served->name;
     if (provider.served->methods().empty()) {
-        return "nullptr";
+        return "invoke_nothing<" + provider_class(*provider.served) + ">";
     }
     return provider.is_own
                ? name + "_invoke"

@@ -160,9 +160,11 @@ void* sink_proc() {
 }
 
 constexpr Caller<dispatch<Service, Served, Provider_Kind::instance, invoke_service>> call_service;
-constexpr Caller<dispatch<Association, TVRHBA_ControlledBy, Provider_Kind::association, nullptr>>
+constexpr Caller<dispatch<Association, TVRHBA_ControlledBy, Provider_Kind::association,
+                          invoke_nothing<Association>>>
     call_association;
-constexpr Caller<dispatch<Alerts, TVRHBA_AlertIndication, Provider_Kind::indication, nullptr>>
+constexpr Caller<
+    dispatch<Alerts, TVRHBA_AlertIndication, Provider_Kind::indication, invoke_nothing<Alerts>>>
     call_alerts;
 constexpr Caller<
     dispatch<Noting<TVRHBA_PortController>, TVRHBA_PortController, Provider_Kind::instance,
