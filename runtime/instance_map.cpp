@@ -202,6 +202,13 @@ void Instance_Map::clear() noexcept {
     _regular = true;
 }
 
+Array<Instance*> Instance_Map::release() {
+    Array<Instance*> members;
+    std::swap(members, _instances);
+    clear();
+    return members;
+}
+
 void Instance_Map::reserve(std::size_t size) {
     if (size > this->size()) {
         grow(size);

@@ -42,6 +42,8 @@ public:
     void remove(std::size_t position) noexcept;
 
     void clear() noexcept;
+    // Empties the map and hands its members, in order and each with its count, to the caller.
+    Array<Instance*> release();
     void reserve(std::size_t size);
 
     // Appends clones of all members of `from`, a map of the same class. -1 at the first whose keys
