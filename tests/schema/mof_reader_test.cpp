@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
 
 using namespace tvrmof;
@@ -174,6 +175,24 @@ TEST(MofReader, RefusesWithPositionAndReason) {
                     testing::AllOf(StartsWith("t.mof:"), HasSubstr(bad.message)))
             << bad.text;
     }
+}
+
+// Object managers' compilers want a class to be known before it is referred to.
+TEST(MofReader, FindsTheClassModelInOrder) {
+    const Schema schema = read_file(TVR_MOF);
+    std::set<std::string> known;
+    for (const auto& declared : schema.classes()) {
+        known.insert(declared->name);
+        for (const auto& feature : declared->own) {
+            EXPECT_TRUE(feature->target.empty() || known.contains(feature->target))
+                << declared->name << '.' << feature->name;
+            for (const Parameter& parameter : feature->parameters) {
+                EXPECT_TRUE(parameter.target.empty() || known.contains(parameter.target))
+                    << declared->name << '.' << feature->name;
+            }
+        }
+    }
+    EXPECT_EQ(known.size(), 256u);
 }
 
 // Whatever the text is cut to, there is one error or none, and no harm.
