@@ -2,9 +2,9 @@
 #define HBA_API __attribute__((visibility("default")))
 
 #include "sim/guarded.h"
+#include "sim/scsi.h"
+#include "sim/target_mapping.h"
 #include "sim/vendor_table.h"
-
-#include <cstring>
 
 using namespace tvrsim;
 
@@ -34,6 +34,28 @@ const VendorTableV2& vendorTable() {
         return entries;
     }();
     return table;
+}
+
+/// Rules of SCSI commands can be limited to the remote port.
+Subject targetSubject(HBA_HANDLE handle, const HBA_WWN& target) {
+    Subject subject = Host::instance().subjectOf(handle);
+    subject.port = wwnText(target);
+    return subject;
+}
+
+/// Has a logical unit answer a command.
+template <class Command>
+HBA_STATUS sendCommand(Host& host, HBA_HANDLE handle, const HBA_WWN& target, HBA_UINT64 fcpLun,
+                       Command command, void* response, size_t responseSize, void* sense,
+                       size_t senseSize) {
+    return host.withAdapter(handle, [&](Adapter& adapter) -> HBA_STATUS {
+        const FoundUnit found = findUnit(adapter.ports, target, fcpLun);
+        if (!found.target) {
+            return HBA_STATUS_ERROR_ILLEGAL_WWN;
+        }
+        const ScsiAnswer answer = found.lun == nullptr ? noSuchUnit() : command(*found.lun);
+        return deliver(answer, response, responseSize, sense, senseSize);
+    });
 }
 
 } // namespace
@@ -151,21 +173,35 @@ void HBA_RefreshInformation(HBA_HANDLE handle) {
             [](Host&) { return HBA_STATUS_OK; });
 }
 
-HBA_STATUS HBA_GetFcpTargetMapping(HBA_HANDLE handle, HBA_FCPTARGETMAPPING*) {
+HBA_STATUS HBA_GetFcpTargetMapping(HBA_HANDLE handle, HBA_FCPTARGETMAPPING* pmapping) {
     return guarded(EntryPoint::HBA_GetFcpTargetMapping, Host::instance().subjectOf(handle),
-                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+                   [=](Host& host) {
+                       return host.withAdapter(handle, [=](Adapter& adapter) {
+                           return fillMapping(adapter.ports, pmapping);
+                       });
+                   });
 }
 
-HBA_STATUS HBA_SendScsiInquiry(HBA_HANDLE handle, HBA_WWN, HBA_UINT64, HBA_UINT8, HBA_UINT32, void*,
-                               HBA_UINT32, void*, HBA_UINT32) {
-    return guarded(EntryPoint::HBA_SendScsiInquiry, Host::instance().subjectOf(handle),
-                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+HBA_STATUS HBA_SendScsiInquiry(HBA_HANDLE handle, HBA_WWN PortWWN, HBA_UINT64 fcLUN, HBA_UINT8 EVPD,
+                               HBA_UINT32 PageCode, void* pRspBuffer, HBA_UINT32 RspBufferSize,
+                               void* pSenseBuffer, HBA_UINT32 SenseBufferSize) {
+    return guarded(EntryPoint::HBA_SendScsiInquiry, targetSubject(handle, PortWWN),
+                   [=](Host& host) {
+                       return sendCommand(
+                           host, handle, PortWWN, fcLUN,
+                           [=](const Lun& lun) { return inquiry(lun, EVPD != 0, PageCode); },
+                           pRspBuffer, RspBufferSize, pSenseBuffer, SenseBufferSize);
+                   });
 }
 
-HBA_STATUS HBA_SendReadCapacity(HBA_HANDLE handle, HBA_WWN, HBA_UINT64, void*, HBA_UINT32, void*,
-                                HBA_UINT32) {
-    return guarded(EntryPoint::HBA_SendReadCapacity, Host::instance().subjectOf(handle),
-                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+HBA_STATUS HBA_SendReadCapacity(HBA_HANDLE handle, HBA_WWN portWWN, HBA_UINT64 fcLUN,
+                                void* pRspBuffer, HBA_UINT32 RspBufferSize, void* pSenseBuffer,
+                                HBA_UINT32 SenseBufferSize) {
+    return guarded(EntryPoint::HBA_SendReadCapacity, targetSubject(handle, portWWN),
+                   [=](Host& host) {
+                       return sendCommand(host, handle, portWWN, fcLUN, readCapacity, pRspBuffer,
+                                          RspBufferSize, pSenseBuffer, SenseBufferSize);
+                   });
 }
 
 HBA_STATUS HBA_RegisterForAdapterPortEvents(HBA_PORT_EVENT_CALLBACK, void*, HBA_HANDLE,

@@ -2,6 +2,7 @@
 
 #include "sim/attribute_buffer.h"
 #include "sim/rm_behaviour.h"
+#include "sim/target_mapping.h"
 
 #include <algorithm>
 #include <array>
@@ -82,6 +83,12 @@ RM_STATUS GetDriverType(HBA_WWN port, uint32_t* type) {
         }
         *type = adapter.driverType;
         return RM_STATUS_OK;
+    });
+}
+
+RM_STATUS GetFcpTargetMapping(HBA_WWN port, HBA_FCPTARGETMAPPING* mapping) {
+    return Host::instance().withPort(port, [=](Adapter&, Port& found) {
+        return fillMapping(std::span<const Port>(&found, 1), mapping);
     });
 }
 

@@ -129,12 +129,18 @@ Lun readLun(const Json& value, const std::string& path, size_t index) {
     reader.number("osLun", lun.osLun);
     reader.text("osDeviceName", lun.osDeviceName, 256);
     reader.named("type", lun.peripheralType, peripheralWords);
+    if (lun.peripheralType > 0x1F) {
+        throw FormatError(reader.pathOf("type"), "a peripheral type is at most 31");
+    }
     reader.text("vendor", lun.vendor, 8);
     reader.text("product", lun.product, 16);
     reader.text("revision", lun.revision, 4);
     reader.text("serialNumber", lun.serialNumber, 251);
     if (const Json* identifier = reader.find("identifier")) {
         lun.identifier = readBytes(*identifier, reader.pathOf("identifier"));
+        if (lun.identifier.size() > 251) {
+            throw FormatError(reader.pathOf("identifier"), "an identifier has at most 251 bytes");
+        }
     }
     reader.number("blockSize", lun.blockSize);
     reader.number("blocks", lun.blocks);

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
+#include <thread>
 #include <vector>
 
 using testing::StartsWith;
@@ -276,4 +278,41 @@ TEST_F(LibraryTest, RulesReachTheEntryPoints) {
     EXPECT_EQ(CALL(m_library, LRM_InitLib)(), 3);
     EXPECT_EQ(control(R"({"resetCounts": true})"), "");
     EXPECT_EQ(calls("*"), 0);
+}
+
+// Callers keep working, and see one host or the other, while the scenario changes under them.
+TEST_F(LibraryTest, CallersSurviveChangesOfTheScenario) {
+    control(R"({"ports": {"1000025456000000": {"maxFrameSize": 1111}}})");
+    std::atomic<bool> stop = false;
+    std::atomic<int> strange = 0;
+    {
+        std::vector<std::jthread> callers;
+        for (int i = 0; i < 3; ++i) {
+            callers.emplace_back([&] {
+                std::vector<uint64_t> buffer(RM_HBA_ATTRIBUTES_SIZE / sizeof(uint64_t));
+                while (!stop) {
+                    const HBA_HANDLE handle = open("Tavrin-A");
+                    HBA_PORTATTRIBUTES port;
+                    const HBA_STATUS status =
+                        CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 0, &port);
+                    uint32_t size = RM_HBA_ATTRIBUTES_SIZE;
+                    const RM_STATUS fetched =
+                        CALL(m_library, LRM_GetHBAAttributes)(firstPort, buffer.data(), &size);
+                    CALL(m_library, HBA_CloseAdapter)(handle);
+                    strange += (status == HBA_STATUS_OK && port.PortMaxFrameSize != 1111 &&
+                                port.PortMaxFrameSize != 2222) ||
+                               fetched != RM_STATUS_OK;
+                }
+            });
+        }
+        for (int i = 0; i < 50; ++i) {
+            EXPECT_EQ(control(i % 2 == 0 ? R"({"scenario": {"adapters": [{"name": "Tavrin-A",
+                                              "ports": [{"maxFrameSize": 2222}]}]}})"
+                                         : R"({"scenario": {"adapters": [{"name": "Tavrin-A",
+                                              "ports": [{"maxFrameSize": 1111}, {}]}]}})"),
+                      "");
+        }
+        stop = true;
+    }
+    EXPECT_EQ(strange, 0);
 }

@@ -30,6 +30,29 @@ void printName(const char* label, const HBA_WWN& wwn) {
     }
 }
 
+void printUnits(void* hba, HBA_HANDLE handle) {
+    constexpr HBA_UINT32 room = 16;
+    alignas(HBA_FCPTARGETMAPPING) unsigned char
+        storage[offsetof(HBA_FCPTARGETMAPPING, entry) + room * sizeof(HBA_FCPSCSIENTRY)] = {};
+    auto* const mapping = reinterpret_cast<HBA_FCPTARGETMAPPING*>(storage);
+    mapping->NumberOfEntries = room;
+    const HBA_STATUS status = FIND(hba, HBA_GetFcpTargetMapping)(handle, mapping);
+    std::printf("\n  units: status=%u %u", status, mapping->NumberOfEntries);
+    const auto* row =
+        reinterpret_cast<const HBA_FCPSCSIENTRY*>(storage + offsetof(HBA_FCPTARGETMAPPING, entry));
+    for (HBA_UINT32 i = 0; i < mapping->NumberOfEntries && i < room; ++i, ++row) {
+        char data[256] = "";
+        unsigned char sense[128] = {};
+        HBA_STATUS result = FIND(hba, HBA_SendScsiInquiry)(
+            handle, row->FcpId.PortWWN, row->FcpId.FcpLun, 0, 0, data, 255, sense, sizeof sense);
+        std::printf("\n    %s lun %llu inquiry=%u type %d %.28s", row->ScsiId.OSDeviceName,
+                    row->FcpId.FcpLun, result, data[0], data + 8);
+        result = FIND(hba, HBA_SendReadCapacity)(handle, row->FcpId.PortWWN, row->FcpId.FcpLun,
+                                                 data, 255, sense, sizeof sense);
+        std::printf(" capacity=%u sense %02x/%02x", result, sense[2], sense[12]);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -76,6 +99,7 @@ int main(int argc, char** argv) {
             status = FIND(rm, RM_IsLocalHBA)(port.PortWWN, &isLocal);
             std::printf(" local=%u,%u", status, isLocal);
         }
+        printUnits(hba, handle);
         std::printf("\n");
         FIND(hba, HBA_CloseAdapter)(handle);
     }

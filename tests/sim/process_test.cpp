@@ -136,5 +136,7 @@ TEST(Process, RealHbaApiLibraryShowsTheSameAdapters) {
     const Outcome direct = runProbe(hbaFile, lrmFile);
     EXPECT_EQ(real.status, 0);
     EXPECT_THAT(direct.output, StartsWith("init 0\nadapters 4\n"));
+    EXPECT_THAT(direct.output,
+                HasSubstr("type 1 TVTAPE  LT-8 DRIVE      K1A2 capacity=9 sense 05/20"));
     EXPECT_EQ(real.output, direct.output);
 }

@@ -1,0 +1,22 @@
+// FCP target mappings: a row for each logical unit behind a port.
+#pragma once
+
+#include "sim/scenario.h"
+
+#include <span>
+
+namespace tvrsim {
+
+/// Fills a mapping with the rows of some ports. The count word gets the number of rows; when there
+/// are more than it held, as many as fit are written and the status is 7.
+HBA_STATUS fillMapping(std::span<const Port> ports, HBA_FCPTARGETMAPPING* mapping);
+
+/// A logical unit behind a remote port that some local ports see. target is false without such a
+/// port.
+struct FoundUnit {
+    bool target = false;
+    const Lun* lun = nullptr;
+};
+FoundUnit findUnit(std::span<const Port> ports, const HBA_WWN& target, HBA_UINT64 fcpLun);
+
+} // namespace tvrsim
