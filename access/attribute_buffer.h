@@ -41,9 +41,11 @@ private:
     alignas(8) std::byte m_bytes[capacity] = {};
 };
 
-// The first 32 bits of a value, 0 when there is none; a shorter value fills the low bytes. Logs
-// what it found under the label.
+// The first 32 bits of a value; a shorter value fills the low bytes. Logs what it found under the
+// label. The one answers 0 when there is no value, the other nothing.
 uint32 getHBAAttributeInt(AttributeBuffer& buffer, uint16 attribute, const char* label);
+std::optional<uint32> findHBAAttributeInt(AttributeBuffer& buffer, uint16 attribute,
+                                          const char* label);
 
 // The first 64 bits of a value, nothing when there is none. Logs nothing.
 std::optional<uint64> getAttributeCounter(AttributeBuffer& buffer, uint16 attribute);

@@ -24,11 +24,11 @@
     X(H, HBA_GetNumberOfAdapters, 0)                                                               \
     X(H, HBA_GetAdapterName, 1)                                                                    \
     X(H, HBA_OpenAdapter, 1)                                                                       \
-    X(HR, HBA_CloseAdapter, 0)                                                                     \
+    X(H, HBA_CloseAdapter, 0)                                                                      \
     X(H, HBA_GetAdapterAttributes, 1)                                                              \
     X(H, HBA_GetAdapterPortAttributes, 1)                                                          \
     X(H, HBA_GetFcpTargetMapping, 1)                                                               \
-    X(HR, HBA_RefreshInformation, 0)                                                               \
+    X(H, HBA_RefreshInformation, 0)                                                                \
     X(H, HBA_SendScsiInquiry, 1)                                                                   \
     X(H, HBA_SendReadCapacity, 1)                                                                  \
     X(H, HBA_RegisterForAdapterPortEvents, 1)                                                      \
@@ -87,8 +87,7 @@
 
 namespace cimple::rm {
 
-// HR: as H, for the two functions without result.
-enum class Family : uint8 { H, HR, R, L };
+enum class Family : uint8 { H, R, L };
 
 // Name, place and cached address of one entry point.
 class Symbol {

@@ -39,7 +39,7 @@ public:
     uint32 getAdapterCount() const noexcept { return m_adapterCount; }
 
 private:
-    void addAdapter(uint32 index);
+    bool addAdapter(uint32 index);
 
     std::vector<std::unique_ptr<Adapter>> m_adapters;
     std::vector<Port*> m_ports;

@@ -1,0 +1,61 @@
+#include "access/entry_points.h"
+
+#include "access/libraries.h"
+
+#include <dlfcn.h>
+
+namespace cimple::rm {
+
+#define TVR_DEFINE_ENTRY_POINT(family, name, failure)                                              \
+    constinit EntryPoint<decltype(::name)> name{Family::family, #name, failure};
+TVR_ENTRY_POINTS(TVR_DEFINE_ENTRY_POINT)
+#undef TVR_DEFINE_ENTRY_POINT
+
+namespace {
+
+#define TVR_ADDRESS_ENTRY_POINT(family, name, failure) &name,
+constexpr Symbol* entryPoints[] = {TVR_ENTRY_POINTS(TVR_ADDRESS_ENTRY_POINT)};
+#undef TVR_ADDRESS_ENTRY_POINT
+
+void* inLibrary(Library library, const char* name) noexcept {
+    void* handle = libraryHandles[library];
+    return handle == nullptr ? nullptr : dlsym(handle, name);
+}
+
+void* amongGlobals(const char* name) noexcept {
+    return dlsym(RTLD_DEFAULT, name);
+}
+
+} // namespace
+
+void* Symbol::find() noexcept {
+    void* address = m_address.load(std::memory_order_acquire);
+    if (address == nullptr) {
+        address = lookUp();
+        m_address.store(address, std::memory_order_release);
+    }
+    return address;
+}
+
+void* Symbol::lookUp() const noexcept {
+    if (m_family == Family::H && hbaApiMissing == 0) {
+        return inLibrary(HBAAPI_LIBRARY, m_name);
+    }
+    if (lrmApiMissing == 0) {
+        return m_family == Family::H ? amongGlobals(m_name) : inLibrary(LRMAPI_LIBRARY, m_name);
+    }
+    // rmApiMissing leaves no handle to look into.
+    void* address = inLibrary(RMAPI_LIBRARY, m_name);
+    if (address == nullptr && m_family == Family::L) {
+        address = inLibrary(RMAPI_LIBRARY, m_name + 1); // LRM_x stands there as RM_x
+    }
+    return address;
+}
+
+void resetEntryPoints() noexcept {
+    for (Symbol* entryPoint : entryPoints) {
+        entryPoint->reset();
+    }
+}
+
+} // namespace cimple::rm
