@@ -1,5 +1,7 @@
 #include "runtime/clock.h"
 
+#include "runtime/undestroyed.h"
+
 #include <atomic>
 #include <cerrno>
 #include <ctime>
@@ -33,15 +35,9 @@ public:
     }
 };
 
-// Never destroyed, so that destructors of other static objects may still ask for the time.
-union Host_Clock_Storage {
-    Host_Clock clock;
-    constexpr Host_Clock_Storage() noexcept : clock() {}
-    ~Host_Clock_Storage() {}
-};
-
-constinit Host_Clock_Storage host;
-constinit std::atomic<Clock*> current{&host.clock};
+// Destructors of other static objects may still ask for the time.
+constinit Undestroyed<Host_Clock> host;
+constinit std::atomic<Clock*> current{&host.object};
 
 } // namespace
 
@@ -50,7 +46,7 @@ Clock& Clock::get() noexcept {
 }
 
 Clock* Clock::set(Clock* clock) noexcept {
-    return current.exchange(clock != nullptr ? clock : &host.clock, std::memory_order_acq_rel);
+    return current.exchange(clock != nullptr ? clock : &host.object, std::memory_order_acq_rel);
 }
 
 } // namespace cimple

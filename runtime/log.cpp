@@ -1,6 +1,7 @@
 #include "runtime/log.h"
 
 #include "runtime/datetime.h"
+#include "runtime/undestroyed.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -73,8 +74,7 @@ struct Mutex_Lock {
     Mutex_Lock& operator=(const Mutex_Lock&) = delete;
 };
 
-// All under `mutex`. The log is on while there is a file. Its end closes the log; what is logged by
-// objects that end later is dropped.
+// All under `mutex`. The log is on while there is a file.
 struct State {
     bool initialised = false;
     Log_Level level = LL_FATAL;
@@ -85,14 +85,19 @@ struct State {
         file.reset();
         file_lock.reset();
     }
-    ~State() {
-        const Mutex_Lock lock;
-        close();
-        initialised = true;
-    }
 };
 
-State state;
+constinit Undestroyed<State> storage;
+constinit State& state = storage.object;
+
+// Closes the log when the module ends; what other static objects log later is dropped.
+struct Log_End {
+    ~Log_End() {
+        const Mutex_Lock lock;
+        state.close();
+        state.initialised = true;
+    }
+} log_end;
 
 // The value of a line "LOG_LEVEL = value", or null if it is no such line. Cuts white space from the
 // end of the line.

@@ -1,0 +1,260 @@
+// Every allocation of an operation fails once, in turn: nothing is lost, changed or leaked. The
+// leak check is that of AddressSanitizer, and the balance of the counting operators here.
+#include "runtime/instance_map.h"
+#include "runtime/log.h"
+#include "runtime/thread.h"
+#include "runtime/value.h"
+#include "tests/runtime/sample_classes.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+
+namespace {
+
+thread_local long allocations_left = -1; // until one fails; negative: none does
+thread_local long allocations = 0;
+thread_local long live = 0;
+
+void* allocate(std::size_t size) noexcept {
+    if (allocations_left == 0) {
+        return nullptr;
+    }
+    if (allocations_left > 0) {
+        --allocations_left;
+    }
+    void* block = std::malloc(size);
+    if (block != nullptr) {
+        ++allocations;
+        ++live;
+    }
+    return block;
+}
+
+void release(void* block) noexcept {
+    if (block != nullptr) {
+        --live;
+        std::free(block);
+    }
+}
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    if (void* block = allocate(size)) {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+void operator delete(void* block) noexcept {
+    release(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    release(block);
+}
+
+namespace cimple::sample {
+namespace {
+
+// At its end as many blocks live as at its start.
+class Balance {
+public:
+    Balance() = default;
+    Balance(const Balance&) = delete;
+    Balance& operator=(const Balance&) = delete;
+    ~Balance() { EXPECT_EQ(live, _start); }
+
+private:
+    long _start = live;
+};
+
+// Runs `operation` with the first, second, ... allocation failing until it succeeds; after each
+// failure `check` sees that all is as before. Returns the number of failures.
+template <class Operation, class Check>
+long fail_each_allocation(Operation operation, Check check) {
+    for (long n = 0;; ++n) {
+        allocations_left = n;
+        bool failed = false;
+        try {
+            operation();
+        } catch (const std::bad_alloc&) {
+            failed = true;
+        }
+        allocations_left = -1;
+        if (!failed) {
+            return n;
+        }
+        check();
+    }
+}
+
+Ref<Device> rich_device() {
+    Ref<Device> device = make_device("a name of some length", 1);
+    device->Peer = make_device<Port>("peer", 2).release();
+    device->Members.value.append(make_device("member", 3).release());
+    device->Members.value.append(make_device("member", 4).release());
+    return device;
+}
+
+TEST(Allocation, failure_in_create_and_clone_leaves_nothing) {
+    const Balance balance;
+    Ref<Instance> made;
+    EXPECT_GT(
+        fail_each_allocation([&] { made.reset(create(&Device::static_meta_class, true)); }, [] {}),
+        8);
+    const Ref<Device> device = rich_device();
+    Ref<Device> copy;
+    EXPECT_GT(fail_each_allocation([&] { copy.reset(clone_of(device.get())); }, [] {}), 15);
+    EXPECT_TRUE(key_eq(copy.get(), device.get()));
+}
+
+TEST(Allocation, failure_leaves_texts_and_arrays_unchanged) {
+    const Balance balance;
+    const String original(std::string(32, 'x'));
+    String text(original);
+    const auto unchanged = [&] { EXPECT_EQ(text, original); };
+    EXPECT_EQ(fail_each_allocation([&] { text.append('y'); }, unchanged), 1);
+    text = original;
+    EXPECT_EQ(fail_each_allocation([&] { text.append("yy"); }, unchanged), 1);
+    text = original;
+    EXPECT_EQ(fail_each_allocation([&] { text.assign("other"); }, unchanged), 1);
+
+    Datetime datetime(uint64{5});
+    const Datetime held(datetime);
+    EXPECT_EQ(fail_each_allocation([&] { datetime.set("00000000000001.000000:000"); },
+                                   [&] { EXPECT_EQ(datetime, held); }),
+              1);
+
+    Array<String> array;
+    for (int i = 0; i < 8; ++i) {
+        array.append("element");
+    }
+    const Array<String> before(array);
+    EXPECT_EQ(fail_each_allocation([&] { array.append(before[0]); },
+                                   [&] { EXPECT_TRUE(array == before); }),
+              1);
+    array.remove(8);
+    Array<String> target{"kept"};
+    EXPECT_EQ(fail_each_allocation([&] { target = array; },
+                                   [&] { EXPECT_TRUE((target == Array<String>{"kept"})); }),
+              1);
+}
+
+TEST(Allocation, failure_leaves_a_map_unchanged) {
+    const Balance balance;
+    Class_Map<Device> map;
+    long failures = 0;
+    for (uint32 number = 0; number < 100; ++number) {
+        Ref<Device> device = make_device("host", number);
+        failures += fail_each_allocation([&] { map.insert(device.get()); },
+                                         [&] {
+                                             EXPECT_EQ(map.size(), number);
+                                             EXPECT_EQ(map.find(device.get()), -1);
+                                             EXPECT_EQ(device->__refs, 1u);
+                                         });
+        static_cast<void>(device.release());
+    }
+    EXPECT_GT(failures, 5);
+    for (uint32 number = 0; number < 100; ++number) {
+        EXPECT_EQ(map.find(make_device("host", number).get()), static_cast<long>(number));
+    }
+}
+
+TEST(Allocation, failure_in_the_copy_of_a_map_leaves_a_map) {
+    const Balance balance;
+    Class_Map<Device> from;
+    for (uint32 number = 0; number < 10; ++number) {
+        from.insert(make_device("host", number).release());
+    }
+    for (long n = 0;; ++n) {
+        Class_Map<Device> to;
+        std::size_t position = 0;
+        allocations_left = n;
+        bool failed = false;
+        try {
+            to.append_clones(from, position);
+        } catch (const std::bad_alloc&) {
+            failed = true;
+        }
+        allocations_left = -1;
+        for (uint32 number = 0; number < 10; ++number) {
+            EXPECT_EQ(to.find(from.get(number)),
+                      number < to.size() ? static_cast<long>(number) : -1);
+        }
+        if (!failed) {
+            EXPECT_EQ(to.size(), 10u);
+            break;
+        }
+        EXPECT_EQ(position, to.size());
+    }
+}
+
+TEST(Allocation, failure_leaves_fields_and_values_unchanged) {
+    const Balance balance;
+    const Ref<Device> device = rich_device();
+    for (const Meta_Feature* feature : Device::static_meta_class) {
+        if (feature->has(FLAG_METHOD)) {
+            continue;
+        }
+        Value value;
+        value.set(uint8{7});
+        fail_each_allocation([&] { Value::get(value, device.get(), feature); },
+                             [&] { EXPECT_EQ(value.type(), UINT8); });
+        EXPECT_EQ(value.type(), Value::kind_of(*feature));
+        const Ref<Device> target = rich_device();
+        fail_each_allocation([&] { EXPECT_EQ(Value::set(value, target.get(), feature), 0); },
+                             [&] { EXPECT_TRUE(key_eq(target.get(), device.get())); });
+        Value copy;
+        fail_each_allocation([&] { copy = value; }, [&] { EXPECT_EQ(copy.type(), Value::NONE); });
+    }
+    const char* names[] = {"Anything", nullptr};
+    EXPECT_EQ(fail_each_allocation([&] { filter_properties(device.get(), names, true); },
+                                   [&] { EXPECT_EQ(device->Anything, nullptr); }),
+              1);
+}
+
+TEST(Allocation, failure_never_reaches_the_caller_of_the_log_or_of_a_thread) {
+    const Balance balance;
+    close_log();
+    ::setenv("CIMPLE_HOME", "/a/directory/that/no/machine/has/and/with/some/length", 1);
+    allocations_left = 0;
+    log(LL_FATAL, "f.cpp", 1, "lost");
+    Thread thread;
+    const int error = Thread::create_joinable(
+        thread, [](void* arg) { return arg; }, nullptr);
+    allocations_left = -1;
+    ::unsetenv("CIMPLE_HOME");
+    close_log();
+    EXPECT_EQ(error, ENOMEM);
+}
+
+TEST(Allocation, a_map_grows_by_doubling) {
+    constexpr uint32 count = 4096;
+    std::vector<Ref<Device>> devices;
+    for (uint32 number = 0; number < count; ++number) {
+        devices.push_back(make_device("host", number));
+    }
+    Class_Map<Device> map;
+    const long before = allocations;
+    for (Ref<Device>& device : devices) {
+        map.insert(device.get());
+        static_cast<void>(device.release());
+    }
+    EXPECT_LE(allocations - before, 3 * 13) << "three blocks, each doubled at most 12 times";
+}
+
+TEST(Allocation, texts_of_a_clone_cost_none) {
+    const Ref<Element> element = make<Element>();
+    element->Caption.set("a text long enough that any copy would show");
+    element->__name_space = "root/tavrin";
+    const long before = allocations;
+    const Ref<Element> copy(clone_of(element.get()));
+    EXPECT_EQ(allocations - before, 1) << "the block of the instance";
+}
+
+} // namespace
+} // namespace cimple::sample

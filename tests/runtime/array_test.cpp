@@ -1,0 +1,124 @@
+#include "runtime/array.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+
+namespace cimple {
+namespace {
+
+TEST(Array, grows_to_powers_of_two_from_8) {
+    Array<uint32> array;
+    EXPECT_EQ(array.capacity(), 8u);
+    for (uint32 i = 0; i < 8; ++i) {
+        array.append(i);
+    }
+    EXPECT_EQ(array.capacity(), 8u);
+    array.append(8);
+    EXPECT_EQ(array.capacity(), 16u);
+    EXPECT_EQ(array.size(), 9u);
+    for (uint32 i = 0; i < 9; ++i) {
+        EXPECT_EQ(array[i], i);
+    }
+
+    const uint32 many[24] = {};
+    array.append(many, 24);
+    EXPECT_EQ(array.capacity(), 64u);
+
+    Array<uint32> copy(array);
+    EXPECT_EQ(copy.capacity(), 33u) << "a copy holds what it needs";
+    copy.append(1);
+    EXPECT_EQ(copy.capacity(), 64u);
+
+    Array<uint32> empty{Array<uint32>()};
+    Array<uint32> of_empty(empty);
+    of_empty.append(1);
+    EXPECT_EQ(of_empty.capacity(), 8u);
+}
+
+TEST(Array, inserts_and_removes_in_order) {
+    Array<String> array{"b", "e"};
+    const String middle[] = {"c", "d"};
+    const String first("a");
+    array.insert(1, middle, 2);
+    array.insert(0, &first, 1);
+    array.insert(99, &first, 1);
+    EXPECT_TRUE((array == Array<String>{"a", "b", "c", "d", "e", "a"}));
+
+    const std::size_t capacity = array.capacity();
+    array.remove(1, 2);
+    EXPECT_TRUE((array == Array<String>{"a", "d", "e", "a"}));
+    array.remove(3, 100);
+    EXPECT_TRUE((array == Array<String>{"a", "d", "e"}));
+    array.remove(3);
+    EXPECT_EQ(array.size(), 3u);
+    EXPECT_EQ(array.find("e"), 2);
+    EXPECT_EQ(array.find("b"), -1);
+    array.clear();
+    EXPECT_TRUE(array.empty());
+    EXPECT_EQ(array.capacity(), capacity);
+}
+
+TEST(Array, an_element_of_its_own_may_be_appended) {
+    Array<String> array;
+    for (int i = 0; i < 8; ++i) {
+        array.append(String(std::string(40, static_cast<char>('a' + i))));
+    }
+    array.append(array[0]); // which moves when the block grows
+    EXPECT_EQ(array[8], std::string(40, 'a'));
+    array = array;
+    EXPECT_EQ(array.size(), 9u);
+}
+
+TEST(Array, copies_are_apart_and_share_only_texts) {
+    Array<String> array{"one", "two"};
+    Array<String> copy(array);
+    EXPECT_TRUE(copy[0].same_block(array[0]));
+    copy[0].append('!');
+    copy.append("three");
+    EXPECT_TRUE((array == Array<String>{"one", "two"}));
+    array = copy;
+    EXPECT_TRUE((array == Array<String>{"one!", "two", "three"}));
+
+    Array<String> moved(std::move(copy));
+    EXPECT_TRUE(moved == array);
+    copy = moved; // a moved-from array may be assigned to
+    EXPECT_TRUE(copy == array);
+}
+
+TEST(Array, equality_is_the_element_types) {
+    const real64 nan = std::numeric_limits<real64>::quiet_NaN();
+    EXPECT_TRUE((Array<real64>{0.0} == Array<real64>{-0.0}));
+    EXPECT_FALSE((Array<real64>{nan} == Array<real64>{nan}));
+    EXPECT_TRUE((Array<Datetime>{Datetime::interval(5)} == Array<Datetime>{Datetime::interval(5)}));
+    EXPECT_FALSE((Array<Datetime>{Datetime::interval(5)} == Array<Datetime>{Datetime(5)}));
+    EXPECT_FALSE((Array<uint8>{1, 2} == Array<uint8>{1}));
+    EXPECT_FALSE((Array<String>{"a"} == Array<String>{"A"}));
+
+    const Array<uint8> bytes{1};
+    const Array<sint8> other{1};
+    EXPECT_FALSE(bytes.equal(other)) << "arrays of two types are never equal";
+    EXPECT_EQ((Array<real32>{1.0f, 0.0f}.find(-0.0f)), 1);
+}
+
+TEST(Array, size_beyond_memory_leaves_it_unchanged) {
+    Array<uint64> array{1, 2};
+    const uint64 element = 3;
+    EXPECT_THROW(array.append(&element, std::numeric_limits<std::size_t>::max() - 1),
+                 std::bad_alloc);
+    EXPECT_THROW(array.reserve(std::numeric_limits<std::size_t>::max() / 8), std::bad_alloc);
+    EXPECT_TRUE((array == Array<uint64>{1, 2}));
+}
+
+TEST(Array, traits_of_an_unknown_type_are_harmless) {
+    EXPECT_EQ(traits_of(static_cast<Type>(200)).size, 1u);
+    EXPECT_EQ(type_width(static_cast<Type>(200)), 0u);
+    EXPECT_STREQ(type_name(static_cast<Type>(200)), "unknown");
+    for (uint16 code = 0; code < type_count; ++code) {
+        const Type type = static_cast<Type>(code);
+        EXPECT_EQ(traits_of(type).size, type_width(type)) << type_name(type);
+    }
+}
+
+} // namespace
+} // namespace cimple

@@ -1,0 +1,144 @@
+#include "runtime/datetime.h"
+
+#include "tests/runtime/test_clock.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <gtest/gtest.h>
+
+namespace cimple {
+namespace {
+
+// Puts the process into a time zone, as TZ names it.
+class In_Zone {
+public:
+    explicit In_Zone(const char* zone) {
+        if (const char* old = std::getenv("TZ")) {
+            _had = true;
+            _old = old;
+        }
+        ::setenv("TZ", zone, 1);
+        ::tzset();
+    }
+    ~In_Zone() {
+        if (_had) {
+            ::setenv("TZ", _old.c_str(), 1);
+        } else {
+            ::unsetenv("TZ");
+        }
+        ::tzset();
+    }
+
+private:
+    bool _had = false;
+    std::string _old;
+};
+
+Datetime parsed(const char* text) {
+    Datetime datetime;
+    EXPECT_TRUE(datetime.set(text)) << text;
+    return datetime;
+}
+
+TEST(Datetime, default_is_a_zero_interval) {
+    const Datetime zero;
+    EXPECT_TRUE(zero.is_interval());
+    EXPECT_EQ(zero.get_usec(), 0u);
+    EXPECT_EQ(zero.ascii(), "00000000000000.000000:000");
+    EXPECT_EQ(zero, Datetime::interval(0));
+    EXPECT_FALSE(zero == Datetime(uint64{0})) << "the kind counts";
+}
+
+TEST(Datetime, intervals_keep_every_part) {
+    const Datetime interval = parsed("00000001020304.000005:000");
+    EXPECT_TRUE(interval.is_interval());
+    EXPECT_EQ(interval.get_usec(), ((24 + 2) * 3600 + 3 * 60 + 4) * uint64{1000000} + 5);
+    EXPECT_EQ(interval.get_offset(), 0);
+    EXPECT_EQ(interval.ascii(), "00000001020304.000005:000");
+    EXPECT_EQ(interval.ascii(true), "00000001 02 03 04.000005:000");
+
+    const char* longest = "99999999235959.999999:000";
+    EXPECT_EQ(parsed(longest).ascii(), longest);
+    EXPECT_EQ(Datetime::interval(UINT64_MAX).ascii(), "213503982080149.551615:000")
+        << "more days than the field has digits";
+}
+
+TEST(Datetime, timestamps_are_local_fields_beside_the_stored_offset) {
+    const In_Zone zone("EST5");
+    const Datetime noon = parsed("20240101120000.000000+060");
+    EXPECT_TRUE(noon.is_timestamp());
+    EXPECT_EQ(noon.get_offset(), 60);
+    EXPECT_EQ(noon.get_usec(), uint64{1704128400} * 1000000) << "12:00 at the host's zone";
+    EXPECT_EQ(noon.ascii(), "20240101120000.000000+060");
+    EXPECT_EQ(noon.ascii(true), "2024/01/01 12:00:00.000000+060");
+    EXPECT_EQ(Datetime(0, -300).ascii(), "19691231190000.000000-300");
+    EXPECT_EQ(parsed("20240630235959.999999-999").ascii(), "20240630235959.999999-999");
+}
+
+TEST(Datetime, times_before_the_epoch_keep_their_fields) {
+    const In_Zone zone("UTC0");
+    for (const char* text : {"19691231235959.999999+000", "19691231235959.000000+000",
+                             "19000101000000.000001+000", "00000101000000.000000+000"}) {
+        EXPECT_EQ(parsed(text).ascii(), text);
+    }
+}
+
+TEST(Datetime, other_texts_are_refused_and_change_nothing) {
+    const Datetime before(uint64{42}, 7);
+    for (const char* text :
+         {"", "2024", "20240101120000.000000+06", "20240101120000.000000+0600",
+          "20240101120000.000000 060", "20240101120000.00000a+060", "2024010112000 .000000+060",
+          "-0240101120000.000000+060", "20240101120000,000000+060", "20240101120000.000000++60",
+          "00000001020304.000005:001", "0000000102030a.000005:000", "00000001020304:000005:000",
+          "********120000.000000+060"}) {
+        Datetime datetime(before);
+        EXPECT_FALSE(datetime.set(text)) << text;
+        EXPECT_EQ(datetime, before) << text;
+    }
+    Datetime datetime;
+    EXPECT_FALSE(datetime.set(nullptr));
+}
+
+TEST(Datetime, a_copy_is_written_apart) {
+    Datetime a(uint64{1}, 2);
+    const Datetime b(a);
+    ASSERT_TRUE(a.set("00000000000001.000000:000"));
+    EXPECT_EQ(b, Datetime(uint64{1}, 2));
+    EXPECT_EQ(a, Datetime::interval(1000000));
+    a = *&a;
+    EXPECT_EQ(a, Datetime::interval(1000000));
+}
+
+TEST(Datetime, no_value_runs_over_the_text_buffer) {
+    char text[Datetime::ascii_size + 4];
+    for (const uint64 usec : {uint64{0}, UINT64_MAX / 2, UINT64_MAX / 2 + 1, UINT64_MAX}) {
+        for (const sint32 offset : {INT32_MIN, -1000, INT32_MAX}) {
+            for (const bool prettify : {false, true}) {
+                std::fill(std::begin(text), std::end(text), '#');
+                Datetime(usec, offset).ascii(text, prettify);
+                EXPECT_EQ(text[Datetime::ascii_size], '#');
+                Datetime::interval(usec).ascii(text, prettify);
+                EXPECT_EQ(text[Datetime::ascii_size], '#');
+            }
+        }
+    }
+}
+
+TEST(Datetime, now_goes_by_the_clock_of_the_runtime) {
+    {
+        Test_Clock clock(1234567, 120);
+        EXPECT_EQ(Datetime::now(), Datetime(uint64{1234567}, 120));
+        clock.sleep(5);
+        EXPECT_EQ(Datetime::now().get_usec(), 1234572u);
+        clock.works = false;
+        EXPECT_EQ(Datetime::now(), Datetime());
+    }
+    const uint64 before = static_cast<uint64>(std::time(nullptr)) * 1000000;
+    const Datetime now = Datetime::now();
+    EXPECT_TRUE(now.is_timestamp());
+    EXPECT_GE(now.get_usec(), before);
+    EXPECT_LT(now.get_usec(), before + 60 * uint64{1000000});
+}
+
+} // namespace
+} // namespace cimple

@@ -1,0 +1,288 @@
+#include "runtime/instance_map.h"
+
+#include "tests/runtime/sample_classes.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace cimple::sample {
+namespace {
+
+// The meaning of a map: a list that is searched from its front.
+class Linear_Map {
+public:
+    long find(const Instance* instance) const {
+        for (std::size_t i = 0; i < members.size(); ++i) {
+            if (key_eq(members[i], instance)) {
+                return static_cast<long>(i);
+            }
+        }
+        return -1;
+    }
+    long insert(Instance* instance) {
+        if (find(instance) >= 0) {
+            return -1;
+        }
+        members.push_back(instance);
+        return static_cast<long>(members.size() - 1);
+    }
+
+    std::vector<Instance*> members;
+};
+
+// Instances with keys out of so small a range that equal ones are common.
+class Random_Instances {
+public:
+    explicit Random_Instances(unsigned seed) : _random(seed) {}
+
+    uint32 below(uint32 limit) {
+        return std::uniform_int_distribution<uint32>(0, limit - 1)(_random);
+    }
+
+    // A Device or one of a class near it; `odd` lets in those that break the rule of their parent.
+    Ref<Instance> device(bool odd) {
+        Ref<Instance> instance;
+        switch (below(odd ? 6 : 3)) {
+        case 0: {
+            const Ref<Port> port = make<Port>();
+            keys(*port);
+            if (below(4) != 0) {
+                port->Slot.set(below(3));
+            }
+            return Ref<Instance>(clone(port.get()));
+        }
+        case 3:
+            return filled<Odd>();
+        case 4: {
+            const Ref<Stranger> stranger = make<Stranger>();
+            stranger->SystemName.set(name());
+            stranger->Number.set(below(8));
+            return Ref<Instance>(clone(stranger.get()));
+        }
+        case 5:
+            return Ref<Instance>(make<Values>().release());
+        default:
+            return filled<Device>();
+        }
+    }
+
+    Ref<Instance> link(bool odd) {
+        Ref<Link> link = make<Link>();
+        if (below(5) != 0) {
+            link->Antecedent = static_cast<Element*>(device(odd).release());
+        }
+        if (below(5) != 0) {
+            link->Dependent = static_cast<Device*>(device(odd).release());
+        }
+        if (below(3) == 0) {
+            link->Others.value.append(device(odd).release());
+        }
+        return Ref<Instance>(link.release());
+    }
+
+    Ref<Instance> keys() {
+        static const real64 reals[] = {0.0, -0.0, 1.0, std::numeric_limits<real64>::quiet_NaN()};
+        Ref<Keys> keys = make<Keys>(below(2) == 0);
+        keys->key_REAL64.set(reals[below(4)]);
+        if (below(2) == 0) {
+            keys->key_REAL32.set(below(2) == 0 ? 0.0f : -0.0f);
+            keys->key_STRING.set(name());
+            keys->key_DATETIME.set(below(2) == 0 ? Datetime::interval(below(2))
+                                                 : Datetime(below(2)));
+        }
+        if (below(2) == 0) {
+            keys->key_BOOLEAN.set(below(2) == 0);
+            keys->key_CHAR16.set(static_cast<char16>(below(2)));
+            keys->key_SINT64.set(-static_cast<sint64>(below(2)));
+        }
+        return Ref<Instance>(keys.release());
+    }
+
+    Ref<Instance> codes() {
+        Ref<Codes> codes = make<Codes>();
+        for (uint32 i = below(3); i > 0; --i) {
+            codes->Code.value.append(below(2) == 0 ? -0.0f : static_cast<real32>(below(2)));
+        }
+        codes->Code.null = static_cast<uint8>(below(2));
+        return Ref<Instance>(codes.release());
+    }
+
+private:
+    const char* name() {
+        static const char* const names[] = {"a", "A", "b", "", "a longer name"};
+        return names[below(5)];
+    }
+    void keys(Device& device) {
+        if (below(6) != 0) {
+            device.SystemName.set(name());
+        }
+        if (below(6) != 0) {
+            device.Number.set(below(8));
+        }
+    }
+    template <class C> Ref<Instance> filled() {
+        Ref<C> instance = make<C>();
+        keys(*instance);
+        return Ref<Instance>(instance.release());
+    }
+
+    std::mt19937 _random;
+};
+
+void expect_same(const Instance_Map& map, const Linear_Map& linear) {
+    ASSERT_EQ(map.size(), linear.members.size());
+    for (std::size_t i = 0; i < map.size(); ++i) {
+        ASSERT_EQ(map.get(i), linear.members[i]) << i;
+    }
+}
+
+// Runs one random course of inserts, finds and removals against a map and against its meaning.
+template <class Make>
+void compare(const Meta_Class& meta_class, Random_Instances& random, Make make_instance) {
+    Instance_Map map(&meta_class);
+    Linear_Map linear;
+    for (int step = 0; step < 600; ++step) {
+        const uint32 action = random.below(12);
+        if (action < 6) {
+            Ref<Instance> instance = make_instance();
+            const long expected = linear.insert(instance.get());
+            ASSERT_EQ(map.insert(instance.get()), expected);
+            if (expected >= 0) {
+                static_cast<void>(instance.release());
+            }
+        } else if (action < 11) {
+            const Ref<Instance> probe = make_instance();
+            const long expected = linear.find(probe.get());
+            ASSERT_EQ(map.find(probe.get()), expected);
+            ASSERT_EQ(map.lookup(probe.get()),
+                      expected < 0 ? nullptr : linear.members[static_cast<std::size_t>(expected)]);
+        } else if (!linear.members.empty()) {
+            const uint32 position = random.below(static_cast<uint32>(linear.members.size()));
+            destroy(linear.members[position]);
+            linear.members.erase(linear.members.begin() + position);
+            map.remove(position);
+        }
+        ASSERT_NO_FATAL_FAILURE(expect_same(map, linear));
+    }
+
+    Instance_Map copy(&meta_class);
+    std::size_t position = 0;
+    const long count = copy.append_clones(map, position);
+    ASSERT_EQ(count, static_cast<long>(map.size()));
+    for (std::size_t i = 0; i < map.size(); ++i) {
+        ASSERT_NE(copy.get(i), map.get(i));
+        const Ref<Instance> probe = make_instance();
+        ASSERT_EQ(copy.find(probe.get()), linear.find(probe.get()));
+    }
+}
+
+TEST(Instance_Map, answers_as_a_linear_search_would) {
+    for (unsigned seed = 0; seed < 15; ++seed) {
+        SCOPED_TRACE(seed);
+        Random_Instances random(seed);
+        for (const bool odd : {false, true}) {
+            compare(Device::static_meta_class, random, [&] { return random.device(odd); });
+            compare(Link::static_meta_class, random, [&] { return random.link(odd); });
+        }
+        compare(Port::static_meta_class, random, [&] { return random.device(false); });
+        compare(Keys::static_meta_class, random, [&] { return random.keys(); });
+        compare(Codes::static_meta_class, random, [&] { return random.codes(); });
+        compare(Element::static_meta_class, random, [&] { return random.device(false); });
+    }
+}
+
+TEST(Instance_Map, takes_over_what_it_inserts_and_nothing_else) {
+    Class_Map<Device> map;
+    EXPECT_EQ(map.meta_class(), &Device::static_meta_class);
+    Ref<Device> device = make_device("host", 1);
+    EXPECT_EQ(map.insert(device.get()), 0);
+    const Device* member = device.release();
+    const Ref<Device> same = make_device("host", 1);
+    EXPECT_EQ(map.insert(same.get()), -1);
+    EXPECT_EQ(same->__refs, 1u);
+    EXPECT_EQ(map.size(), 1u);
+    EXPECT_EQ(map.lookup(same.get()), member);
+    EXPECT_EQ(map.find(make_device("host", 2).get()), -1);
+    EXPECT_EQ(map.find(nullptr), -1);
+    EXPECT_EQ(map.insert(nullptr), -1);
+
+    for (uint32 number = 2; number < 5; ++number) {
+        map.insert(make_device("host", number).release());
+    }
+    std::vector<uint32> numbers;
+    for (const Device* each : map) {
+        numbers.push_back(each->Number.value);
+    }
+    EXPECT_EQ(numbers, (std::vector<uint32>{1, 2, 3, 4}));
+}
+
+TEST(Instance_Map, remove_hands_the_entry_back_and_keeps_the_order) {
+    Class_Map<Device> map;
+    for (uint32 number = 0; number < 40; ++number) {
+        map.insert(make_device("host", number).release());
+    }
+    const Ref<Device> removed(map.get(3));
+    map.remove(3);
+    map.remove(1000);
+    EXPECT_EQ(removed->__refs, 1u);
+    EXPECT_EQ(map.size(), 39u);
+    EXPECT_EQ(map.find(removed.get()), -1);
+    for (uint32 number = 0; number < 40; ++number) {
+        const long position = map.find(make_device("host", number).get());
+        EXPECT_EQ(position, number == 3 ? -1 : static_cast<long>(number - (number > 3 ? 1 : 0)));
+    }
+    EXPECT_EQ(map.insert(make_device("host", 3).release()), 39);
+}
+
+TEST(Instance_Map, clear_ends_members_whatever_their_count) {
+    Class_Map<Device> map;
+    map.clear();
+    const Ref<Device> peer = make_device("peer", 1);
+    Ref<Device> member = make_device("host", 1);
+    ref(peer.get());
+    member->Peer = peer.get();
+    ref(member.get()); // a count that nobody will drop
+    map.insert(member.release());
+    map.clear();
+    EXPECT_EQ(peer->__refs, 1u) << "the member has ended and dropped what it held";
+    EXPECT_TRUE(map.empty());
+    EXPECT_EQ(map.find(peer.get()), -1);
+    EXPECT_EQ(map.insert(make_device("host", 1).release()), 0);
+}
+
+TEST(Instance_Map, clones_stop_at_a_key_that_is_there) {
+    Class_Map<Device> from;
+    for (uint32 number = 0; number < 5; ++number) {
+        from.insert(make_device("host", number).release());
+    }
+    Class_Map<Device> to;
+    to.insert(make_device("host", 2).release());
+    std::size_t position = 99;
+    EXPECT_EQ(to.append_clones(from, position), -1);
+    EXPECT_EQ(position, 2u);
+    EXPECT_EQ(to.size(), 3u);
+    EXPECT_EQ(from.append_clones(from, position), -1);
+    EXPECT_EQ(position, 0u);
+
+    Class_Map<Device> empty;
+    EXPECT_EQ(to.append_clones(empty, position), 0);
+    EXPECT_EQ(position, 0u);
+    from.get(0)->Label.set("changed");
+    EXPECT_EQ(to.get(1)->Label.value, "unnamed");
+}
+
+TEST(Instance_Map, one_irregular_member_does_not_outlast_a_clear) {
+    Class_Map<Device> map;
+    map.insert(make_device("host", 1).release());
+    const Ref<Odd> odd = make_device<Odd>("other", 1);
+    EXPECT_EQ(map.insert(clone_of(odd.get())), 1);
+    EXPECT_EQ(map.find(make_device("other", 55).get()), 1) << "Number is no key of Odd";
+    map.clear();
+    EXPECT_EQ(map.insert(make_device("other", 1).release()), 0);
+    EXPECT_EQ(map.find(make_device("other", 55).get()), -1);
+}
+
+} // namespace
+} // namespace cimple::sample

@@ -1,0 +1,169 @@
+#include "runtime/log.h"
+
+#include "tests/runtime/test_clock.h"
+#include "tests/runtime/test_log.h"
+
+#include <cerrno>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace cimple {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+void log_each_level() {
+    for (const Log_Level level : {LL_FATAL, LL_ERR, LL_WARN, LL_INFO, LL_DBG}) {
+        log(level, "source.cpp", 12, "level %d", static_cast<int>(level));
+    }
+}
+
+// Number of lines that a configuration lets through, of one a level.
+std::size_t lines_with(const char* config) {
+    Test_Log test(config);
+    log_each_level();
+    return test.lines().size();
+}
+
+TEST(Log, is_off_without_home_or_file) {
+    ::unsetenv("CIMPLE_HOME");
+    close_log();
+    log_each_level();
+
+    Test_Log test(nullptr);
+    log_each_level();
+    EXPECT_TRUE(std::filesystem::is_empty(test.home()));
+    ::setenv("CIMPLE_HOME", (test.home().string() + std::string(10000, 'x')).c_str(), 1);
+    close_log();
+    log_each_level();
+    EXPECT_TRUE(std::filesystem::is_empty(test.home()));
+}
+
+TEST(Log, level_is_the_first_line_with_the_key) {
+    EXPECT_EQ(lines_with("LOG_LEVEL = WARN\n"), 3u);
+    EXPECT_EQ(lines_with("LOG_LEVEL=fatal"), 1u);
+    EXPECT_EQ(lines_with("LOG_LEVEL\t \t=  dBg  \r\n"), 5u);
+    EXPECT_EQ(lines_with("# LOG_LEVEL=DBG\n\n \t\nOTHER = 1\nLOG_LEVEL = INFO\nLOG_LEVEL=DBG\n"),
+              4u);
+    EXPECT_EQ(lines_with("LOG_LEVEL\nLOG_LEVELS=DBG\nLOG_LEVEL = ERR\n"), 2u);
+    EXPECT_EQ(lines_with((std::string(1500, 'x') + "\nLOG_LEVEL=ERR\n").c_str()), 2u);
+
+    EXPECT_EQ(lines_with(""), 0u);
+    EXPECT_EQ(lines_with("LOG_LEVEL=debug\n"), 0u);
+    EXPECT_EQ(lines_with("LOG_LEVEL=debug\nLOG_LEVEL=DBG\n"), 0u);
+    EXPECT_EQ(lines_with("LOG_LEVEL=\n"), 0u);
+    EXPECT_EQ(lines_with("LOG_LEVEL=WARN ING\n"), 0u);
+    EXPECT_EQ(lines_with("log_level=WARN\n"), 0u);
+    EXPECT_EQ(lines_with(" LOG_LEVEL=WARN\n"), 0u);
+}
+
+TEST(Log, a_line_has_one_form) {
+    Test_Clock clock(uint64{1704110400} * 1000000 + 999999);
+    Test_Log test("LOG_LEVEL=DBG\n");
+    log(LL_WARN, "a.cpp", 7, "plain");
+    log(LL_FATAL, "b.cpp", 123456, "ends already: %s\n", "yes");
+    log(LL_DBG, "c.cpp", 0, "%s", "");
+    const std::string long_text(5000, 'y');
+    log(LL_INFO, "d.cpp", 1, "%s|", long_text.c_str());
+    log(LL_INFO, "d.cpp", 2, "%s", std::string(127, 'z').c_str());
+    log(LL_INFO, "d.cpp", 3, "%s", std::string(128, 'z').c_str());
+    TVR_RUNTIME_LOG(LL_ERR, "from %s", "here");
+
+    const std::string time = "[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} ";
+    EXPECT_THAT(test.lines(),
+                ElementsAre(MatchesRegex(time + "WARN: a\\.cpp\\(7\\): plain"),
+                            MatchesRegex(time + "FATAL: b\\.cpp\\(123456\\): ends already: yes"),
+                            MatchesRegex(time + "DBG: c\\.cpp\\(0\\): "),
+                            EndsWith("INFO: d.cpp(1): " + long_text + "|"),
+                            EndsWith("(2): " + std::string(127, 'z')),
+                            EndsWith("(3): " + std::string(128, 'z')),
+                            MatchesRegex(time + "ERR: log_test\\.cpp\\([0-9]+\\): from here")));
+}
+
+TEST(Log, stays_open_and_stays_off_until_closed) {
+    Test_Log test("LOG_LEVEL=ERR\n");
+    log(LL_ERR, "a.cpp", 1, "first");
+    std::ofstream(test.home() / ".cimplerc") << "LOG_LEVEL=DBG\n";
+    log(LL_DBG, "a.cpp", 2, "not at this level");
+    EXPECT_EQ(test.lines().size(), 1u);
+    close_log();
+    log(LL_DBG, "a.cpp", 3, "appended");
+    EXPECT_THAT(test.lines(), ElementsAre(EndsWith("first"), EndsWith("appended")));
+}
+
+TEST(Log, files_that_cannot_be_opened_leave_it_off) {
+    {
+        Test_Log test("LOG_LEVEL=DBG\n");
+        std::ofstream(test.home() / ".cimple") << "a file where the directory should be";
+        log_each_level();
+        EXPECT_THAT(test.lines(), IsEmpty());
+    }
+    Test_Log test("LOG_LEVEL=DBG\n");
+    std::filesystem::create_directories(test.file());
+    errno = 77;
+    log_each_level();
+    EXPECT_EQ(errno, 77) << "the caller's errno";
+    EXPECT_TRUE(std::filesystem::is_directory(test.file()));
+}
+
+TEST(Log, lock_file_is_the_users_alone) {
+    Test_Log test("LOG_LEVEL=DBG\n");
+    log_each_level();
+    struct stat status {};
+    ASSERT_EQ(::stat((test.home() / ".cimple" / "messages.lock").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0600u);
+}
+
+TEST(Log, lines_of_threads_and_processes_stay_whole) {
+    Test_Log test("LOG_LEVEL=DBG\n");
+    constexpr int count = 100;
+    const auto write = [](char mark) {
+        const std::string text(200, mark);
+        for (int i = 0; i < count; ++i) {
+            log(LL_INFO, "f.cpp", i, "%s", text.c_str());
+        }
+    };
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        write('c');
+        ::_exit(0);
+    }
+    std::thread a(write, 'a');
+    std::thread b(write, 'b');
+    a.join();
+    b.join();
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+
+    const std::vector<std::string> lines = test.lines();
+    EXPECT_EQ(lines.size(), 3u * count);
+    for (const std::string& line : lines) {
+        EXPECT_THAT(line, MatchesRegex(".* INFO: f\\.cpp\\([0-9]+\\): (a+|b+|c+)"));
+    }
+}
+
+TEST(Log, base_name_is_what_follows_the_last_slash) {
+    static_assert(base_name("a/b/c.cpp")[0] == 'c');
+    EXPECT_STREQ(base_name("plain.cpp"), "plain.cpp");
+    EXPECT_STREQ(base_name("/"), "");
+}
+
+TEST(Trace, goes_to_standard_error) {
+    testing::internal::CaptureStderr();
+    __cimple_trace("x.cpp", 9, "passing");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "TRACE: x.cpp(9): passing\n");
+    EXPECT_DEATH(__cimple_assert("x.cpp", 9, "f", "a == b"),
+                 "x\\.cpp\\(9\\): f\\(\\): assert: a == b");
+}
+
+} // namespace
+} // namespace cimple

@@ -1,0 +1,145 @@
+#include "runtime/string.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace cimple {
+namespace {
+
+TEST(String, empty_texts_share_one_block_that_holds_nothing) {
+    const String a;
+    const String b("");
+    const String c(nullptr);
+    String d("text");
+    d.clear();
+    String e("text");
+    e.assign("");
+    for (const String* s : std::initializer_list<const String*>{&b, &c, &d, &e}) {
+        EXPECT_TRUE(a.same_block(*s));
+    }
+    EXPECT_EQ(a.capacity(), 0u);
+    EXPECT_STREQ(a.c_str(), "");
+}
+
+TEST(String, capacity_is_the_least_power_of_two_from_32) {
+    EXPECT_EQ(String("x").capacity(), 32u);
+    EXPECT_EQ(String(std::string(32, 'x')).capacity(), 32u);
+    EXPECT_EQ(String(std::string(33, 'x')).capacity(), 64u);
+    EXPECT_EQ(String(std::string(1000, 'x')).capacity(), 1024u);
+
+    String s;
+    s.append('a');
+    EXPECT_EQ(s.capacity(), 32u);
+    while (s.size() < 32) {
+        s.append('a');
+    }
+    EXPECT_EQ(s.capacity(), 32u);
+    s.append('b');
+    EXPECT_EQ(s.capacity(), 64u);
+    EXPECT_EQ(s, std::string(32, 'a') + "b");
+    s.append(std::string(100, 'c').c_str());
+    EXPECT_EQ(s.capacity(), 256u);
+    EXPECT_EQ(s, std::string(32, 'a') + "b" + std::string(100, 'c'));
+}
+
+TEST(String, a_write_leaves_other_holders_alone) {
+    const String original("original");
+    String assigned(original);
+    String appended(original);
+    String grown(original);
+    String cleared(original);
+    EXPECT_TRUE(assigned.same_block(original));
+
+    assigned.assign("new");
+    appended.append("!");
+    grown.append('?');
+    cleared.clear();
+
+    EXPECT_EQ(original, "original");
+    EXPECT_EQ(assigned, "new");
+    EXPECT_EQ(appended, "original!");
+    EXPECT_EQ(appended.capacity(), 32u);
+    EXPECT_EQ(grown, "original?");
+    EXPECT_EQ(grown.capacity(), 64u) << "a character into a shared block doubles it";
+    EXPECT_TRUE(cleared.empty());
+}
+
+TEST(String, an_unshared_block_is_written_in_place) {
+    String s(std::string(40, 'x'));
+    const char* block = s.c_str();
+    s.assign("short");
+    EXPECT_EQ(s.c_str(), block);
+    EXPECT_EQ(s.capacity(), 64u);
+    s.append(" text");
+    EXPECT_EQ(s.c_str(), block);
+    EXPECT_EQ(s, "short text");
+}
+
+TEST(String, its_own_text_may_be_the_argument) {
+    String s("abcdef");
+    s.assign(s.c_str() + 2);
+    EXPECT_EQ(s, "cdef");
+    s.append(s.c_str());
+    EXPECT_EQ(s, "cdefcdef");
+    String other(s);
+    s.assign(s.c_str() + 6, 2); // out of a shared block
+    EXPECT_EQ(s, "ef");
+    s = s;
+    EXPECT_EQ(s, "ef");
+    EXPECT_EQ(other, "cdefcdef");
+    String full(std::string(32, 'y'));
+    full.append(full.c_str(), 32);
+    EXPECT_EQ(full, std::string(64, 'y'));
+}
+
+TEST(String, compares_by_size_and_bytes) {
+    const String with_nul("a\0b", 3);
+    EXPECT_EQ(with_nul.size(), 3u);
+    EXPECT_FALSE(with_nul == "a");
+    EXPECT_FALSE(with_nul.equali("a"));
+    EXPECT_TRUE(with_nul == String("a\0b", 3));
+    EXPECT_FALSE(String("abc") == String("ABC"));
+    EXPECT_TRUE(String("abc").equali("aBC"));
+    EXPECT_TRUE(String().equali(nullptr));
+    EXPECT_TRUE(eqi("EnabledState", "enabledSTATE"));
+    EXPECT_FALSE(eqi("[", "{")) << "only letters are folded";
+    EXPECT_FALSE(eqi("name", "names"));
+    EXPECT_TRUE(eqi("", ""));
+    EXPECT_FALSE(eqi("", "a"));
+}
+
+TEST(String, search_gives_a_position_or_minus_one) {
+    const String s("name=value=x");
+    EXPECT_EQ(s.find('='), 4);
+    EXPECT_EQ(s.find('=', 5), 10);
+    EXPECT_EQ(s.find('='), s.find("="));
+    EXPECT_EQ(s.find("value"), 5);
+    EXPECT_EQ(s.find("value", 6), -1);
+    EXPECT_EQ(s.find('#'), -1);
+    EXPECT_EQ(s.find('n', 1000), -1);
+}
+
+TEST(String, threads_may_hold_one_text) {
+    const String shared("a text that several threads hold");
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([shared] {
+            for (int i = 0; i < 1000; ++i) {
+                String copy(shared);
+                String again(copy);
+                again.append('x');
+                copy = again;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    String mine(shared);
+    EXPECT_EQ(mine, "a text that several threads hold");
+}
+
+} // namespace
+} // namespace cimple

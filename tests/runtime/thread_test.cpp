@@ -1,0 +1,258 @@
+#include "runtime/thread.h"
+
+#include "runtime/instance.h"
+#include "tests/runtime/test_clock.h"
+
+#include <atomic>
+#include <cerrno>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace cimple {
+namespace {
+
+using testing::ElementsAre;
+
+// A context that notes what happens to it.
+class Test_Context : public Thread_Context {
+public:
+    explicit Test_Context(std::vector<std::string>* events = nullptr, bool creates = true)
+        : _events(events), _creates(creates) {}
+    ~Test_Context() override { note("delete"); }
+
+    Thread_Context* thread_create_hook() override {
+        note("create");
+        return _creates ? new Test_Context(_events) : nullptr;
+    }
+    void thread_start_hook() override { note(top() == this ? "start on top" : "start"); }
+    void thread_exit_hook() override { note("exit"); }
+
+    Instance_Enumerator_State* instance_enumerator_create(const char*, const Instance*) override {
+        return nullptr;
+    }
+    void instance_enumerator_destroy(Instance_Enumerator_State*) override {}
+    bool instance_enumerator_more(Instance_Enumerator_State*) override { return false; }
+    void instance_enumerator_next(Instance_Enumerator_State*) override {}
+    Instance* instance_enumerator_get(Instance_Enumerator_State*) override { return nullptr; }
+    bool get_username(String&) override { return false; }
+
+    void note(const char* event) {
+        if (_events != nullptr) {
+            _events->emplace_back(event);
+        }
+    }
+
+private:
+    std::vector<std::string>* _events;
+    bool _creates;
+};
+
+// What a thread body saw.
+struct Seen {
+    Thread_Context* top = nullptr;
+    bool ran = false;
+};
+
+void* look(void* arg) {
+    Seen& seen = *static_cast<Seen*>(arg);
+    seen.top = Thread_Context::top();
+    seen.ran = true;
+    if (seen.top != nullptr) {
+        static_cast<Test_Context*>(seen.top)->note("run");
+    }
+    return &seen;
+}
+
+int refuse(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*) {
+    return EAGAIN;
+}
+
+TEST(Thread_Context, is_a_stack_of_its_thread) {
+    EXPECT_EQ(Thread_Context::top(), nullptr);
+    Thread_Context::pop();
+    Test_Context outer;
+    Test_Context inner;
+    Thread_Context::push(&outer);
+    Thread_Context::push(&inner);
+    EXPECT_EQ(Thread_Context::top(), &inner);
+    EXPECT_EQ(::pthread_getspecific(_thread_context_key), &inner);
+    Thread_Context::pop();
+    EXPECT_EQ(Thread_Context::top(), &outer);
+
+    Thread_Context* elsewhere = &outer;
+    pthread_t stranger{};
+    const auto body = [](void* arg) -> void* {
+        *static_cast<Thread_Context**>(arg) = Thread_Context::top();
+        return nullptr;
+    };
+    ASSERT_EQ(::pthread_create(&stranger, nullptr, body, &elsewhere), 0);
+    ::pthread_join(stranger, nullptr);
+    EXPECT_EQ(elsewhere, nullptr) << "a thread that never entered the runtime";
+
+    Thread_Context::pop();
+    EXPECT_EQ(Thread_Context::top(), nullptr);
+}
+
+TEST(Thread, runs_under_a_context_of_its_own) {
+    std::vector<std::string> events;
+    Test_Context context(&events);
+    Thread_Context::push(&context);
+    Thread thread;
+    Seen seen;
+    ASSERT_EQ(Thread::create_joinable(thread, look, &seen), 0);
+    void* result = nullptr;
+    EXPECT_EQ(Thread::join(thread, result), 0);
+    EXPECT_EQ(result, &seen);
+    EXPECT_NE(seen.top, nullptr);
+    EXPECT_NE(seen.top, &context);
+    EXPECT_EQ(Thread_Context::top(), &context);
+    Thread_Context::pop();
+    EXPECT_THAT(events, ElementsAre("create", "start on top", "run", "exit", "delete"));
+}
+
+TEST(Thread, runs_without_a_context_if_there_is_none_to_give) {
+    Thread thread;
+    void* result = nullptr;
+    Seen seen;
+    ASSERT_EQ(Thread::create_joinable(thread, look, &seen), 0);
+    EXPECT_EQ(Thread::join(thread, result), 0);
+    EXPECT_TRUE(seen.ran);
+    EXPECT_EQ(seen.top, nullptr);
+
+    Test_Context gives_none(nullptr, false);
+    Thread_Context::push(&gives_none);
+    Seen again;
+    ASSERT_EQ(Thread::create_joinable(thread, look, &again), 0);
+    EXPECT_EQ(Thread::join(thread, result), 0);
+    Thread_Context::pop();
+    EXPECT_TRUE(again.ran);
+    EXPECT_EQ(again.top, nullptr);
+}
+
+TEST(Thread, a_failed_start_leaves_the_callers_context_on_top) {
+    std::vector<std::string> events;
+    Test_Context context(&events);
+    Thread_Context::push(&context);
+    set_thread_create(refuse);
+    Thread thread;
+    Seen seen;
+    EXPECT_EQ(Thread::create_joinable(thread, look, &seen), EAGAIN);
+    set_thread_create(nullptr);
+    EXPECT_EQ(Thread_Context::top(), &context);
+    EXPECT_THAT(events, ElementsAre("create", "delete"));
+    EXPECT_FALSE(seen.ran);
+
+    void* result = &seen;
+    EXPECT_EQ(Thread::join(thread, result), EINVAL);
+    EXPECT_EQ(result, nullptr);
+    EXPECT_EQ(Thread::create_joinable(thread, look, &seen), 0);
+    EXPECT_EQ(Thread::join(thread, result), 0);
+    EXPECT_EQ(Thread::join(thread, result), EINVAL) << "joined already";
+    Thread_Context::pop();
+}
+
+TEST(Thread, an_unbalanced_stack_ends_the_process) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_DEATH(
+        {
+            Test_Context context;
+            Thread_Context::push(&context);
+            Thread thread;
+            void* result = nullptr;
+            const auto body = [](void*) -> void* {
+                Thread_Context::pop();
+                return nullptr;
+            };
+            Thread::create_joinable(thread, body, nullptr);
+            Thread::join(thread, result);
+        },
+        "context == Thread_Context::top\\(\\)");
+}
+
+TEST(Thread, sleep_goes_by_the_clock_of_the_runtime) {
+    {
+        Test_Clock clock(100);
+        Thread::sleep(uint64{3600} * 1000000);
+        EXPECT_EQ(clock.time, 100 + uint64{3600} * 1000000);
+    }
+    uint64 before = 0;
+    uint64 after = 0;
+    sint32 offset = 0;
+    ASSERT_TRUE(Clock::get().now(before, offset));
+    Thread::sleep(2000);
+    ASSERT_TRUE(Clock::get().now(after, offset));
+    EXPECT_GE(after - before, 1900u);
+}
+
+TEST(Mutex, keeps_threads_apart) {
+    struct Shared {
+        Mutex mutex;
+        long count = 0;
+    } shared;
+    const auto body = [](void* arg) -> void* {
+        Shared& s = *static_cast<Shared*>(arg);
+        for (int i = 0; i < 2000; ++i) {
+            const Lock lock(s.mutex);
+            ++s.count;
+        }
+        return nullptr;
+    };
+    Thread threads[4];
+    for (Thread& thread : threads) {
+        ASSERT_EQ(Thread::create_joinable(thread, body, &shared), 0);
+    }
+    for (Thread& thread : threads) {
+        void* result = nullptr;
+        EXPECT_EQ(Thread::join(thread, result), 0);
+    }
+    EXPECT_EQ(shared.count, 8000);
+}
+
+TEST(Mutex, recursive_one_is_locked_again_by_its_holder) {
+    Mutex recursive(true);
+    const Lock first(recursive);
+    EXPECT_TRUE(recursive.try_lock());
+    recursive.unlock();
+
+    Mutex plain;
+    const Lock lock(plain);
+    EXPECT_FALSE(plain.try_lock());
+}
+
+TEST(Cond, wait_ends_with_a_signal_or_in_time) {
+    struct Shared {
+        Mutex mutex;
+        Cond asked;
+        Cond answered;
+        int stage = 0;
+    } shared;
+    const auto body = [](void* arg) -> void* {
+        Shared& s = *static_cast<Shared*>(arg);
+        const Lock lock(s.mutex);
+        while (s.stage != 1) {
+            s.asked.wait(s.mutex);
+        }
+        s.stage = 2;
+        s.answered.broadcast();
+        return nullptr;
+    };
+    Thread thread;
+    ASSERT_EQ(Thread::create_joinable(thread, body, &shared), 0);
+    {
+        const Lock lock(shared.mutex);
+        EXPECT_FALSE(shared.answered.wait(shared.mutex, 1000)) << "nobody answers yet";
+        EXPECT_FALSE(shared.answered.wait(shared.mutex, 0));
+        shared.stage = 1;
+        shared.asked.signal();
+        while (shared.stage != 2) {
+            EXPECT_TRUE(shared.answered.wait(shared.mutex, UINT64_MAX)) << "as good as no limit";
+        }
+    }
+    void* result = nullptr;
+    EXPECT_EQ(Thread::join(thread, result), 0);
+}
+
+} // namespace
+} // namespace cimple

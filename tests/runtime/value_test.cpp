@@ -1,0 +1,231 @@
+#include "runtime/value.h"
+
+#include "tests/runtime/sample_classes.h"
+#include "tests/runtime/test_log.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace cimple::sample {
+namespace {
+
+using testing::EndsWith;
+
+const Meta_Feature* feature(const Meta_Structure& structure, const char* name) {
+    const Meta_Feature* found = find_feature(&structure, name, ALL_FEATURES);
+    EXPECT_NE(found, nullptr) << name;
+    return found;
+}
+
+TEST(Value, starts_with_no_type_and_clears_to_null) {
+    Value value;
+    EXPECT_EQ(value.type(), Value::NONE);
+    EXPECT_FALSE(value.null());
+    value.set(uint32{5});
+    EXPECT_EQ(value.type(), UINT32);
+    value.clear();
+    EXPECT_EQ(value.type(), Value::NONE);
+    EXPECT_TRUE(value.null());
+}
+
+TEST(Value, kinds_have_codes_and_names) {
+    Value value;
+#define X(code, type_, sample, other)                                                              \
+    value.set_null(true);                                                                          \
+    value.set(sample);                                                                             \
+    EXPECT_EQ(value.type(), code);                                                                 \
+    EXPECT_FALSE(value.null());                                                                    \
+    ASSERT_NE(value.get<type_>(), nullptr);                                                        \
+    EXPECT_TRUE(*value.get<type_>() == sample);                                                    \
+    EXPECT_EQ(value.get<Array<type_>>(), nullptr);                                                 \
+    EXPECT_STREQ(Value::kind_name(code), type_name(code));                                         \
+    value.set(Array<type_>{sample, other});                                                        \
+    EXPECT_EQ(value.type(), 128 + code);                                                           \
+    EXPECT_EQ(value.get<Array<type_>>()->size(), 2u);                                              \
+    EXPECT_EQ(Value::kind_name(128 + code), std::string(type_name(code)) + "_array");              \
+    value.set_null_of(128 + code);                                                                 \
+    EXPECT_TRUE(value.null() && value.get<Array<type_>>()->empty());                               \
+    value.set_null_of(code);                                                                       \
+    EXPECT_TRUE(value.null() && *value.get<type_>() == type_{});
+    SAMPLE_TYPES(X)
+#undef X
+    EXPECT_STREQ(Value::kind_name(Value::INSTANCE), "instance");
+    EXPECT_STREQ(Value::kind_name(Value::INSTANCE_ARRAY), "instance_array");
+    EXPECT_STREQ(Value::kind_name(Value::NONE), "none");
+    for (const sint32 kind : {-2, 15, 127, 143, 100000}) {
+        EXPECT_STREQ(Value::kind_name(kind), "unknown");
+        value.set_null_of(kind);
+        EXPECT_EQ(value.type(), Value::NONE);
+    }
+    value.set_null_of(Value::INSTANCE);
+    EXPECT_EQ(value.type(), Value::INSTANCE);
+    EXPECT_EQ(value.instance(), nullptr);
+
+    EXPECT_EQ(Value::kind_of(*feature(Device::static_meta_class, "Speeds")), 128 + UINT16);
+    EXPECT_EQ(Value::kind_of(*feature(Device::static_meta_class, "Peer")), Value::INSTANCE);
+    EXPECT_EQ(Value::kind_of(*feature(Device::static_meta_class, "Members")),
+              Value::INSTANCE_ARRAY);
+    EXPECT_EQ(Value::kind_of(Reset::static_meta_class), Value::NONE);
+}
+
+TEST(Value, holds_a_count_on_each_instance) {
+    const Ref<Device> device = make_device("host", 1);
+    {
+        ref(device.get());
+        Value value;
+        value.set(device.get());
+        EXPECT_EQ(value.type(), Value::INSTANCE);
+        EXPECT_EQ(device->__refs, 2u);
+        const Value copy(value);
+        EXPECT_EQ(device->__refs, 3u);
+        Value moved(std::move(value));
+        EXPECT_EQ(device->__refs, 3u);
+        EXPECT_EQ(value.type(), Value::NONE);
+        moved = copy;
+        EXPECT_EQ(device->__refs, 3u);
+        const Value& alias = moved;
+        moved = alias;
+        EXPECT_EQ(moved.instance(), device.get());
+        moved.set(uint8{1});
+        EXPECT_EQ(device->__refs, 2u);
+        EXPECT_EQ(moved.instance(), nullptr);
+
+        ref(device.get());
+        ref(device.get());
+        moved.set(Array<Instance*>{device.get(), nullptr, device.get()});
+        EXPECT_EQ(device->__refs, 4u);
+        Value array_copy(moved);
+        EXPECT_EQ(device->__refs, 6u);
+        array_copy.clear();
+        EXPECT_EQ(device->__refs, 4u);
+    }
+    EXPECT_EQ(device->__refs, 1u);
+}
+
+TEST(Value, moves_every_field_from_instance_to_instance) {
+    const Ref<Values> from = make<Values>(false);
+#define X(code, type, sample, other)                                                               \
+    from->scalar_##code.set(sample);                                                               \
+    from->array_##code.set(Array<type>{sample, other});
+    SAMPLE_TYPES(X)
+#undef X
+    from->array_STRING.null = 1;
+    const Ref<Values> to = make<Values>();
+    for (const Meta_Feature* each : Values::static_meta_class) {
+        Value value;
+        ASSERT_EQ(Value::get(value, from.get(), each), 0) << each->name;
+        EXPECT_EQ(value.type(), Value::kind_of(*each));
+        ASSERT_EQ(Value::set(value, to.get(), each), 0) << each->name;
+    }
+#define X(code, type, sample, other)                                                               \
+    EXPECT_TRUE(to->scalar_##code.value == from->scalar_##code.value);                             \
+    EXPECT_EQ(to->scalar_##code.null, from->scalar_##code.null);                                   \
+    EXPECT_TRUE(to->array_##code.value == from->array_##code.value);                               \
+    EXPECT_EQ(to->array_##code.null, from->array_##code.null);
+    SAMPLE_TYPES(X)
+#undef X
+    EXPECT_FALSE(to->scalar_UINT8.is_null());
+    EXPECT_TRUE(to->array_STRING.is_null()) << "the payload goes along with the null flag";
+}
+
+TEST(Value, null_fields_read_as_null_with_a_payload) {
+    const Ref<Device> device = make<Device>();
+    Value value;
+    device->Names.null = 1;
+    device->Names.value.clear();
+    ASSERT_EQ(Value::get(value, device.get(), feature(Device::static_meta_class, "Names")), 0);
+    EXPECT_TRUE(value.null());
+    EXPECT_TRUE(value.get<Array<String>>()->empty());
+    ASSERT_EQ(Value::get(value, device.get(), feature(Device::static_meta_class, "Peer")), 0);
+    EXPECT_TRUE(value.null());
+    EXPECT_EQ(value.type(), Value::INSTANCE);
+
+    EXPECT_EQ(Value::get(value, device.get(), &Reset::static_meta_class), -1);
+    EXPECT_EQ(Value::get(value, nullptr, feature(Device::static_meta_class, "Peer")), -1);
+}
+
+TEST(Value, references_get_counts_of_their_own) {
+    const Ref<Device> device = make_device("host", 1);
+    const Ref<Port> port = make_device<Port>("host", 2);
+    const Meta_Feature* peer = feature(Device::static_meta_class, "Peer");
+    const Meta_Feature* members = feature(Device::static_meta_class, "Members");
+
+    Value value;
+    ref(port.get());
+    value.set(port.get());
+    EXPECT_EQ(Value::set(value, device.get(), peer), 0);
+    EXPECT_EQ(Value::set(value, device.get(), peer), 0) << "the same target again";
+    EXPECT_EQ(device->Peer, port.get());
+    EXPECT_EQ(port->__refs, 3u);
+
+    Value read;
+    EXPECT_EQ(Value::get(read, device.get(), peer), 0);
+    EXPECT_FALSE(read.null());
+    EXPECT_EQ(port->__refs, 4u);
+    value.set_null_of(Value::INSTANCE);
+    EXPECT_EQ(Value::set(value, device.get(), peer), 0);
+    EXPECT_EQ(device->Peer, nullptr);
+    read.clear();
+    EXPECT_EQ(port->__refs, 1u);
+
+    ref(port.get());
+    value.set(Array<Instance*>{port.get(), nullptr});
+    value.set_null(true);
+    EXPECT_EQ(Value::set(value, device.get(), members), 0);
+    EXPECT_TRUE(device->Members.is_null());
+    EXPECT_EQ(port->__refs, 3u);
+    EXPECT_EQ(Value::get(read, device.get(), members), 0);
+    EXPECT_TRUE(read.null());
+    EXPECT_EQ(port->__refs, 4u);
+    EXPECT_EQ(Value::set(read, device.get(), members), 0);
+    EXPECT_EQ(port->__refs, 4u) << "the counts of the old elements are dropped";
+    read.set_null_of(Value::INSTANCE_ARRAY);
+    EXPECT_EQ(Value::set(read, device.get(), members), 0);
+    EXPECT_EQ(port->__refs, 2u);
+}
+
+TEST(Value, refusals_are_logged_and_change_nothing) {
+    Test_Log log("LOG_LEVEL=WARN\n");
+    const Ref<Device> device = make_device("host", 1);
+    device->Members.value.append(make_device("m", 1).release());
+    const Instance* member = device->Members.value[0];
+
+    Value text;
+    text.set(String("text"));
+    EXPECT_EQ(Value::set(text, nullptr, feature(Device::static_meta_class, "Label")), -1);
+    EXPECT_EQ(Value::set(text, device.get(), feature(Device::static_meta_class, "number")), -1);
+    EXPECT_EQ(Value::set(text, device.get(), feature(Device::static_meta_class, "Peer")), -1);
+    EXPECT_EQ(Value::set(text, device.get(), &Reset::static_meta_class), -1);
+    EXPECT_EQ(Value::set(Value(), device.get(), &Reset::static_meta_class), -1);
+
+    Value stranger;
+    stranger.set(make<Stranger>().release());
+    EXPECT_EQ(Value::set(stranger, device.get(), feature(Device::static_meta_class, "Peer")), -1);
+    EXPECT_EQ(Value::set(stranger, device.get(), feature(Device::static_meta_class, "Anything")),
+              0);
+    Value strangers;
+    strangers.set(Array<Instance*>{nullptr, make<Stranger>().release()});
+    EXPECT_EQ(Value::set(strangers, device.get(), feature(Device::static_meta_class, "Members")),
+              -1);
+    Value call;
+    call.set(create(&Reset::static_meta_class, true));
+    EXPECT_EQ(Value::set(call, device.get(), feature(Device::static_meta_class, "Peer")), -1);
+
+    EXPECT_EQ(device->Number.value, 1u);
+    EXPECT_EQ(device->Peer, nullptr);
+    ASSERT_EQ(device->Members.value.size(), 1u);
+    EXPECT_EQ(device->Members.value[0], member);
+    EXPECT_EQ(class_of(device->Anything), &Stranger::static_meta_class);
+    EXPECT_THAT(
+        log.lines(),
+        testing::ElementsAre(
+            EndsWith("): null instance argument"), EndsWith("): type mismatch: Device.Number"),
+            EndsWith("): type mismatch: Device.Peer"), EndsWith("): type mismatch: Device.Reset"),
+            EndsWith("): failed to assign instance of Stranger to Device.Peer"),
+            EndsWith("): failed to assign instance of Stranger to Device.Members"),
+            EndsWith("): failed to assign instance of Reset to Device.Peer")));
+    EXPECT_THAT(log.lines()[0], testing::HasSubstr(" WARN: value.cpp("));
+}
+
+} // namespace
+} // namespace cimple::sample
