@@ -147,9 +147,10 @@ struct Alerts : Noting<TVRHBA_AlertIndication> {
     std::unique_ptr<Enable_Indications_Handler> handler;
 };
 
-// Calls an operation as the adapter does, with the words that it needs.
+// Calls an operation as the adapter does, with the words that it needs: through a pointer that the
+// compiler doesn't see through.
 template <Provider_Proc proc> struct Caller {
-    template <class... Words> int operator()(int operation, Words... words) const {
+    template <class... Words> [[gnu::noipa]] int operator()(int operation, Words... words) const {
         void* w[8] = {const_cast<void*>(static_cast<const void*>(words))...};
         return proc(nullptr, operation, w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7]);
     }
