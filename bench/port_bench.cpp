@@ -1,0 +1,65 @@
+// Enumeration of ports through CMPI, next to the floor: a bare provider in the same object manager
+// that hands out the same instances. The two run in turn, so that the ratio holds when the
+// machine's speed drifts.
+#include "bench/bare_provider.h"
+#include "bench/simulated_host.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double seconds(Clock::duration time) {
+    return std::chrono::duration<double>(time).count();
+}
+
+double median(std::vector<double>& values) {
+    std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2),
+                     values.end());
+    return values[values.size() / 2];
+}
+
+void enumerate_ports(benchmark::State& state) {
+    const auto ports = static_cast<std::size_t>(state.range(0));
+    tvrbench::set_ports(state.range(0));
+    const std::unique_ptr<tvrhost::Object_Manager> module = tvrbench::module_manager();
+    const tvrhost::Answer first = module->enumerate_instances("root/tavrin", "TVRHBA_FCPort");
+    if (first.instances.size() != ports) {
+        state.SkipWithError("the module doesn't show all ports");
+        return;
+    }
+    tvrbench::set_bare_instances(first.instances);
+    const std::unique_ptr<tvrhost::Object_Manager> bare =
+        tvrbench::manager_of(tvrbench::bare_factory);
+
+    std::vector<double> ratios;
+    std::vector<double> floors;
+    for (auto _ : state) {
+        const Clock::time_point begin = Clock::now();
+        const tvrhost::Answer ours = module->enumerate_instances("root/tavrin", "TVRHBA_FCPort");
+        const Clock::time_point middle = Clock::now();
+        const tvrhost::Answer floor = bare->enumerate_instances("root/tavrin", "TVRHBA_FCPort");
+        const Clock::time_point end = Clock::now();
+        state.SetIterationTime(seconds(middle - begin));
+        floors.push_back(seconds(end - middle));
+        ratios.push_back(seconds(middle - begin) / seconds(end - middle));
+        if (ours.instances.size() != ports || floor.instances.size() != ports) {
+            state.SkipWithError("not all ports");
+        }
+    }
+    state.counters["ports"] = static_cast<double>(ports);
+    state.counters["floor_us"] = median(floors) * 1e6;
+    state.counters["ratio"] = median(ratios);
+}
+BENCHMARK(enumerate_ports)
+    ->Arg(4)
+    ->Arg(64)
+    ->Arg(512)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseManualTime();
+
+} // namespace
