@@ -1,0 +1,117 @@
+#include "agent/locks.h"
+
+#include <algorithm>
+
+namespace cimple {
+
+namespace {
+
+// Pauses of a wait, in microseconds. Readiness is signalled; the time limit serves to notice that
+// nobody is left to signal it.
+constexpr uint64 first_pause = 1'000;
+constexpr uint64 longest_pause = 256'000;
+
+// How often in a row a request tries to start a refresh: half a second of pauses in all.
+constexpr int start_attempts = 10;
+
+// One ready flag with all that belongs to it.
+struct Stage {
+    bool& ready;
+    Mutex& mutex;
+    Cond& cond;
+    std::atomic<bool>& force;
+    const char* waiting;
+    const char* woken;
+};
+
+Stage adapter_data(ProviderAgent& agent) {
+    return {agent.m_bIsAdapterDataReady,
+            agent.m_AdapterDataReadyMutex,
+            agent.m_AdapterDataReadyCond,
+            agent.m_bForceAdapterRefresh,
+            "PERF: Waiting for m_AdapterDataReadyMutex",
+            "PERF: Woken up from wait for m_AdapterDataReadyMutex"};
+}
+
+Stage adapter_maps(ProviderAgent& agent) {
+    return {agent.m_bIsAdapterMapsReady,
+            agent.m_AdapterMapsReadyMutex,
+            agent.m_AdapterMapsReadyCond,
+            agent.m_bForceAdapterRefresh,
+            "PERF: Waiting for m_AdapterMapsReadyMutex",
+            "PERF: Woken up from wait for m_AdapterMapsReadyMutex"};
+}
+
+Stage SAN_maps(ProviderAgent& agent) {
+    return {agent.m_bIsSANMapsReady,
+            agent.m_SANMapsReadyMutex,
+            agent.m_SANMapsReadyCond,
+            agent.m_bForceSANRefresh,
+            nullptr,
+            nullptr};
+}
+
+// Waits with the stage's mutex held; true at once if the stage is ready.
+void wait_until_ready(ProviderAgent& agent, Stage stage, Wait_Log log = Wait_Log::silent) {
+    if (stage.ready) {
+        return;
+    }
+    if (log == Wait_Log::told) {
+        TVR_LOG("%s", stage.waiting);
+    }
+    int failures = 0;
+    for (uint64 pause = first_pause; !stage.ready; pause = std::min(pause * 2, longest_pause)) {
+        if (&stage.force == &agent.m_bForceSANRefresh) {
+            agent.requestSANMaps();
+        }
+        if (agent.ensureRefresh(stage.force)) {
+            failures = 0;
+        } else if (++failures == start_attempts) {
+            throw Refresh_Unavailable();
+        }
+        stage.cond.wait(stage.mutex, pause);
+    }
+    if (log == Wait_Log::told) {
+        TVR_LOG("%s", stage.woken);
+    }
+}
+
+} // namespace
+
+Adapter_Maps_Reader::Adapter_Maps_Reader(ProviderAgent& agent) {
+    agent.BuildCimpleInfo();
+    _maps = std::unique_lock(agent.m_AdapterMapsReadyMutex);
+    wait_until_ready(agent, adapter_maps(agent));
+    _data = std::unique_lock(agent.m_ProviderDataMutex);
+}
+
+SAN_Maps_Reader::SAN_Maps_Reader(ProviderAgent& agent) {
+    {
+        const Lock lock(agent.m_SANMapsReadyMutex);
+        agent.requestSANMaps();
+    }
+    agent.BuildCimpleInfo();
+    _maps = std::unique_lock(agent.m_SANMapsReadyMutex);
+    wait_until_ready(agent, SAN_maps(agent));
+    _data = std::unique_lock(agent.m_ProviderDataMutex);
+}
+
+Active_Reader::Active_Reader(ProviderAgent& agent, Wait_Log log) {
+    agent.BuildCimpleInfo();
+    const Stage maps = adapter_maps(agent);
+    for (;;) {
+        _adapter_data = std::unique_lock(agent.m_AdapterDataReadyMutex);
+        wait_until_ready(agent, adapter_data(agent), log);
+        _maps = std::unique_lock(maps.mutex);
+        if (maps.ready) {
+            break;
+        }
+        // A refresh needs the outer mutex, so a wait for one doesn't keep it.
+        _adapter_data.unlock();
+        wait_until_ready(agent, maps, log);
+        _maps.unlock();
+    }
+    _data = std::unique_lock(agent.m_ProviderDataMutex);
+}
+
+} // namespace cimple

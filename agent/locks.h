@@ -1,0 +1,70 @@
+// The agent's locks as scoped types: who reads what, in the one order of the agent's mutexes.
+//
+// Each of them passes the gate, waits until the stages that it reads from are ready, and holds its
+// locks until it ends. A wait never relies on a refresh that isn't there: it looks again with
+// growing pauses and starts one itself if none runs.
+//
+// The constructors throw Refresh_Unavailable, holding nothing, when no refresh thread can be
+// started for about half a second.
+#ifndef TVR_AGENT_LOCKS_H
+#define TVR_AGENT_LOCKS_H
+
+#include "agent/provider_agent.h"
+
+#include <mutex>
+#include <stdexcept>
+
+namespace cimple {
+
+class Refresh_Unavailable : public std::runtime_error {
+public:
+    Refresh_Unavailable() : std::runtime_error("no thread for the refresh of adapter data") {}
+};
+
+// Whether the waits of a reader are told in the log.
+enum class Wait_Log { silent, told };
+
+// Reads adapter maps.
+class Adapter_Maps_Reader {
+public:
+    explicit Adapter_Maps_Reader(ProviderAgent& agent);
+
+private:
+    std::unique_lock<Mutex> _maps;
+    std::unique_lock<Mutex> _data;
+};
+
+// Reads SAN maps, and has them built if they are not there.
+class SAN_Maps_Reader {
+public:
+    explicit SAN_Maps_Reader(ProviderAgent& agent);
+
+private:
+    std::unique_lock<Mutex> _maps;
+    std::unique_lock<Mutex> _data;
+};
+
+// Reads adapter maps and changes their instances from the adapters.
+class Active_Reader {
+public:
+    explicit Active_Reader(ProviderAgent& agent, Wait_Log log = Wait_Log::silent);
+
+private:
+    std::unique_lock<Mutex> _adapter_data;
+    std::unique_lock<Mutex> _maps;
+    std::unique_lock<Mutex> _data;
+};
+
+// What a method holds while it works on adapters: no refresh and no enumeration runs meanwhile. It
+// may set m_bForceAdapterRefresh and pass the gate again; the refresh then begins when it ends.
+class Full_Guard {
+public:
+    explicit Full_Guard(ProviderAgent& agent) : _reader(agent, Wait_Log::told) {}
+
+private:
+    Active_Reader _reader;
+};
+
+} // namespace cimple
+
+#endif

@@ -1,0 +1,207 @@
+// The one object behind all class providers: settings, log, adapter data and instance maps, and the
+// refresh that keeps them.
+//
+// A request passes the gate `BuildCimpleInfo`, which starts a refresh when one is due, waits until
+// the stage that it depends on is ready, copies what it needs under locks and delivers the copies
+// without them (agent/map_enumerate.h, agent/locks.h). The refresh runs on a thread of its own, one
+// at a time: adapter data, adapter maps, SAN maps. Maps are rebuilt whole, so that a client
+// sees old instances or new ones, never a mixture.
+//
+// Lock order, outermost first: m_AdapterDataReadyMutex, m_AdapterMapsReadyMutex,
+// m_SANMapsReadyMutex, m_ProviderDataMutex. m_ThreadMutex is a leaf; the gate may be called with
+// any of the others held.
+#ifndef TVR_AGENT_PROVIDER_AGENT_H
+#define TVR_AGENT_PROVIDER_AGENT_H
+
+#include "access/method_wrapper.h"
+#include "agent/instance_maps.h"
+#include "common/config_file.h"
+#include "common/logger.h"
+#include "model/data.h"
+#include "runtime/datetime.h"
+#include "runtime/instance_map.h"
+#include "runtime/thread.h"
+#include "schema/classes.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace cimple {
+
+struct Profile;
+
+// The agent comes into being with the first `load` of a class provider and ends with the last
+// `unload`; a later load makes a fresh one. No signal is handled: a crash is the object manager's
+// to report, in whose process the agent is a guest.
+class ProviderAgent {
+public:
+    // The agent, constructed at the first call. It may stand there unusable: look at m_bIsLoaded.
+    // Threads: any; a second caller waits for the first one's construction.
+    static ProviderAgent& getInstance();
+    // The agent without constructing one; null outside the time between a load and its unload.
+    static ProviderAgent* instance() noexcept;
+    // One count a loaded provider. The agent ends when releaseRef takes the count to exactly 0;
+    // releases without an addRef before can take it below, and the agent then stays until the
+    // module's own end.
+    static void addRef();
+    static void releaseRef();
+
+    // Called by getInstance and releaseRef alone, under the mutex of the singleton. What goes wrong
+    // in construction is logged and leaves m_bIsLoaded false. Destruction waits for a refresh that
+    // runs, and for nothing else.
+    ProviderAgent();
+    ~ProviderAgent();
+    ProviderAgent(const ProviderAgent&) = delete;
+    ProviderAgent& operator=(const ProviderAgent&) = delete;
+
+    // The gate: starts a refresh if the cache has expired or a refresh is forced, and none runs.
+    // Never waits for a refresh. Answers 0, also when no thread could be started: the next call,
+    // and every request that waits, tries again.
+    uint32 BuildCimpleInfo();
+
+    // Starts a refresh for a request that waits: sets `force` and starts the thread, unless a
+    // refresh runs. False if there is none and no thread could be started either.
+    bool ensureRefresh(std::atomic<bool>& force);
+
+    // Asks for the SAN stages if the SAN maps are neither ready nor being made ready. Called with
+    // m_SANMapsReadyMutex held.
+    void requestSANMaps() noexcept;
+
+    void ClearMaps();
+    // Empty the maps of a group: everything that a rebuild makes anew, and no more.
+    void clearAdapterMaps();
+    void clearSANMaps();
+    void clearDriverMaps();
+    // Groups by feature. Mode 0 of the diagnostics empties their catalogue, 1 the records and 2 the
+    // jobs of past tests, which outlive a rebuild. Answer 0.
+    uint32 ClearFCDriverLogClasses();
+    uint32 ClearPortVirtualizationMaps();
+    uint32 ClearDiagnosticClassMaps(uint32 mode);
+
+    // One-shot requests and settings; read and written without a lock.
+    std::atomic<bool> m_bForceAdapterRefresh{true}; // rebuild adapter data and maps
+    std::atomic<bool> m_bRefreshAdapterData{false}; // do so at every refresh
+    std::atomic<bool> m_bForceSANRefresh{false};    // rebuild SAN data and maps
+    std::atomic<bool> m_bRefreshSANData{false};     // do so at every refresh
+    std::atomic<uint32> m_CacheTimeout{0};          // minutes
+    std::atomic<bool> m_bIsLoaded{false};           // the agent is usable
+
+    // Read and changed under m_ProviderDataMutex.
+    std::unique_ptr<Data> m_pData;
+    std::unique_ptr<TVR_MethodWrapper> m_pMethodWrapper;
+
+    TVR_FileLogger m_FileLogger;
+    TVR_CIMLogger m_CIMLogger;
+    std::optional<TVR_SysLogger> m_SysLogger;
+    TvrConfigFile m_Config;
+
+    Mutex m_ProviderDataMutex; // the data object and all maps
+
+    // A ready flag is read and written under its mutex; the condition tells that it became true.
+    bool m_bIsAdapterDataReady = false;
+    Mutex m_AdapterDataReadyMutex;
+    Cond m_AdapterDataReadyCond;
+    bool m_bIsAdapterMapsReady = false;
+    Mutex m_AdapterMapsReadyMutex;
+    Cond m_AdapterMapsReadyCond;
+    bool m_bIsSANMapsReady = false;
+    Mutex m_SANMapsReadyMutex;
+    Cond m_SANMapsReadyCond;
+
+    // What the host says of itself; "Unknown" if it doesn't.
+    std::string m_OSName;
+    std::string m_OSVersion;
+    // Set with the computer system that the agent makes itself.
+    std::string m_HostName;
+    std::string m_IPAddress; // as "192.0.2.7", or "unknown"
+
+#define TVR_MEMBER(class_name, member) Class_Map<class_name> member;
+    TVR_INSTANCE_MAPS_FIRST(TVR_MEMBER, TVR_MEMBER)
+
+    DeviceLog m_DeviceLog;
+
+    TVR_INSTANCE_MAPS_SECOND(TVR_MEMBER, TVR_MEMBER)
+#undef TVR_MEMBER
+
+    Datetime m_LoadedTime; // end of the last refresh; zero before the first
+    Thread m_DataFetchThread;
+    Mutex m_ThreadMutex; // the refresh decision, m_LoadedTime, and the two flags below
+    bool m_bIsThreadRunning = false;
+    bool m_bIsThreadJoinable = false; // a thread was started and not yet joined
+
+    Ref<CIM_RegisteredProfile> m_pBaseServerProfile; // of the host, if it has one
+    bool m_bOwnComputerSystem = false;               // the host has none but the agent's own
+
+private:
+    void construct();
+    void joinRefresh();
+    void freeData();
+
+    // Under m_ThreadMutex.
+    bool isCacheTimedOut();
+    bool startRefresh();
+    bool isRefreshRunning();
+
+    static void* DataFetch_Handler(void* argument);
+    void refresh();
+    bool endRefresh();
+    void runAdapterStages();
+    void runSANStages();
+
+    // Step by step what one rebuild of the adapter maps makes; 0, or TVR_FAILURE for a rebuild that
+    // ended early. Run on the refresh thread, under m_ProviderDataMutex.
+    uint32 updateAdapterMaps();
+    uint32 updateFromAdapters();
+
+    uint32 createComputerSystem();
+    const CIM_ComputerSystem& computerSystem() const {
+        return *m_CIM_ComputerSystem_map.get(0);
+    }
+
+    void createProfiles();
+    TVRHBA_RegisteredProfile* findRegisteredProfile(const char* name) const;
+    TVRHBA_RegisteredProfile* createRegisteredProfile(const Profile& profile);
+    TVRHBA_RegisteredProfile* createConformedProfile(const Profile& profile);
+    void createComputerSystemConformsToProfile(const TVRHBA_RegisteredProfile& profile);
+    void createReferencedProfile(const char* label, const TVRHBA_RegisteredProfile* dependent,
+                                 const TVRHBA_RegisteredProfile* antecedent);
+
+    TVRHBA_SoftwareIdentity* createProviderIdentity();
+    uint32 createDriverIdentities();
+    uint32 createDriverIdentity(const FCAdapterAttributes& attributes);
+    uint32 createDiagnosticsIdentity(const FCAdapterAttributes& attributes);
+    uint32 createFurtherIdentity(Ref<TVRHBA_SoftwareIdentity> identity);
+    TVRHBA_SoftwareIdentity* insertIdentity(Ref<TVRHBA_SoftwareIdentity> identity);
+    void createInstalledSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity);
+    void createProviderSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity);
+    void createSoftwareConformsToProfile(const char* profile,
+                                         const TVRHBA_SoftwareIdentity& identity);
+
+    uint32 createSettings();
+    uint32 createRecordLog(const TVRHBA_SoftwareIdentity& provider);
+    uint32 createRecordLogCapabilities(const TVRHBA_RecordLog& log);
+    uint32 createRemoteAccessPoint();
+
+    uint32 createAdapterInstances();
+    uint32 createPortInstances(const FCAdapterAttributes& adapter, const FCPort& fc_port);
+
+    bool m_bIsSANStageRunning = false; // under m_SANMapsReadyMutex
+};
+
+// The map that a class is answered from, as `agent.*map_of<TVRHBA_FCPort>`.
+template <class C> inline constexpr Class_Map<C> ProviderAgent::*map_of = nullptr;
+#define TVR_SERVED(class_name, member)                                                             \
+    template <>                                                                                    \
+    inline constexpr Class_Map<class_name> ProviderAgent::*map_of<class_name> =                    \
+        &ProviderAgent::member;
+#define TVR_UNSERVED(class_name, member)
+TVR_INSTANCE_MAPS_FIRST(TVR_SERVED, TVR_UNSERVED)
+TVR_INSTANCE_MAPS_SECOND(TVR_SERVED, TVR_UNSERVED)
+#undef TVR_SERVED
+#undef TVR_UNSERVED
+
+} // namespace cimple
+
+#endif

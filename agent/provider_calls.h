@@ -1,0 +1,41 @@
+// What class providers have in common: load, unload, and the enumeration of their class's map.
+#ifndef TVR_AGENT_PROVIDER_CALLS_H
+#define TVR_AGENT_PROVIDER_CALLS_H
+
+#include "agent/map_enumerate.h"
+#include "runtime/log.h"
+
+namespace cimple {
+
+// Brings the agent into being if need be, and adds a count to one that is usable.
+Load_Status load_agent();
+// Takes the count away again.
+Unload_Status unload_agent();
+
+// Enumerate the class's map; without an agent there is nothing to enumerate.
+template <class C> void enumerate(const Enum_Instances_Handler& handler) noexcept {
+    if (ProviderAgent* agent = ProviderAgent::instance()) {
+        map_enumerate(*agent, agent->*map_of<C>, handler);
+    }
+}
+template <class C> void enumerate_SAN(const Enum_Instances_Handler& handler) noexcept {
+    if (ProviderAgent* agent = ProviderAgent::instance()) {
+        map_enumerate_SAN(*agent, agent->*map_of<C>, handler);
+    }
+}
+template <class C>
+void enumerate_active(const Enum_Instances_Handler& handler,
+                      Refresher refresher = nullptr) noexcept {
+    if (ProviderAgent* agent = ProviderAgent::instance()) {
+        map_enumerate_active(*agent, agent->*map_of<C>, handler, refresher);
+    }
+}
+
+// True if there is a usable agent; else a line in the log names the provider's source file.
+bool is_agent_loaded(const char* file, uint32 line) noexcept;
+
+} // namespace cimple
+
+#define TVR_IS_AGENT_LOADED() ::cimple::is_agent_loaded(__FILE__, __LINE__)
+
+#endif

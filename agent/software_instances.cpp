@@ -1,0 +1,145 @@
+// Software identities of provider, driver and diagnostics.
+#include "agent/creation.h"
+#include "agent/provider_agent.h"
+#include "agent/version.h"
+#include "common/tvr_common.h"
+
+namespace cimple {
+
+namespace {
+
+// Value map of `Classifications`.
+constexpr uint16 classified_other = 1;
+constexpr uint16 classified_driver = 2;
+constexpr uint16 classified_diagnostics = 7;
+
+constexpr char diagnostics_name[] = "TVRHBA: Diagnostics";
+
+Ref<TVRHBA_SoftwareIdentity> make_identity(const std::string& id, const std::string& name,
+                                           const std::string& description,
+                                           const std::string& version, uint16 classification,
+                                           const char* classification_description) {
+    auto identity = make<TVRHBA_SoftwareIdentity>();
+    identity->InstanceID.set(id);
+    identity->Name.set(name);
+    identity->ElementName.set(name);
+    identity->Description.set(description);
+    identity->VersionString.set(version);
+    identity->Classifications.set(Array<uint16>{classification});
+    identity->ClassificationDescriptions.set(Array<String>{classification_description});
+    identity->IsEntity.set(true);
+    return identity;
+}
+
+} // namespace
+
+TVRHBA_SoftwareIdentity* ProviderAgent::insertIdentity(Ref<TVRHBA_SoftwareIdentity> identity) {
+    return insert(m_TVRHBA_SoftwareIdentity_map, std::move(identity),
+                  "Insert Failed : m_TVRHBA_SoftwareIdentity_map");
+}
+
+void ProviderAgent::createInstalledSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity) {
+    TVR_LOG("Generating TVRHBA_InstalledSoftwareIdentity (%s)", identity.InstanceID.value.c_str());
+    auto installed = make<TVRHBA_InstalledSoftwareIdentity>(any_namespace);
+    installed->System = computerSystem().clone();
+    installed->InstalledSoftware = identity.clone();
+    insert(m_TVRHBA_InstalledSoftwareIdentity_map, std::move(installed),
+           "Insert Failed : m_TVRHBA_InstalledSoftwareIdentity_map");
+}
+
+void ProviderAgent::createSoftwareConformsToProfile(const char* profile,
+                                                    const TVRHBA_SoftwareIdentity& identity) {
+    TVR_LOG("Generating TVRHBA_SoftwareConformsToProfile (%s)", identity.InstanceID.value.c_str());
+    const TVRHBA_RegisteredProfile* standard = findRegisteredProfile(profile);
+    if (standard == nullptr) {
+        return;
+    }
+    auto conformance = make<TVRHBA_SoftwareConformsToProfile>(any_namespace);
+    conformance->ConformantStandard = standard->clone();
+    conformance->ManagedElement = identity.clone();
+    insert(m_TVRHBA_SoftwareConformsToProfile_map, std::move(conformance),
+           "Insert Failed : m_TVRHBA_SoftwareConformsToProfile_map");
+}
+
+void ProviderAgent::createProviderSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity) {
+    TVR_LOG("Generating TVRHBA_ProviderSoftwareIdentity (%s)", identity.InstanceID.value.c_str());
+    auto provider = make<TVRHBA_ProviderSoftwareIdentity>(any_namespace);
+    provider->Antecedent = identity.clone();
+    provider->Dependent = computerSystem().clone();
+    provider->UpgradeCondition.set(uint16{3});
+    provider->ElementSoftwareStatus.set(Array<uint16>{2, 3, 6});
+    insert(m_TVRHBA_ProviderSoftwareIdentity_map, std::move(provider),
+           "Insert Failed : m_TVRHBA_ProviderSoftwareIdentity_map");
+}
+
+TVRHBA_SoftwareIdentity* ProviderAgent::createProviderIdentity() {
+    const std::string name = "Tavrin CMPI HBA Provider v" + version_text();
+    auto identity = make_identity(name, name, "Tavrin CMPI HBA Provider", version_text(),
+                                  classified_other, "CMPI HBA CIM Provider");
+    identity->Manufacturer.set("Tavrin Corporation");
+    identity->MajorVersion.set(version_major);
+    identity->MinorVersion.set(version_minor);
+    identity->RevisionNumber.set(version_revision);
+    identity->BuildNumber.set(version_build);
+    TVRHBA_SoftwareIdentity* created = insertIdentity(std::move(identity));
+    if (created != nullptr) {
+        createInstalledSoftwareIdentity(*created);
+        createProviderSoftwareIdentity(*created);
+        createSoftwareConformsToProfile("Software", *created);
+    }
+    return created;
+}
+
+uint32 ProviderAgent::createDriverIdentities() {
+    const FCAdapterAttributes* attributes = nullptr;
+    for (const std::unique_ptr<Adapter>& adapter : m_pData->getAdapters()) {
+        if (adapter->getAdapterType() == ADAPTER_FC) {
+            attributes = static_cast<const FCAdapter&>(*adapter).getFCAttributes();
+            break;
+        }
+        TVR_LOG("Skippping Adapter [%s] since it is not an FC Adapter",
+                adapter->getAdapterName().c_str());
+    }
+    if (attributes == nullptr) {
+        return 0;
+    }
+    TVR_LOG("driverName: %s, driverVersion: %s, driverManufacturer: %s",
+            attributes->DriverName.c_str(), attributes->DriverVersion.c_str(),
+            attributes->Manufacturer.c_str());
+    return createDriverIdentity(*attributes) != 0 ? TVR_FAILURE
+                                                  : createDiagnosticsIdentity(*attributes);
+}
+
+uint32 ProviderAgent::createDriverIdentity(const FCAdapterAttributes& attributes) {
+    const std::string name = attributes.DriverName + " v" + attributes.DriverVersion;
+    auto identity = make_identity("TVR FC HBA: Driver " + name, name, "Tavrin HBA Driver",
+                                  attributes.DriverVersion, classified_driver, "FC HBA Driver");
+    identity->Manufacturer.set(attributes.Manufacturer);
+    identity->IdentityInfoValue.set(
+        Array<String>{attributes.DriverName, attributes.DriverVersion,
+                      std::to_string(static_cast<sint32>(attributes.driverType))});
+    identity->IdentityInfoType.set(
+        Array<String>{"TAVRIN:DRIVER_NAME", "TAVRIN:DRIVER_VERSION", "TAVRIN:TVFC_DRIVER_TYPE"});
+    return createFurtherIdentity(std::move(identity));
+}
+
+uint32 ProviderAgent::createDiagnosticsIdentity(const FCAdapterAttributes& attributes) {
+    const std::string version = std::to_string(static_cast<sint32>(attributes.diagVersion));
+    const std::string name = std::string(diagnostics_name) + " v" + version;
+    auto identity = make_identity(name, name, diagnostics_name, version, classified_diagnostics,
+                                  "TVRHBA Diagnostics");
+    identity->IdentityInfoValue.set(Array<String>{diagnostics_name, version});
+    return createFurtherIdentity(std::move(identity));
+}
+
+uint32 ProviderAgent::createFurtherIdentity(Ref<TVRHBA_SoftwareIdentity> identity) {
+    const TVRHBA_SoftwareIdentity* created = insertIdentity(std::move(identity));
+    if (created == nullptr) {
+        return TVR_FAILURE;
+    }
+    createInstalledSoftwareIdentity(*created);
+    createSoftwareConformsToProfile("Software Inventory", *created);
+    return 0;
+}
+
+} // namespace cimple

@@ -1,0 +1,83 @@
+// The family of providers that do no more than expose one map of the agent.
+#ifndef TVR_DERIVEDOBJECTS_MAP_BACKED_PROVIDER_H
+#define TVR_DERIVEDOBJECTS_MAP_BACKED_PROVIDER_H
+
+#include "agent/provider_calls.h"
+#include "schema/classes.h"
+
+#include <type_traits>
+
+namespace cimple {
+
+// Classes whose instances come from the targets on the SAN.
+template <class C>
+inline constexpr bool is_SAN_class = std::disjunction_v<
+    std::is_same<C, TVRHBA_LocalHostedAccessPoint>, std::is_same<C, TVRHBA_LogicalDisk>,
+    std::is_same<C, TVRHBA_LogicalDiskSystemDevice>,
+    std::is_same<C, TVRHBA_SCSIArbitraryLogicalUnit>,
+    std::is_same<C, TVRHBA_SCSIArbitraryLogicalUnitSystemDevice>,
+    std::is_same<C, TVRHBA_SCSIInitiatorTargetArbitraryLogicalUnitPath>,
+    std::is_same<C, TVRHBA_SCSIInitiatorTargetLogicalDiskPath>,
+    std::is_same<C, TVRHBA_SCSIInitiatorTargetStorageExtentPath>,
+    std::is_same<C, TVRHBA_SCSIInitiatorTargetStorageVolumePath>,
+    std::is_same<C, TVRHBA_SCSIInitiatorTargetTapeDrivePath>,
+    std::is_same<C, TVRHBA_SCSIProtocolEndpoint>, std::is_same<C, TVRHBA_StorageExtent>,
+    std::is_same<C, TVRHBA_StorageExtentSystemDevice>, std::is_same<C, TVRHBA_StorageVolume>,
+    std::is_same<C, TVRHBA_StorageVolumeSystemDevice>, std::is_same<C, TVRHBA_TapeDrive>,
+    std::is_same<C, TVRHBA_TapeDriveSystemDevice>>;
+
+// Logs "TVRHBA_<Class>_Provider::<member>()" as from the class's own source file.
+void log_member_call(const Meta_Class& meta_class, uint32 line, const char* member) noexcept;
+
+// The provider of class C. It enumerates; a get and every association traversal are made of that by
+// the runtime, which is what the unsupported statuses ask for. Instances carry the namespace that
+// the agent gave them. No state: calls of one class are serialised by its adapter, those of
+// two classes meet in the agent.
+template <class C> class Map_Backed_Provider {
+    static_assert(map_of<C> != nullptr, "the class has a map in the agent");
+
+public:
+    Load_Status load() { return load_agent(); }
+
+    // Takes a count away also after a load that failed, as the object manager's cleanup goes.
+    Unload_Status unload() {
+        log_member_call(C::static_meta_class, __LINE__, "unload");
+        return unload_agent();
+    }
+
+    Get_Instance_Status get_instance(const C*, C*&) { return GET_INSTANCE_UNSUPPORTED; }
+
+    Enum_Instances_Status enum_instances(const C*, const Enum_Instances_Handler& handler) {
+        if constexpr (is_SAN_class<C>) {
+            enumerate_SAN<C>(handler);
+        } else {
+            enumerate<C>(handler);
+        }
+        log_member_call(C::static_meta_class, __LINE__, "enum_instances");
+        return ENUM_INSTANCES_OK;
+    }
+
+    Create_Instance_Status create_instance(C*) { return CREATE_INSTANCE_UNSUPPORTED; }
+    Delete_Instance_Status delete_instance(const C*) { return DELETE_INSTANCE_UNSUPPORTED; }
+    Modify_Instance_Status modify_instance(const C*, const C*) {
+        return MODIFY_INSTANCE_UNSUPPORTED;
+    }
+
+    Enum_Associator_Names_Status enum_associator_names(const Instance*, const String&,
+                                                       const String&, const String&,
+                                                       const Enum_Associator_Names_Handler&) {
+        return ENUM_ASSOCIATOR_NAMES_UNSUPPORTED;
+    }
+    Enum_References_Status enum_references(const Instance*, const C*, const String&,
+                                           const Enum_References_Handler&) {
+        return ENUM_REFERENCES_UNSUPPORTED;
+    }
+    Enum_Associators_Status enum_associators(const Instance*, const String&, const String&,
+                                             const String&, const Enum_Associators_Handler&) {
+        return ENUM_ASSOCIATORS_UNSUPPORTED;
+    }
+};
+
+} // namespace cimple
+
+#endif

@@ -1,0 +1,24 @@
+#include "providers/TVRHBA_FCHBADiagnosticTest_Provider.h"
+
+#include "agent/provider_calls.h"
+
+namespace cimple {
+
+Load_Status TVRHBA_FCHBADiagnosticTest_Provider::load() {
+    return load_agent();
+}
+
+Unload_Status TVRHBA_FCHBADiagnosticTest_Provider::unload() {
+    TVR_LOG("TVRHBA_FCHBADiagnosticTest_Provider::unload()");
+    return unload_agent();
+}
+
+Enum_Instances_Status
+TVRHBA_FCHBADiagnosticTest_Provider::enum_instances(const Class*,
+                                                    const Enum_Instances_Handler& handler) {
+    enumerate<TVRHBA_FCHBADiagnosticTest>(handler);
+    TVR_LOG("TVRHBA_FCHBADiagnosticTest_Provider::enum_instances()");
+    return ENUM_INSTANCES_OK;
+}
+
+} // namespace cimple

@@ -1,0 +1,25 @@
+#include "providers/TVRHBA_FCPort_Provider.h"
+
+#include "agent/provider_calls.h"
+
+namespace cimple {
+
+Load_Status TVRHBA_FCPort_Provider::load() {
+    return load_agent();
+}
+
+Unload_Status TVRHBA_FCPort_Provider::unload() {
+    TVR_LOG("TVRHBA_FCPort_Provider::unload()");
+    return unload_agent();
+}
+
+Enum_Instances_Status
+TVRHBA_FCPort_Provider::enum_instances(const Class*, const Enum_Instances_Handler& handler) {
+    if (TVR_IS_AGENT_LOADED()) {
+        enumerate_active<TVRHBA_FCPort>(handler);
+        TVR_LOG("TVRHBA_FCPort_Provider::enum_instances()");
+    }
+    return ENUM_INSTANCES_OK;
+}
+
+} // namespace cimple

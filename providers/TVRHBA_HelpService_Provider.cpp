@@ -1,0 +1,23 @@
+#include "providers/TVRHBA_HelpService_Provider.h"
+
+#include "agent/provider_calls.h"
+
+namespace cimple {
+
+Load_Status TVRHBA_HelpService_Provider::load() {
+    return load_agent();
+}
+
+Unload_Status TVRHBA_HelpService_Provider::unload() {
+    TVR_LOG("TVRHBA_HelpService_Provider::unload()");
+    return unload_agent();
+}
+
+Enum_Instances_Status
+TVRHBA_HelpService_Provider::enum_instances(const Class*, const Enum_Instances_Handler& handler) {
+    enumerate<TVRHBA_HelpService>(handler);
+    TVR_LOG("TVRHBA_HelpService_Provider::enum_instances()");
+    return ENUM_INSTANCES_OK;
+}
+
+} // namespace cimple
