@@ -132,6 +132,16 @@ bool selected(const Meta_Feature& feature, uint32 flags) noexcept {
     return flags == 0 || feature.has(flags);
 }
 
+// Makes every feature of a new instance NULL; a single reference is so already.
+void set_all_null(Instance* instance) noexcept {
+    set_null_flags(instance, true, true, 1);
+    for (const Meta_Feature* feature : *instance->__meta_class) {
+        if (feature->has(FLAG_REFERENCE) && as_reference(*feature).is_array()) {
+            null_flag(instance, as_reference(*feature)) = 1;
+        }
+    }
+}
+
 // Where the value of a feature lies, if it is one that a container can have: no method, not NULL.
 bool view_of(const Instance* instance, const Meta_Feature& feature, Value_View& view) noexcept {
     if (feature.has(FLAG_PROPERTY)) {
@@ -155,7 +165,7 @@ int convert(const Container& container, const Meta_Structure* structure, uint32 
     if (instance == nullptr) {
         instance = create(structure, false);
     }
-    set_null_flags(instance, true, true, 1);
+    set_all_null(instance);
 
     String name;
     Value value;

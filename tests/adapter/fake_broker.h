@@ -1,0 +1,191 @@
+// A small object manager for tests: every CMPI object in memory, every call can be made to fail,
+// and any datum can be handed out, sound or not. A double release or a use after release is a
+// failed test.
+#ifndef TVR_TESTS_ADAPTER_FAKE_BROKER_H
+#define TVR_TESTS_ADAPTER_FAKE_BROKER_H
+
+#include <cmpidt.h>
+#include <cmpift.h>
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace fake {
+
+class Broker;
+
+struct Text {
+    std::string chars;
+    bool unreadable = false; // getCharPtr fails
+};
+struct When {
+    std::string chars;
+};
+struct List;
+struct Path;
+struct Inst;
+
+// A value as an object holds it. An object type without content is a null pointer.
+struct Datum {
+    CMPIType type = CMPI_null;
+    CMPIValueState state = CMPI_goodValue;
+    CMPIValue scalar{};
+    std::variant<std::monostate, std::shared_ptr<Text>, std::shared_ptr<When>,
+                 std::shared_ptr<List>, std::shared_ptr<Path>, std::shared_ptr<Inst>>
+        object;
+
+    // The content of an object type; null if it isn't one of that kind.
+    template <class T> T* as() const {
+        auto held = std::get_if<std::shared_ptr<T>>(&object);
+        return held == nullptr ? nullptr : held->get();
+    }
+    // The characters of a string or datetime.
+    std::string text() const;
+};
+
+struct Entry {
+    std::string name;
+    Datum datum;
+};
+
+struct Entries : std::vector<Entry> {
+    Datum* find(const std::string& name);
+    const Datum* find(const std::string& name) const {
+        return const_cast<Entries*>(this)->find(name);
+    }
+    void set(const std::string& name, Datum datum);
+};
+
+struct List {
+    CMPIType type = CMPI_null;
+    std::vector<Datum> elements;
+};
+struct Path {
+    std::string name_space;
+    std::string class_name;
+    Entries keys;
+    bool unset_names = false; // class name and namespace are null
+};
+struct Inst {
+    Path path;
+    Entries properties;
+    bool pathless = false;           // getObjectPath gives null
+    bool throws = false;             // getPropertyAt throws
+    bool filtered = false;           // a filter was set: only these properties and the keys go in
+    std::set<std::string> allowed{}; // names of the filter
+};
+struct Args {
+    Entries arguments;
+};
+struct Result {
+    std::vector<Datum> data;
+    int done = 0;
+};
+struct Enumeration {
+    std::vector<Datum> elements;
+    std::size_t position = 0;
+};
+struct Context {
+    Entries entries;
+    bool prepared = false; // made by prepareAttachThread
+    bool attached = false;
+};
+
+// Makers of values.
+template <class T> Datum scalar(CMPIType type, T CMPIValue::*member, T value) {
+    Datum datum{type, CMPI_goodValue, {}, {}};
+    datum.scalar.*member = value;
+    return datum;
+}
+Datum string(const std::string& chars);
+Datum datetime(const std::string& chars);
+Datum uint16(CMPIUint16 value);
+Datum uint32(CMPIUint32 value);
+Datum uint64(CMPIUint64 value);
+Datum sint64(CMPISint64 value);
+Datum boolean(bool value);
+Datum reference(Path path);
+Datum instance(Inst inst);
+Datum list(CMPIType type, std::vector<Datum> elements);
+Datum null_of(CMPIType type);
+
+// What a handle points to.
+struct Object {
+    explicit Object(Broker& owner) : broker(owner) {}
+    virtual ~Object() = default;
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+
+    Broker& broker;
+};
+template <class C, class Content> struct Handle : Object {
+    using Type = C;
+    Handle(Broker& owner, std::shared_ptr<Content> held);
+
+    C cmpi;
+    std::shared_ptr<Content> content;
+};
+
+class Broker {
+public:
+    Broker();
+
+    const CMPIBroker* get() const { return &_broker; }
+
+    // Handles for the calls of a test; they belong to the scope.
+    CMPIObjectPath* path(Path content);
+    CMPIInstance* instance(Inst content);
+    CMPIArgs* args(Args content);
+    CMPIContext* context(Context content = {});
+    CMPIResult* result();
+    static Result& of(const CMPIResult* result);
+    static Args& of(const CMPIArgs* args);
+    static Inst& of(const CMPIInstance* instance);
+    static Path& of(const CMPIObjectPath* path);
+    static List& of(const CMPIArray* array);
+
+    // Drops all handles, as at the end of a call into a module.
+    void end_scope();
+    // Handles that were made and not released.
+    std::size_t live() const;
+
+    // The calls by name that fail each time, and the number of the one call that fails.
+    std::set<std::string> failing;
+    long fail_at = 0;
+    long calls() const { return _calls; }
+    bool fails(const char* call);
+
+    // What enumerateInstances answers, by class name; and the paths it was asked for.
+    std::map<std::string, std::vector<Datum>> instances;
+    std::vector<Path> asked;
+    // The number of the element at which getNext fails, from 1.
+    std::size_t fail_element = 0;
+
+    // Contexts of attached threads: made, and ended by a detach.
+    int prepared = 0;
+    int detached = 0;
+
+    template <class H, class Content> H& add(std::shared_ptr<Content> content) {
+        auto handle = std::make_unique<H>(*this, std::move(content));
+        H& made = *handle;
+        const std::lock_guard lock(_mutex);
+        _live.emplace(&made, std::move(handle));
+        return made;
+    }
+    void drop(Object* object);
+
+private:
+    CMPIBroker _broker;
+    mutable std::mutex _mutex;
+    std::map<Object*, std::unique_ptr<Object>> _live;
+    long _calls = 0;
+};
+
+} // namespace fake
+
+#endif
