@@ -1,0 +1,60 @@
+// A stand-in for the HBA API library and the RM library in one, whose every answer a test sets. It
+// knows no hardware: it hands out what stands in the records below.
+#pragma once
+
+#include "access/rm/rm_api.h"
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace fake {
+
+// One value of an attribute buffer. The length that the library tells can differ from the bytes
+// that are there.
+struct Attribute {
+    std::string bytes;
+    std::optional<uint16_t> toldLength = std::nullopt;
+    RM_STATUS status = RM_STATUS_OK;
+};
+using Attributes = std::map<uint16_t, Attribute>;
+
+struct Port {
+    HBA_PORTATTRIBUTES record{};
+    Attributes attributes;
+    Attributes statistics;
+};
+
+struct Adapter {
+    std::string name;
+    HBA_ADAPTERATTRIBUTES record{};
+    std::vector<Port> ports;
+    Attributes attributes; // of the adapter, under the name of port 0
+    uint32_t driverType = 0;
+};
+
+struct Libraries {
+    std::vector<Adapter> adapters;
+    std::optional<uint32_t> toldAdapters; // in place of their number
+
+    // Statuses for the next calls of an entry point, one a call; 0 lets a call through.
+    std::map<std::string, std::deque<uint32_t>> statuses;
+    std::map<std::string, int> calls;
+    int openHandles = 0;
+
+    // Runs in every call before it is answered, with the name of the entry point.
+    std::function<void(const std::string&)> entered;
+    std::function<int32_t()> initLib; // what LRM_InitLib does, else 0
+    std::map<RM_STATUS, std::string> statusTexts;
+    std::map<std::string, bool> localPorts; // by 16-digit name
+};
+
+using Access = Libraries* (*)();
+constexpr char accessName[] = "fake_libraries";
+
+} // namespace fake
+
+extern "C" fake::Libraries* fake_libraries();
