@@ -1,15 +1,22 @@
 #include "runtime/cimom.h"
 
+#include "runtime/cmpi_thread_context.h"
+
 namespace cimple {
 
 namespace {
 
-// Ends the enumeration that `state` stands for. Without a context the scope that it belonged to
-// has ended, and its object with it.
+// Ends the enumeration that `state` stands for. Where no context is left, the object manager's part
+// ended with the scope it was made in.
 void end(Instance_Enumerator_State*& state) {
-    Thread_Context* context = Thread_Context::top();
-    if (state != nullptr && context != nullptr) {
+    if (state == nullptr) {
+        return;
+    }
+    if (Thread_Context* context = Thread_Context::top()) {
         context->instance_enumerator_destroy(state);
+    } else {
+        state->abandon();
+        delete state;
     }
     state = nullptr;
 }

@@ -22,6 +22,8 @@ public:
 
     const Ref<>& current() const noexcept { return _current; }
     void next();
+    // Leaves the CMPI object to the scope that it was made in.
+    void abandon() noexcept { _enumeration = nullptr; }
 
 private:
     Instance* read();
