@@ -72,20 +72,16 @@ void* set_mi(CMPI_Static_Data& static_data, MI& mi, Table& table) noexcept {
 
 // Entries
 
-Trace::Trace(const char* function, const std::source_location& where) noexcept
-    : _function(function), _where(where) {
-    log(LL_DBG, base_name(_where.file_name()), static_cast<long>(_where.line()), "enter: %s()",
-        _function);
+Trace::Trace(const char* function, Call_Site where) noexcept : _function(function), _where(where) {
+    log(LL_DBG, _where.file, _where.line, "enter: %s()", _function);
 }
 
 Trace::~Trace() {
-    const char* file = base_name(_where.file_name());
-    const long line = static_cast<long>(_where.line());
     if (_outcome.detail == nullptr) {
-        log(LL_DBG, file, line, "return: %s(): %s", _function, rc_name(_outcome.rc));
+        log(LL_DBG, _where.file, _where.line, "return: %s(): %s", _function, rc_name(_outcome.rc));
     } else {
-        log(LL_DBG, file, line, "return: %s(): %s: %s", _function, rc_name(_outcome.rc),
-            _outcome.detail);
+        log(LL_DBG, _where.file, _where.line, "return: %s(): %s: %s", _function,
+            rc_name(_outcome.rc), _outcome.detail);
     }
 }
 

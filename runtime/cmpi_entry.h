@@ -5,10 +5,10 @@
 
 #include "runtime/cmpi_adapter.h"
 #include "runtime/cmpi_thread_context.h"
+#include "runtime/log.h"
 
 #include <cxxabi.h>
 #include <exception>
-#include <source_location>
 
 namespace cimple {
 
@@ -21,6 +21,17 @@ CMPIIndicationMIFT indication_table(const char* name) noexcept;
 // `ftVersion` and `miVersion` of each.
 constexpr int table_version = 100;
 
+// Where an entry stands, for its log lines.
+struct Call_Site {
+    const char* file;
+    long line;
+
+    static constexpr Call_Site here(const char* file = __builtin_FILE(),
+                                    long line = __builtin_LINE()) noexcept {
+        return {base_name(file), line};
+    }
+};
+
 // What an entry answers, and what its log line says besides.
 struct Outcome {
     CMPIrc rc;
@@ -32,8 +43,7 @@ struct Outcome {
 // The two log lines of an entry; the second is written however the entry is left.
 class Trace {
 public:
-    explicit Trace(const char* function,
-                   const std::source_location& where = std::source_location::current()) noexcept;
+    explicit Trace(const char* function, Call_Site where = Call_Site::here()) noexcept;
     ~Trace();
     Trace(const Trace&) = delete;
     Trace& operator=(const Trace&) = delete;
@@ -42,7 +52,7 @@ public:
 
 private:
     const char* _function;
-    std::source_location _where;
+    Call_Site _where;
     Outcome _outcome{CMPI_RC_ERR_FAILED};
 };
 
@@ -50,8 +60,7 @@ void log_exception(const char* function, const char* what) noexcept;
 
 // Runs `body`, which answers an Outcome, and keeps exceptions from the object manager.
 template <class Body>
-CMPIStatus answer(const char* function, Body&& body,
-                  const std::source_location& where = std::source_location::current()) {
+CMPIStatus answer(const char* function, Body&& body, Call_Site where = Call_Site::here()) {
     CMPIrc rc = CMPI_RC_ERR_FAILED;
     try {
         Trace trace(function, where);
@@ -71,7 +80,7 @@ CMPIStatus answer(const char* function, Body&& body,
 // The frame of a request: thread context on top, the adapter's mutex held. `body` gets the adapter.
 template <class MI, class Body>
 CMPIStatus in_frame(const char* function, const MI* mi, const CMPIContext* context, Body&& body,
-                    const std::source_location& where = std::source_location::current()) {
+                    Call_Site where = Call_Site::here()) {
     CMPI_Adapter* adapter = CMPI_Adapter::of(mi);
     if (adapter == nullptr) {
         return CMPIStatus{CMPI_RC_ERR_FAILED, nullptr};
@@ -83,9 +92,8 @@ CMPIStatus in_frame(const char* function, const MI* mi, const CMPIContext* conte
 }
 
 // An entry that does nothing but answer.
-inline CMPIStatus
-refuse(const char* function, CMPIrc rc,
-       const std::source_location& where = std::source_location::current()) noexcept {
+inline CMPIStatus refuse(const char* function, CMPIrc rc,
+                         Call_Site where = Call_Site::here()) noexcept {
     Trace trace(function, where);
     trace.set(rc);
     return CMPIStatus{rc, nullptr};
@@ -95,8 +103,7 @@ refuse(const char* function, CMPIrc rc,
 // adapter.
 template <class MI>
 CMPIStatus clean_up(const char* function, const MI* mi, const CMPIContext* context,
-                    CMPIBoolean terminating,
-                    const std::source_location& where = std::source_location::current()) {
+                    CMPIBoolean terminating, Call_Site where = Call_Site::here()) {
     CMPI_Adapter* adapter = CMPI_Adapter::of(mi);
     if (adapter == nullptr) {
         return CMPIStatus{CMPI_RC_ERR_FAILED, nullptr};

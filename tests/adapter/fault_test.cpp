@@ -29,7 +29,7 @@ protected:
             turn.Detail = part("d").release();
             turn.return_value.set(0u);
         };
-        script.hook = [this](int operation) {
+        script.hook = [](int operation) {
             if (operation == OPERATION_ENUM_INSTANCES) { // an up-call within the request
                 Instance_Enumerator enumerator;
                 const Ref<Part> model = part("a");
