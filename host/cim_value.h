@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -100,8 +101,10 @@ public:
     // An array; the elements are of `type`, or NULL. Throws Value_Error for one that isn't.
     static Cim_Value array(Cim_Type type, std::vector<Cim_Value> elements = {});
     template <class T> static Cim_Value array_of(std::initializer_list<T> elements) {
-        std::vector<Cim_Value> values(elements.begin(), elements.end());
-        return array(Cim_Value(T{}).type(), std::move(values));
+        Cim_Type type = Cim_Type::string;
+        if constexpr (!std::is_convertible_v<T, std::string_view>)
+            type = Cim_Value(T{}).type();
+        return array(type, std::vector<Cim_Value>(elements.begin(), elements.end()));
     }
     // An integer or char16 of any width. Throws Value_Error if the number doesn't fit.
     static Cim_Value unsigned_of(Cim_Type type, std::uint64_t value);

@@ -39,7 +39,9 @@ typedef struct _CMPIContext CMPIContext;
 
 namespace tvrhost {
 
-// The object manager cannot start: no module, no MOF, a malformed instance file. One line.
+class Scope_Frame;
+
+// The object manager can't start: no module, no MOF, a malformed instance file. One line.
 class Start_Error : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -232,7 +234,8 @@ public:
     // called from within a request.
     int unload(const std::string& class_name, bool terminating = false);
 
-    // Cleans up every MI in reverse order of loading, closes the module, reports what is left over.
+    // Cleans up every MI in reverse order of loading, and reports what is left over; the module is
+    // closed with the object manager.
     // Requests from then on answer with code 1. Called by the destructor; may be called twice.
     void shutdown();
 
@@ -256,8 +259,7 @@ public:
         const CMPIContext* context() const noexcept { return _context; }
 
     private:
-        Object_Manager& _manager;
-        void* _scope;
+        std::unique_ptr<Scope_Frame> _frame;
         const CMPIContext* _context;
     };
 

@@ -1,0 +1,124 @@
+// The encapsulated data of CMPI: contents, making, and the way between CMPI's values and plain
+// ones.
+#ifndef TVR_HOST_OBJECTS_H
+#define TVR_HOST_OBJECTS_H
+
+#include "host/tracker.h"
+
+namespace tvrhost {
+
+struct Array_Content {
+    Cim_Type type;
+    std::vector<Cim_Value> elements;
+};
+
+struct Instance_Content {
+    Cim_Instance instance;
+    const tvrmof::Class* model; // null if the schema doesn't have the class
+    // A property filter: only these, and the keys, are taken.
+    std::optional<std::vector<std::string>> allowed;
+    std::optional<std::vector<std::string>> keys; // instead of the class's
+
+    bool passes(std::string_view property) const noexcept;
+    bool is_key(std::string_view property) const noexcept;
+};
+
+struct Enumeration_Content {
+    Cim_Type type; // instance or reference
+    std::vector<Cim_Value> items;
+    std::size_t next = 0;
+};
+
+struct Select_Content {
+    std::string query;
+    std::string language;
+};
+
+// `answer` lives as long as the call.
+struct Result_Content {
+    Answer* answer;
+};
+
+using String_Object = Object<CMPIString, std::string>;
+using Array_Object = Object<CMPIArray, Array_Content>;
+using Datetime_Object = Object<CMPIDateTime, Cim_Datetime>;
+using Path_Object = Object<CMPIObjectPath, Cim_Path>;
+using Instance_Object = Object<CMPIInstance, Instance_Content>;
+using Args_Object = Object<CMPIArgs, Named_Values>;
+using Enumeration_Object = Object<CMPIEnumeration, Enumeration_Content>;
+using Context_Object = Object<CMPIContext, Named_Values>;
+using Result_Object = Object<CMPIResult, Result_Content>;
+using Select_Object = Object<CMPISelectExp, Select_Content>;
+
+// One set of tables claims and ends at version 100, one at 210.
+struct Tables {
+    CMPIStringFT string;
+    CMPIArrayFT array;
+    CMPIDateTimeFT datetime;
+    CMPIObjectPathFT path;
+    CMPIInstanceFT instance;
+    CMPIArgsFT args;
+    CMPIEnumerationFT enumeration;
+    CMPIContextFT context;
+    CMPIResultFT result;
+    CMPISelectExpFT select;
+    CMPIBrokerEncFT makers;
+    CMPIBrokerFT broker;
+};
+const Tables& tables_of(int version) noexcept;
+
+// A tracker that knows tables and schema.
+class Books : public Tracker {
+public:
+    Books(const Tables& tables, const tvrmof::Schema* class_model, std::size_t tombstones)
+        : Tracker(tombstones), ft(tables), schema(class_model) {}
+
+    String_Object* make(std::string text, bool clone = false);
+    Array_Object* make(Array_Content content, bool clone = false);
+    Datetime_Object* make(Cim_Datetime value, bool clone = false);
+    Path_Object* make(Cim_Path path, bool clone = false);
+    Instance_Object* make(Instance_Content content, bool clone = false);
+    Instance_Object* make(Cim_Instance instance);
+    Args_Object* make_args(Named_Values values, bool clone = false);
+    Enumeration_Object* make(Enumeration_Content content, bool clone = false);
+    Context_Object* make_context(Named_Values entries, bool clone = false);
+    Result_Object* make(Result_Content content, bool clone = false);
+    Select_Object* make(Select_Content content, bool clone = false);
+
+    // A value for the module; objects in it are made in the thread's scope.
+    CMPIData data(const Cim_Value& value, CMPIValueState extra_state = CMPI_goodValue);
+    // The plain form of what the module hands over; a code other than 0 leaves `value`.
+    CMPIrc plain(const CMPIValue* value, CMPIType type, Cim_Value& plain_value);
+
+    const Tables& ft;
+    const tvrmof::Schema* const schema;
+};
+
+inline Books& books_of(const Tracked& object) noexcept {
+    return static_cast<Books&>(object.tracker);
+}
+
+// The table of ours that objects of that kind have.
+template <class O> decltype(O::ft) table_of(const Tables& tables) noexcept;
+
+// The object behind a pair that the module hands in as an argument; null, with a fault, if it isn't
+// alive or isn't ours, and null without a fault for null.
+template <class O> O* argument(Books& books, const typename O::Pair* pair, const char* operation) {
+    if (pair == nullptr)
+        return nullptr;
+    if (pair->ft != table_of<O>(books.ft)) {
+        books.fault(Fault_Kind::foreign_object,
+                    std::string(operation) + " with an object of another kind or origin");
+        return nullptr;
+    }
+    O* const object = static_cast<O*>(const_cast<typename O::Pair*>(pair));
+    return books.is_live(*object, operation) ? object : nullptr;
+}
+
+// Fills the parts of the tables that each source file defines.
+void fill_makers(Tables& tables, int version);
+void fill_broker(Tables& tables, int version);
+
+} // namespace tvrhost
+
+#endif
