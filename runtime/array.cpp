@@ -37,13 +37,13 @@ template <class T> constexpr Type_Traits handle() noexcept {
     return {sizeof(T), construct_object<T>, destroy_object<T>, equal_objects<T>};
 }
 
-constexpr Type_Traits traits_by_type[type_count] = {
+// By type code, and last those of instances.
+constexpr std::size_t instances_at = type_count;
+constexpr Type_Traits all_traits[type_count + 1] = {
     plain<bool>(),   plain<uint8>(),  plain<sint8>(),   plain<uint16>(),    plain<sint16>(),
     plain<uint32>(), plain<sint32>(), plain<uint64>(),  plain<sint64>(),    real<real32>(),
-    real<real64>(),  plain<char16>(), handle<String>(), handle<Datetime>(),
+    real<real64>(),  plain<char16>(), handle<String>(), handle<Datetime>(), plain<Instance*>(),
 };
-
-constexpr Type_Traits traits_of_instances = plain<Instance*>();
 
 std::size_t capacity_for(std::size_t size) {
     if (size > std::numeric_limits<std::size_t>::max() / 64) {
@@ -62,21 +62,34 @@ void copy_bytes(void* to, const void* from, std::size_t count) noexcept {
 } // namespace
 
 const Type_Traits& traits_of(Type type) noexcept {
-    return traits_by_type[type < type_count ? type : UINT8];
+    return all_traits[type < type_count ? type : UINT8];
 }
 
 const Type_Traits& instance_traits() noexcept {
-    return traits_of_instances;
+    return all_traits[instances_at];
 }
 
+constinit Array_Base::Rep Array_Base::empty_reps[type_count + 1] = {
+    {&all_traits[0], 0, 0},  {&all_traits[1], 0, 0},  {&all_traits[2], 0, 0},
+    {&all_traits[3], 0, 0},  {&all_traits[4], 0, 0},  {&all_traits[5], 0, 0},
+    {&all_traits[6], 0, 0},  {&all_traits[7], 0, 0},  {&all_traits[8], 0, 0},
+    {&all_traits[9], 0, 0},  {&all_traits[10], 0, 0}, {&all_traits[11], 0, 0},
+    {&all_traits[12], 0, 0}, {&all_traits[13], 0, 0}, {&all_traits[instances_at], 0, 0},
+};
+
 Array_Base::Rep* Array_Base::make(const Type_Traits& traits, std::size_t capacity) {
+    if (capacity == 0) {
+        return &empty_reps[&traits - all_traits];
+    }
     Rep* rep = static_cast<Rep*>(::operator new(sizeof(Rep) + capacity * traits.size));
     *rep = {&traits, 0, capacity};
     return rep;
 }
 
 void Array_Base::free(Rep* rep) noexcept {
-    ::operator delete(rep);
+    if (rep->capacity != 0) {
+        ::operator delete(rep);
+    }
 }
 
 Array_Base::Array_Base(const Type_Traits& traits) : _rep(make(traits, min_capacity)) {}

@@ -33,6 +33,7 @@ const Type_Traits& instance_traits() noexcept;
 // end.
 class Array_Base {
 public:
+    // The traits are those of `traits_of` or `instance_traits`.
     explicit Array_Base(const Type_Traits& traits);
     Array_Base(const Array_Base& other);
     Array_Base(Array_Base&& other) noexcept : _rep(other._rep) { other._rep = nullptr; }
@@ -78,6 +79,11 @@ private:
         void* elements() noexcept { return this + 1; }
         const void* elements() const noexcept { return this + 1; }
     };
+    // One static block of an empty array a type, which alone has capacity 0 and is never freed: the
+    // copy of an empty array, of which every clone of an instance makes many, costs nothing.
+    static Rep empty_reps[type_count + 1];
+
+    // A block with room for `capacity` elements.
     static Rep* make(const Type_Traits& traits, std::size_t capacity);
     static void free(Rep* rep) noexcept;
 

@@ -247,12 +247,12 @@ TEST(Allocation, a_map_grows_by_doubling) {
     EXPECT_LE(allocations - before, 3 * 13) << "three blocks, each doubled at most 12 times";
 }
 
-TEST(Allocation, texts_of_a_clone_cost_none) {
-    const Ref<Element> element = make<Element>();
-    element->Caption.set("a text long enough that any copy would show");
-    element->__name_space = "root/tavrin";
+TEST(Allocation, texts_and_empty_arrays_of_a_clone_cost_none) {
+    const Ref<Values> values = make<Values>();
+    values->scalar_STRING.set("a text long enough that any copy would show");
+    values->__name_space = "root/tavrin";
     const long before = allocations;
-    const Ref<Element> copy(clone_of(element.get()));
+    const Ref<Values> copy(clone_of(values.get()));
     EXPECT_EQ(allocations - before, 1) << "the block of the instance";
 }
 

@@ -75,6 +75,13 @@ TEST(Datetime, timestamps_are_local_fields_beside_the_stored_offset) {
     EXPECT_EQ(parsed("20240630235959.999999-999").ascii(), "20240630235959.999999-999");
 }
 
+TEST(Datetime, summer_time_is_the_hosts_matter) {
+    const In_Zone zone("EST5EDT");
+    EXPECT_EQ(parsed("20240701120000.000000+000").get_usec(), uint64{1719849600} * 1000000);
+    EXPECT_EQ(parsed("20240701120000.000000+000").ascii(), "20240701120000.000000+000");
+    EXPECT_EQ(parsed("20240101120000.000000+000").ascii(), "20240101120000.000000+000");
+}
+
 TEST(Datetime, times_before_the_epoch_keep_their_fields) {
     const In_Zone zone("UTC0");
     for (const char* text : {"19691231235959.999999+000", "19691231235959.000000+000",
