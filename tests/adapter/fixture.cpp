@@ -232,6 +232,48 @@ Ref<Widget> widget(const char* name, uint32 index) {
     return made;
 }
 
+Ref<Widget> full_widget() {
+    Ref<Widget> w = widget("full", 4000000000u);
+    w->Flag.set(true);
+    w->U8.set(uint8{200});
+    w->S8.set(sint8{-100});
+    w->U16.set(uint16{60000});
+    w->S16.set(sint16{-30000});
+    w->U32.set(uint32{4000000001});
+    w->S32.set(sint32{-2000000000});
+    w->U64.set(uint64{18000000000000000000u});
+    w->S64.set(sint64{-9000000000000000000});
+    w->R32.set(1.5f);
+    w->R64.set(-2.25);
+    w->C16.set(char16{0x20AC});
+    w->Text.set("text");
+    Datetime when;
+    EXPECT_TRUE(when.set("20240101120000.000005+060"));
+    w->When.set(when);
+    w->Flags.set(Array<bool>{true, false, true});
+    w->U8s.set(Array<uint8>{1, 255});
+    w->S8s.set(Array<sint8>{-1, 127});
+    w->U16s.set(Array<uint16>{1, 65535});
+    w->S16s.set(Array<sint16>{-1, 32767});
+    w->U32s.set(Array<uint32>{1, 4294967295u});
+    w->S32s.set(Array<sint32>{-1, 2147483647});
+    w->U64s.set(Array<uint64>{1, 18446744073709551615u});
+    w->S64s.set(Array<sint64>{-1, 9223372036854775807});
+    w->R32s.set(Array<real32>{0.5f, -0.5f});
+    w->R64s.set(Array<real64>{0.25, -0.25});
+    w->C16s.set(Array<char16>{char16{65}, char16{0xFFFF}});
+    w->Texts.set(Array<String>{"", "two"});
+    w->Whens.set(Array<Datetime>{when, Datetime::interval(5)});
+    w->Owner = part("owner", 1).release();
+    w->Inner = part("inner", 2).release();
+    w->Owners.value.append(part("o1").release());
+    w->Owners.value.append(part("o2").release());
+    w->Owners.null = 0;
+    w->Inners.value.append(part("i1", 11).release());
+    w->Inners.null = 0;
+    return w;
+}
+
 Runtime_Log::Runtime_Log(const char* level) {
     std::string name = (std::filesystem::temp_directory_path() / "adapter_log_XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr) {

@@ -100,6 +100,7 @@ template <class C> Ref<C> make(bool defaults = true) {
 }
 Ref<Part> part(const char* id, uint32 slot = 0);
 Ref<Widget> widget(const char* name, uint32 index = 1);
+Ref<Widget> full_widget(); // a value in every feature
 
 // What the provider does and what was asked of it.
 struct Script {
