@@ -1,0 +1,124 @@
+// How classes come and go, and what is left of the module when it is closed.
+#include "tests/client/client.h"
+
+#include "runtime/cmpi_adapter.h"
+
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace client {
+namespace {
+
+using cimple::CMPI_Static_Data;
+using Instance_Factory = CMPIInstanceMI* (*)(const CMPIBroker*, const CMPIContext*, CMPIStatus*);
+
+std::string process_file(const char* name) {
+    std::ostringstream text;
+    text << std::ifstream(std::string("/proc/self/") + name).rdbuf();
+    return text.str();
+}
+
+std::size_t open_files() {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+TEST_F(Client, AClassIsLoadedOnceForAllItsKindsAndUnloadedWithTheLast) {
+    tvrhost::Object_Manager& om = manager();
+    const std::string name = "TVRHBA_FCPortSystemDevice";
+    auto* instance = static_cast<CMPIInstanceMI*>(om.load(name, tvrhost::Kind::instance));
+    auto* method = static_cast<CMPIMethodMI*>(om.load(name, tvrhost::Kind::method));
+    auto* association = static_cast<CMPIAssociationMI*>(om.load(name, tvrhost::Kind::association));
+    ASSERT_NE(instance, nullptr);
+    ASSERT_NE(method, nullptr);
+    ASSERT_NE(association, nullptr);
+    EXPECT_EQ(om.load(name, tvrhost::Kind::indication), nullptr);
+    EXPECT_EQ(instance->hdl, method->hdl);
+    EXPECT_EQ(instance->hdl, association->hdl);
+    EXPECT_STREQ(instance->ft->miName, "instanceTVRHBA_FCPortSystemDevice_Provider");
+
+    auto* block = static_cast<CMPI_Static_Data*>(instance->hdl);
+    cimple::CMPI_Adapter* adapter = block->adapter;
+    ASSERT_NE(adapter, nullptr);
+    EXPECT_EQ(adapter->load_count(), 3u);
+
+    // The exported name without "_Provider" counts for itself.
+    void* module = dlopen(TVR_MODULE, RTLD_NOW | RTLD_NOLOAD);
+    ASSERT_NE(module, nullptr);
+    for (const char* symbol : {"TVRHBA_FCPortSystemDevice_Create_InstanceMI",
+                               "TVRHBA_FCPortSystemDevice_Provider_Create_InstanceMI"}) {
+        const tvrhost::Object_Manager::Scope scope(om);
+        const auto create = reinterpret_cast<Instance_Factory>(dlsym(module, symbol));
+        ASSERT_NE(create, nullptr);
+        EXPECT_EQ(create(om.broker(), scope.context(), nullptr), instance);
+    }
+    dlclose(module);
+    EXPECT_EQ(adapter->load_count(), 5u);
+    for (const CMPIBoolean terminating : {CMPIBoolean{0}, CMPIBoolean{1}}) {
+        const tvrhost::Object_Manager::Scope scope(om);
+        EXPECT_EQ(instance->ft->cleanup(instance, scope.context(), terminating).rc, CMPI_RC_OK);
+    }
+    EXPECT_EQ(adapter->load_count(), 3u);
+    EXPECT_EQ(block->adapter.load(), adapter);
+
+    EXPECT_EQ(om.unload(name), 0);
+    EXPECT_EQ(block->adapter.load(), nullptr);
+
+    // From the start again.
+    EXPECT_EQ(om.load(name, tvrhost::Kind::instance), instance);
+    EXPECT_NE(block->adapter.load(), nullptr);
+}
+
+TEST_F(Client, TheAgentLivesFromTheFirstClassToTheLast) {
+    EXPECT_EQ(enumerate("TVRHBA_FCPort").instances.size(), 4u);
+    EXPECT_EQ(enumerate("TVRHBA_SoftwareIdentity").rc, 0);
+    const long inits = calls("LRM_InitLib");
+    EXPECT_EQ(inits, 1);
+    manager().unload("TVRHBA_FCPort");
+    EXPECT_EQ(enumerate("TVRHBA_SoftwareIdentity").rc, 0);
+    EXPECT_EQ(calls("LRM_InitLib"), inits);
+    manager().unload("TVRHBA_SoftwareIdentity");
+    EXPECT_THAT(directory.read("etc/tavrin_fc_provider.conf"),
+                testing::HasSubstr("TVR_PROVIDER_CACHE_TIMEOUT = 10\n"))
+        << "the settings are written when the agent ends";
+
+    EXPECT_EQ(enumerate("TVRHBA_FCPort").instances.size(), 4u) << "and it comes again";
+    EXPECT_EQ(calls("LRM_InitLib"), inits + 1);
+}
+
+// In its own life a module may log, start threads, open files and libraries. Nothing of it stays.
+TEST_F(Client, NothingIsLeftOfTheModuleOnceItIsClosed) {
+    directory.write("etc/tavrin_fc_provider.dmp", "2,5,1\n" + directory.file("provider.log"));
+    EXPECT_EQ(enumerate("TVRHBA_FCPort").instances.size(), 4u);
+    EXPECT_NE(process_file("maps").find("libtavrin_fc_provider"), std::string::npos);
+    stop();
+    EXPECT_EQ(process_file("maps").find("libtavrin_fc_provider"), std::string::npos);
+    EXPECT_THAT(directory.read("provider.log"), testing::HasSubstr("ProviderAgent::addRef[0]"));
+    EXPECT_THAT(directory.read("provider.log"),
+                testing::HasSubstr("[TVR_DBG] Tavrin Provider Unloaded\n"));
+
+    const std::size_t files = open_files();
+    for (int life = 0; life < 3; ++life) {
+        EXPECT_EQ(enumerate("TVRHBA_FCPort").instances.size(), 4u);
+        stop();
+    }
+    EXPECT_EQ(open_files(), files);
+    EXPECT_THAT(process_file("status"), testing::HasSubstr("\nThreads:\t1\n"));
+}
+
+// Each class of the catalogue answers, whether its instances are built yet or not.
+TEST_F(Client, EveryServedClassCanBeEnumerated) {
+    std::size_t served = 0;
+    for (const std::unique_ptr<tvrmof::Class>& one : manager().schema()->classes()) {
+        if (manager().serves(one->name, tvrhost::Kind::instance)) {
+            ++served;
+            EXPECT_EQ(enumerate(one->name).rc, 0) << one->name;
+        }
+    }
+    EXPECT_EQ(served, 136u);
+}
+
+} // namespace
+} // namespace client

@@ -1,0 +1,165 @@
+// TVRHBA_FCPort through the loaded module.
+#include "tests/client/client.h"
+
+#include <thread>
+
+namespace client {
+namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+constexpr const char* first_port = "10000254564A1020";
+
+class Ports : public Client {
+protected:
+    Answer ports() { return enumerate("TVRHBA_FCPort"); }
+    std::vector<std::string> ids() {
+        std::vector<std::string> out;
+        for (const Cim_Instance& port : ports().instances) {
+            out.push_back(port["DeviceID"].as_string());
+        }
+        return out;
+    }
+};
+
+// All that a port shows, of the default host's first one. Nothing else is set.
+TEST_F(Ports, ShowEveryPropertyOfTheirTable) {
+    start({computer_system("server-7")});
+    const Answer answer = ports();
+    ASSERT_EQ(answer.instances.size(), 4u);
+    EXPECT_TRUE(answer.done);
+    const Cim_Instance& port = answer.instances[0];
+    EXPECT_EQ(port.path.name_space, name_space);
+    std::map<std::string, std::string> values = literals(port);
+    // The adapter's own texts, which the scenario makes up where it doesn't give them.
+    const std::string ieee = port["OtherIdentifyingInfo"].as_strings().back();
+    EXPECT_EQ(ieee.size(), 17u) << ieee;
+    EXPECT_THAT(values["OperationalFirmware"], testing::EndsWith(":v2.82a4\""));
+    EXPECT_THAT(values["FabricName"], testing::MatchesRegex("\"[0-9A-F]{16}\""));
+    for (const char* checked : {"OtherIdentifyingInfo", "OperationalFirmware", "FabricName"}) {
+        values.erase(checked);
+    }
+    EXPECT_EQ(port["OtherIdentifyingInfo"].as_strings().front(), "/sys/class/fc_host/host3");
+    EXPECT_EQ(values,
+              (std::map<std::string, std::string>{
+                  {"SystemCreationClassName", "\"IBMSD_ComputerSystem\""},
+                  {"SystemName", "\"server-7\""},
+                  {"CreationClassName", "\"TVRHBA_FCPort\""},
+                  {"DeviceID", "\"10000254564A1020\""},
+                  {"Name", "\"10000254564A1020\""},
+                  {"PermanentAddress", "\"10000254564A1020\""},
+                  {"NetworkAddresses", "{\"10000254564A1020\"}"},
+                  {"Description", "\"Tavrin TVR-F1602 16Gb 2-port PCIe Fibre Channel adapter\""},
+                  {"ElementName", "\"Tavrin TVR-F1602 FV2.82a4 DV10.4.255.16\""},
+                  {"PortNumber", "0"},
+                  {"UsageRestriction", "4"},
+                  {"FCID", "66048"},
+                  {"NumberOfDiscoveredPorts", "2"},
+                  {"IdentifyingDescriptions", "{\"OS Device Name\", \"TAVRIN:IEEE_ADDRESS\"}"},
+                  {"PortType", "10"},
+                  {"OperationalStatus", "{2}"},
+                  {"StatusDescriptions", "{\"OK\"}"},
+                  {"SupportedCOS", "{3}"},
+                  {"ActiveCOS", "{3}"},
+                  {"SupportedFC4Types", "{8}"},
+                  {"ActiveFC4Types", "{8}"},
+                  {"Speed", "16000000000"},
+                  {"MaxSpeed", "16000000000"},
+                  {"LinkTechnology", "4"},
+                  {"SupportedMaximumTransmissionUnit", "2048"},
+                  {"ActiveMaximumTransmissionUnit", "2048"},
+                  // The class's own defaults.
+                  {"EnabledState", "5"},
+                  {"RequestedState", "12"},
+                  {"EnabledDefault", "2"},
+                  {"TransitioningToState", "12"},
+                  {"PortAvailability", "2"}}));
+}
+
+TEST_F(Ports, ComeInTheOrderOfTheAdaptersWithTheirOwnStates) {
+    const Answer answer = ports();
+    std::vector<std::string> seen;
+    for (const Cim_Instance& port : answer.instances) {
+        seen.push_back(port["DeviceID"].as_string() + " " + port["OperationalStatus"].literal() +
+                       " " + port["StatusDescriptions"].plain() + " " + port["Speed"].plain() +
+                       " " + port["PortType"].plain());
+    }
+    EXPECT_THAT(seen, ElementsAre("10000254564A1020 {2} OK 16000000000 10",
+                                  "10000254564A1021 {1} Other 0 0",
+                                  "10000254563C7780 {2} OK 8000000000 11",
+                                  "10000254563C7781 {32790} Disable 0 0"));
+}
+
+TEST_F(Ports, AreFoundByKey) {
+    const Cim_Path path = ports().instances.at(2).path;
+    EXPECT_EQ(path.keys.size(), 4u);
+    const Answer whole = manager().get_instance(path);
+    ASSERT_EQ(whole.rc, 0);
+    EXPECT_EQ(whole.instance()["DeviceID"].as_string(), "10000254563C7780");
+
+    Cim_Path wrong = path;
+    wrong.keys.set("DeviceID", "10000254563c7780");
+    EXPECT_EQ(manager().get_instance(wrong).rc, 6) << "keys are compared to the letter";
+
+    const Answer narrow =
+        manager().get_instance(path, std::vector<std::string>{"Speed", "nonsense"});
+    std::vector<std::string> names;
+    for (const tvrhost::Named_Value& property : narrow.instance().properties) {
+        names.push_back(property.name);
+    }
+    EXPECT_THAT(names, UnorderedElementsAre("SystemCreationClassName", "SystemName",
+                                            "CreationClassName", "DeviceID", "Speed"));
+
+    const Answer paths = manager().enumerate_instance_names(name_space, "TVRHBA_FCPort");
+    ASSERT_EQ(paths.paths.size(), 4u);
+    EXPECT_EQ(paths.paths[2], path);
+}
+
+TEST_F(Ports, RefuseWhatIsntOffered) {
+    const Cim_Instance port = ports().instances.at(0);
+    EXPECT_EQ(manager().create_instance(port.path, port).rc, 7);
+    EXPECT_EQ(manager().modify_instance(port.path, port).rc, 7);
+    EXPECT_EQ(manager().delete_instance(port.path).rc, 7);
+    EXPECT_EQ(manager().invoke_method(port.path, "RequestStateChange").rc, 7);
+    EXPECT_EQ(manager().invoke_method(port.path, "requestSTATEchange").rc, 7);
+    EXPECT_EQ(manager().invoke_method(port.path, "NoSuchMethod").rc, 17);
+}
+
+// A cache that hasn't expired is not refreshed: a port that changes meanwhile is seen by no
+// request.
+TEST_F(Ports, AreReadFromTheAdaptersOncePerRefresh) {
+    EXPECT_THAT(ids(), testing::SizeIs(4));
+    const long after_first = calls("HBA_GetNumberOfAdapters");
+    EXPECT_GE(after_first, 1);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_THAT(ids(), testing::SizeIs(4));
+    }
+    EXPECT_EQ(calls("HBA_GetNumberOfAdapters"), after_first);
+}
+
+TEST_F(Ports, AnswerRequestsFromSeveralThreadsWithOneWholeSet) {
+    control(R"({"entryPoints": {"HBA_GetAdapterAttributes": {"latencyMs": 5}}})");
+    manager();
+    std::vector<std::vector<std::string>> seen(4);
+    {
+        std::vector<std::jthread> threads;
+        for (std::vector<std::string>& one : seen) {
+            threads.emplace_back([this, &one] { one = ids(); });
+        }
+    }
+    for (const std::vector<std::string>& one : seen) {
+        EXPECT_THAT(one, ElementsAre("10000254564A1020", "10000254564A1021", "10000254563C7780",
+                                     "10000254563C7781"));
+    }
+    EXPECT_EQ(calls("HBA_GetNumberOfAdapters"), 1);
+}
+
+TEST_F(Ports, OfAnAdapterThatFailsAreLeftOut) {
+    control(R"({"entryPoints": {"LRM_GetHBAAttributes":
+                {"where": "10000254564A1021", "status": 12}}})");
+    EXPECT_THAT(ids(), ElementsAre(first_port, "10000254563C7780", "10000254563C7781"));
+}
+
+} // namespace
+} // namespace client

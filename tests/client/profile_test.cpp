@@ -1,0 +1,68 @@
+// The registered profiles, which need neither agent nor adapter.
+#include "tests/client/client.h"
+
+namespace client {
+namespace {
+
+using testing::ElementsAre;
+
+TEST_F(Client, RegisteredProfilesInOrder) {
+    const Answer answer = manager().enumerate_instances(interop, "TVRHBA_RegisteredProfile");
+    ASSERT_EQ(answer.rc, 0);
+    EXPECT_TRUE(answer.done);
+    std::vector<std::string> names;
+    for (const Cim_Instance& profile : answer.instances) {
+        names.push_back(profile["RegisteredName"].as_string());
+        EXPECT_EQ(profile.path.name_space, interop);
+    }
+    EXPECT_THAT(names, ElementsAre("Profile Registration", "Software Inventory", "Physical Package",
+                                   "Host Discovered Resources", "FC HBA", "Storage HBA",
+                                   "FC Initiator Ports", "Software Update", "Record Log",
+                                   "Software", "Access Points", "PCI Device", "FCHBA Diagnostics"));
+    EXPECT_EQ(
+        literals(answer.instances[5]),
+        (std::map<std::string, std::string>{{"InstanceID", "\"TVR:Storage HBA\""},
+                                            {"Description", "\"Tavrin Storage HBA\""},
+                                            {"ElementName", "\"Tavrin Registered Storage HBA\""},
+                                            {"RegisteredOrganization", "11"},
+                                            {"RegisteredName", "\"Storage HBA\""},
+                                            {"RegisteredVersion", "\"1.4.0\""},
+                                            {"AdvertiseTypes", "{3}"},
+                                            {"AdvertiseTypeDescriptions", "{\"SLP\"}"}}));
+    EXPECT_EQ(calls("*"), 0) << "profiles come without a look at the adapters";
+}
+
+TEST_F(Client, AProfileIsFoundByItsKeyToTheLetter) {
+    const auto path = [](const char* id) {
+        Named_Values keys;
+        keys.set("InstanceID", id);
+        return Cim_Path(interop, "TVRHBA_RegisteredProfile", keys);
+    };
+    const Answer found = manager().get_instance(path("TVR:Storage HBA"));
+    ASSERT_EQ(found.rc, 0);
+    EXPECT_EQ(found.instance()["RegisteredVersion"].as_string(), "1.4.0");
+    EXPECT_EQ(manager().get_instance(path("TVR:storage hba")).rc, 6);
+
+    const Answer narrow =
+        manager().get_instance(path("TVR:FC HBA"), std::vector<std::string>{"RegisteredVersion"});
+    EXPECT_EQ(literals(narrow.instance()).count("Description"), 0u);
+    EXPECT_EQ(narrow.instance()["RegisteredVersion"].as_string(), "1.2.0");
+}
+
+TEST_F(Client, WhatAProfileDoesntOfferIsRefused) {
+    Named_Values keys;
+    keys.set("InstanceID", "TVR:FC HBA");
+    const Cim_Path path(interop, "TVRHBA_RegisteredProfile", keys);
+    const Cim_Instance instance(path, keys);
+    EXPECT_EQ(manager().create_instance(path, instance).rc, 7);
+    EXPECT_EQ(manager().modify_instance(path, instance).rc, 7);
+    EXPECT_EQ(manager().delete_instance(path).rc, 7);
+    EXPECT_EQ(manager().exec_query(interop, "TVRHBA_RegisteredProfile", "SELECT *").rc, 7);
+    for (const char* method : {"CloseConformantInstances", "openCONFORMANTinstances"}) {
+        EXPECT_EQ(manager().invoke_method(path, method).rc, 7) << method;
+    }
+    EXPECT_EQ(manager().invoke_method(path, "NoSuchMethod").rc, 17);
+}
+
+} // namespace
+} // namespace client
