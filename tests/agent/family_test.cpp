@@ -1,0 +1,204 @@
+// All class providers through their dispatchers, as the module registers them.
+#include "tests/agent/agent_fixture.h"
+
+#include "runtime/provider.h"
+
+#include <set>
+
+namespace cimple {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+
+// One log line of the family, or written by hand, of a provider's own file.
+bool has_line(const LogCapture& log, const std::string& file, const std::string& text) {
+    for (const LogCapture::Line& line : log.lines()) {
+        if (line.file == file && line.text == text) {
+            return line.level == TVR_DBG;
+        }
+    }
+    return false;
+}
+
+const std::set<std::string> by_hand = {"FCPort",
+                                       "BootBIOSService",
+                                       "DiagnosticsLog",
+                                       "DriverParamGlobal",
+                                       "DriverParams",
+                                       "DumpData",
+                                       "DumpService",
+                                       "FCDriverLogEntry",
+                                       "FCHBADiagnosticTest",
+                                       "FCHBADriverParamService",
+                                       "FCHBAWWNService",
+                                       "FCPortStatistics",
+                                       "HelpService",
+                                       "LogEntry",
+                                       "ProviderConfigSetting",
+                                       "RecordLog",
+                                       "RegisteredProfile",
+                                       "SoftwareInstallationService",
+                                       "DriverRecordLogManagesRecord",
+                                       "RecordLogManagesRecord",
+                                       "AlertIndication"};
+// Those of them that tell of their load, of their unload, and that don't tell of an enumeration.
+const std::set<std::string> tell_load = {"BootBIOSService"};
+const std::set<std::string> tell_unload = {"FCPort", "DiagnosticsLog", "FCDriverLogEntry",
+                                           "FCHBADiagnosticTest", "HelpService"};
+const std::set<std::string> silent = {"FCPortStatistics",
+                                      "RegisteredProfile",
+                                      "FCDriverLogEntry",
+                                      "LogEntry",
+                                      "DriverRecordLogManagesRecord",
+                                      "RecordLogManagesRecord",
+                                      "AlertIndication"};
+
+bool collect(Instance* instance, int, void* collected) {
+    if (instance != nullptr) {
+        static_cast<Collected*>(collected)->_instances.emplace_back(instance);
+    }
+    return true;
+}
+
+class Providers : public With_Agent {};
+
+TEST_F(Providers, LoadEnumerateRefuseAndUnload) {
+    load();
+    refresh();
+    int family = 0;
+    for (const Registration* at = cimple_module(); at != nullptr; at = at->next) {
+        SCOPED_TRACE(at->provider_name);
+        const std::string name = std::string(at->meta_class->name).substr(7);
+        const bool own = by_hand.contains(name);
+        family += !own;
+        const std::string prefix = std::string(at->provider_name);
+        const std::string file = (own ? "providers/" : "derivedObjects/") + prefix + ".cpp";
+        log.take();
+
+        const Provider_Handle provider(at);
+        EXPECT_EQ(provider.call(OPERATION_LOAD), 0);
+        EXPECT_EQ(has_line(log, file, prefix + "::load()"), tell_load.contains(name));
+        Collected found;
+        EXPECT_EQ(provider.enum_instances(nullptr, &collect, &found), ENUM_INSTANCES_OK);
+        EXPECT_EQ(has_line(log, file, prefix + "::enum_instances()"), !silent.contains(name));
+        for (std::size_t i = 0; i < found.size(); ++i) {
+            EXPECT_EQ(class_of(found[i]), at->meta_class);
+        }
+
+        Instance* instance = nullptr;
+        const Ref<Instance> model(create(at->meta_class, true));
+        EXPECT_EQ(provider.call(OPERATION_GET_INSTANCE, model.get(), &instance),
+                  GET_INSTANCE_UNSUPPORTED);
+        EXPECT_EQ(provider.call(OPERATION_CREATE_INSTANCE, model.get()),
+                  CREATE_INSTANCE_UNSUPPORTED);
+        EXPECT_EQ(provider.call(OPERATION_DELETE_INSTANCE, model.get()),
+                  DELETE_INSTANCE_UNSUPPORTED);
+        EXPECT_EQ(provider.call(OPERATION_MODIFY_INSTANCE, model.get(), model.get()),
+                  MODIFY_INSTANCE_UNSUPPORTED);
+        for (const Meta_Feature* feature : *at->meta_class) {
+            if (feature->has(FLAG_METHOD)) {
+                const Ref<Instance> call(create(&as_method(*feature), true));
+                EXPECT_EQ(provider.call(OPERATION_INVOKE_METHOD, model.get(), call.get()),
+                          INVOKE_METHOD_UNSUPPORTED)
+                    << feature->name;
+            }
+        }
+        if (at->meta_class->has(FLAG_ASSOCIATION)) {
+            const String text;
+            EXPECT_EQ(provider.call(OPERATION_ENUM_ASSOCIATOR_NAMES, model.get(), &text, &text,
+                                    &text, reinterpret_cast<void*>(&collect), &found),
+                      ENUM_ASSOCIATOR_NAMES_UNSUPPORTED);
+            EXPECT_EQ(provider.call(OPERATION_ENUM_REFERENCES, model.get(), model.get(), &text,
+                                    reinterpret_cast<void*>(&collect), &found),
+                      ENUM_REFERENCES_UNSUPPORTED);
+            EXPECT_EQ(provider.call(OPERATION_ENUM_ASSOCIATORS, model.get(), &text, &text, &text,
+                                    reinterpret_cast<void*>(&collect), &found),
+                      ENUM_ASSOCIATORS_UNSUPPORTED);
+        }
+        EXPECT_EQ(provider.call(OPERATION_UNLOAD), 0);
+        EXPECT_EQ(has_line(log, file, prefix + "::unload()"), !own || tell_unload.contains(name));
+    }
+    EXPECT_EQ(family, 116);
+}
+
+TEST_F(Providers, TheLastUnloadEndsTheAgent) {
+    open_libraries();
+    std::vector<std::unique_ptr<Provider_Handle>> providers;
+    for (const Registration* at = cimple_module(); at != nullptr; at = at->next) {
+        providers.push_back(std::make_unique<Provider_Handle>(at));
+        EXPECT_EQ(providers.back()->call(OPERATION_LOAD), 0);
+    }
+    for (const auto& provider : providers) {
+        EXPECT_NE(ProviderAgent::instance(), nullptr);
+        EXPECT_EQ(provider->call(OPERATION_UNLOAD), 0);
+        EXPECT_NE(provider->registration(), nullptr);
+    }
+    EXPECT_EQ(ProviderAgent::instance(), nullptr);
+}
+
+TEST_F(Providers, AFamilyMemberGetsByEnumeration) {
+    load();
+    refresh();
+    const Registration* at = cimple_module();
+    while (at->meta_class != &TVRHBA_SoftwareIdentity::static_meta_class) {
+        at = at->next;
+    }
+    const Provider_Handle provider(at);
+    const Ref<TVRHBA_SoftwareIdentity> model(TVRHBA_SoftwareIdentity::create(true));
+    model->InstanceID.set("TVRHBA: Diagnostics v5");
+    Instance* found = nullptr;
+    EXPECT_EQ(provider.get_instance(model.get(), found), GET_INSTANCE_OK);
+    EXPECT_EQ(describe(found)["Description"], "TVRHBA: Diagnostics");
+    unref(found);
+    model->InstanceID.set("tvrhba: diagnostics v5");
+    found = nullptr;
+    EXPECT_EQ(provider.get_instance(model.get(), found), GET_INSTANCE_NOT_FOUND);
+    EXPECT_EQ(found, nullptr);
+}
+
+// No agent: the list is fixed, and has an order of its own.
+TEST(Registered_Profiles, AreListedWithoutTheAgent) {
+    const Registration* at = cimple_module();
+    while (at->meta_class != &TVRHBA_RegisteredProfile::static_meta_class) {
+        at = at->next;
+    }
+    const Provider_Handle provider(at);
+    EXPECT_EQ(provider.call(OPERATION_LOAD), 0);
+    Collected profiles;
+    EXPECT_EQ(provider.enum_instances(nullptr, &collect, &profiles), ENUM_INSTANCES_OK);
+    EXPECT_EQ(ProviderAgent::instance(), nullptr);
+    EXPECT_THAT(profiles.texts("RegisteredName"),
+                ElementsAre("Profile Registration", "Software Inventory", "Physical Package",
+                            "Host Discovered Resources", "FC HBA", "Storage HBA",
+                            "FC Initiator Ports", "Software Update", "Record Log", "Software",
+                            "Access Points", "PCI Device", "FCHBA Diagnostics"));
+    EXPECT_THAT(
+        profiles.texts("RegisteredOrganization"),
+        ElementsAre("2", "2", "11", "11", "11", "11", "11", "2", "2", "11", "11", "2", "2"));
+    EXPECT_THAT(profiles.texts("RegisteredVersion"),
+                ElementsAre("1.0.0", "1.0.0", "1.3.0", "1.2.0", "1.2.0", "1.4.0", "1.3.0", "1.0.0",
+                            "1.0.1", "1.2.0", "1.3.0", "1.0.0", "1.0.0"));
+    EXPECT_THAT(describe(profiles[5]), testing::ContainerEq(std::map<std::string, std::string>{
+                                           {"InstanceID", "TVR:Storage HBA"},
+                                           {"Description", "Tavrin Storage HBA"},
+                                           {"ElementName", "Tavrin Registered Storage HBA"},
+                                           {"RegisteredOrganization", "11"},
+                                           {"RegisteredName", "Storage HBA"},
+                                           {"RegisteredVersion", "1.4.0"},
+                                           {"AdvertiseTypes", "{3}"},
+                                           {"AdvertiseTypeDescriptions", "{SLP}"}}));
+
+    const Ref<TVRHBA_RegisteredProfile> model(TVRHBA_RegisteredProfile::create(true));
+    Instance* found = nullptr;
+    model->InstanceID.set("TVR:Storage HBA");
+    EXPECT_EQ(provider.get_instance(model.get(), found), GET_INSTANCE_OK);
+    unref(found);
+    model->InstanceID.set("tvr:Storage HBA");
+    EXPECT_EQ(provider.get_instance(model.get(), found), GET_INSTANCE_NOT_FOUND);
+    EXPECT_EQ(provider.call(OPERATION_UNLOAD), 0);
+    EXPECT_EQ(ProviderAgent::instance(), nullptr);
+}
+
+} // namespace
+} // namespace cimple

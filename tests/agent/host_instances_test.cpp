@@ -1,0 +1,435 @@
+// What a host is published as before any adapter: its computer system, the profiles, the provider
+// itself.
+#include "tests/agent/agent_fixture.h"
+
+#include <algorithm>
+
+namespace cimple {
+namespace {
+
+using testing::ContainerEq;
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+using Properties = std::map<std::string, std::string>;
+
+// Stands for the object manager: the instances that up-calls find, by namespace.
+class Fake_Manager final : public Thread_Context {
+public:
+    using Instances = std::multimap<std::string, Ref<Instance>>;
+    explicit Fake_Manager(const Instances& instances) : _instances(instances) {}
+
+    Thread_Context* thread_create_hook() override {
+        return std::make_unique<Fake_Manager>(_instances).release();
+    }
+    void thread_start_hook() override {}
+    void thread_exit_hook() override {}
+
+    Instance_Enumerator_State* instance_enumerator_create(const char* name_space,
+                                                          const Instance* model) override {
+        auto state = std::make_unique<State>();
+        for (auto [at, end] = _instances.equal_range(name_space); at != end; ++at) {
+            if (is_subclass(class_of(model), class_of(at->second.get()))) {
+                state->push_back(at->second);
+            }
+        }
+        return reinterpret_cast<Instance_Enumerator_State*>(state.release());
+    }
+    void instance_enumerator_destroy(Instance_Enumerator_State* state) override {
+        delete &of(state);
+    }
+    bool instance_enumerator_more(Instance_Enumerator_State* state) override {
+        return !of(state).empty();
+    }
+    void instance_enumerator_next(Instance_Enumerator_State* state) override {
+        of(state).erase(of(state).begin());
+    }
+    Instance* instance_enumerator_get(Instance_Enumerator_State* state) override {
+        return Ref<Instance>(of(state).front()).release();
+    }
+    bool get_username(String&) override { return false; }
+
+private:
+    using State = std::vector<Ref<Instance>>;
+    static State& of(Instance_Enumerator_State* state) { return *reinterpret_cast<State*>(state); }
+
+    const Instances& _instances;
+};
+
+class Host : public With_Agent {
+protected:
+    Host() : _manager(at_manager) { Thread_Context::push(&_manager); }
+    ~Host() override {
+        unload();
+        Thread_Context::pop();
+    }
+
+    void add_computer_system() {
+        Ref<IBMSD_ComputerSystem> system(IBMSD_ComputerSystem::create(true));
+        system->CreationClassName.set("IBMSD_ComputerSystem");
+        system->Name.set("server");
+        at_manager.emplace("root/ibmse", Ref<Instance>(system.release()));
+    }
+    void add_profile(const char* name) {
+        Ref<CIM_RegisteredProfile> profile(CIM_RegisteredProfile::create(true));
+        profile->InstanceID.set(std::string("OM:") + name);
+        profile->RegisteredName.set(name);
+        at_manager.emplace("root/pg_interop", Ref<Instance>(profile.release()));
+    }
+    template <class C> Properties only() {
+        const Collected all = enumerated<C>();
+        EXPECT_EQ(all.size(), 1u) << C::static_meta_class.name;
+        return all.size() == 0 ? Properties() : describe(all[0]);
+    }
+    std::vector<std::string> names(const Collected& profiles, const char* property) {
+        std::vector<std::string> names = profiles.texts(property);
+        for (std::string& name : names) {
+            const std::string before = "TVRHBA_RegisteredProfile.InstanceID=\"TVR:";
+            EXPECT_TRUE(name.starts_with(before)) << name;
+            name = name.substr(before.size(), name.size() - before.size() - 1);
+        }
+        return names;
+    }
+
+    Fake_Manager::Instances at_manager;
+
+private:
+    Fake_Manager _manager;
+};
+
+const std::vector<std::string> profile_names = {"Profile Registration",
+                                                "Software Inventory",
+                                                "Physical Package",
+                                                "Host Discovered Resources",
+                                                "FC HBA",
+                                                "Storage HBA",
+                                                "FC Initiator Ports",
+                                                "Software",
+                                                "Access Points",
+                                                "PCI Device",
+                                                "FCHBA Diagnostics",
+                                                "Record Log"};
+
+TEST_F(Host, MakesAComputerSystemOfItsOwn) {
+    load();
+    refresh();
+    EXPECT_THAT(
+        only<CIM_ComputerSystem>(),
+        ContainerEq(Properties{
+            {"", "root/tavrin"},
+            {"CreationClassName", "CIM_ComputerSystem"},
+            {"Name", "host.example"},
+            {"ElementName", "host.example"},
+            {"NameFormat", "Other"},
+            {"Description", "Linux version 7.0 (test) with Tavrin CMPI HBA Provider v2.5.11-1"},
+            {"EnabledState", "0"},
+            {"RequestedState", "12"},
+            {"EnabledDefault", "2"},
+            {"TransitioningToState", "12"},
+            {"OtherIdentifyingInfo", "{192.0.2.7, Linux version 7.0 (test), Testix 7\n}"},
+            {"IdentifyingDescriptions",
+             "{TAVRIN:IP_ADDRESS, TAVRIN:OS_NAME, TAVRIN:OS_EXTENDED_INFO}"},
+            {"Dedicated", "{0}"},
+            {"ResetCapability", "2"},
+            {"PowerManagementCapabilities", "{0}"},
+            {"OperationalStatus", "{2}"},
+        }));
+    EXPECT_TRUE(agent->m_bOwnComputerSystem);
+    EXPECT_EQ(agent->m_HostName, "host.example");
+    EXPECT_EQ(agent->m_IPAddress, "192.0.2.7");
+
+    const Collected conformances = enumerated<TVRHBA_ComputerSystemConformsToProfile>();
+    EXPECT_EQ(names(conformances, "ConformantStandard"), profile_names);
+    EXPECT_THAT(conformances.texts("ManagedElement"),
+                Each("CIM_ComputerSystem.Name=\"host.example\",CreationClassName="
+                     "\"CIM_ComputerSystem\""));
+    EXPECT_THAT(conformances.texts(""), Each(IsEmpty()));
+}
+
+TEST_F(Host, IsNamedUnknownWhereNothingTellsItsName) {
+    host_is_resolved = false;
+    load();
+    refresh();
+    EXPECT_EQ(only<CIM_ComputerSystem>()["Name"], "host");
+    EXPECT_EQ(agent->m_IPAddress, "unknown");
+    EXPECT_EQ(logged("Error! gethostbyname() failed, using 'unknown' for IP address."), 1u);
+
+    host_has_name = false;
+    refresh();
+    EXPECT_EQ(only<CIM_ComputerSystem>()["Name"], "unknown");
+    EXPECT_EQ(agent->m_HostName, "unknown");
+    EXPECT_EQ(agent->m_IPAddress, "unknown");
+    EXPECT_EQ(logged("Error! gethostname() failed err : 36 , using 'unknown' for hostname and IP "
+                     "address"),
+              1u);
+}
+
+TEST_F(Host, TakesTheObjectManagersComputerSystemWithoutClaimingIt) {
+    add_computer_system();
+    load();
+    refresh();
+    EXPECT_THAT(only<CIM_ComputerSystem>(),
+                testing::IsSupersetOf(Properties{{"", "root/ibmse"},
+                                                 {"CreationClassName", "IBMSD_ComputerSystem"},
+                                                 {"Name", "server"}}));
+    EXPECT_FALSE(agent->m_bOwnComputerSystem);
+    EXPECT_EQ(enumerated<TVRHBA_ComputerSystemConformsToProfile>().size(), 0u);
+    EXPECT_EQ(logged("This is IBM/VMWare comp Sys - do nothing"), profile_names.size());
+    EXPECT_THAT(enumerated<TVRHBA_FCPort>().texts("SystemName"),
+                ElementsAre("server", "server", "server"));
+    EXPECT_THAT(enumerated<TVRHBA_InstalledSoftwareIdentity>().texts("System"),
+                Each("IBMSD_ComputerSystem.Name=\"server\",CreationClassName="
+                     "\"IBMSD_ComputerSystem\""));
+    EXPECT_TRUE(agent->m_HostName.empty());
+    EXPECT_EQ(logged("up-call method failed"), 0u);
+}
+
+TEST_F(Host, RefersItsProfilesToProfileRegistration) {
+    load();
+    refresh();
+    const Collected references = enumerated<TVRHBA_ReferencedProfile>();
+    EXPECT_THAT(names(references, "Dependent"),
+                ElementsAre("Software Inventory", "Physical Package", "Host Discovered Resources",
+                            "FC HBA", "Storage HBA", "FC Initiator Ports", "FC HBA", "Software",
+                            "Access Points", "PCI Device", "FCHBA Diagnostics"));
+    std::vector<std::string> antecedents = names(references, "Antecedent");
+    EXPECT_EQ(antecedents[6], "FC Initiator Ports");
+    antecedents.erase(antecedents.begin() + 6);
+    EXPECT_THAT(antecedents, Each("Profile Registration"));
+    EXPECT_THAT(references.texts(""), Each("root/pg_interop"));
+    EXPECT_EQ(enumerated<TVRHBA_BaseServerReferencedProfile>().size(), 0u);
+    EXPECT_EQ(describe(agent->m_TVRHBA_RegisteredProfile_map.get(0))[""], "root/pg_interop");
+    EXPECT_EQ(logged("Generating TVRHBA_ReferencedProfile (Storage HBA / Profile Registration)"),
+              1u);
+    EXPECT_EQ(logged("Generating TVRHBA_ReferencedProfile (FC HBA / FC Initiator Port)"), 1u);
+}
+
+TEST_F(Host, LinksItsProfilesToTheBaseServerProfile) {
+    add_profile("Other");
+    add_profile("base SERVER");
+    add_profile("Base Server");
+    load();
+    for (std::size_t rebuild = 1; rebuild <= 2; ++rebuild) {
+        refresh();
+        const Collected references = enumerated<TVRHBA_BaseServerReferencedProfile>();
+        EXPECT_EQ(references.size(), 10u);
+        EXPECT_THAT(references.texts("Antecedent"),
+                    Each("CIM_RegisteredProfile.InstanceID=\"OM:base SERVER\""));
+        EXPECT_THAT(references.texts(""), Each("root/pg_interop"));
+        EXPECT_EQ(logged("Insert Failed : m_TVRHBA_BaseServerReferencedProfile_map"), rebuild);
+        EXPECT_EQ(logged("Destroying the Base Server Profile instance"), rebuild - 1);
+        EXPECT_EQ(enumerated<TVRHBA_ReferencedProfile>().size(), 11u);
+    }
+    at_manager.clear();
+    refresh();
+    EXPECT_EQ(enumerated<TVRHBA_BaseServerReferencedProfile>().size(), 0u);
+}
+
+TEST_F(Host, IdentifiesProviderDriverAndDiagnostics) {
+    load();
+    refresh();
+    const Collected identities = enumerated<TVRHBA_SoftwareIdentity>();
+    ASSERT_EQ(identities.size(), 3u);
+    EXPECT_THAT(describe(identities[0]),
+                ContainerEq(Properties{{"", "root/tavrin"},
+                                       {"InstanceID", "Tavrin CMPI HBA Provider v2.5.11-1"},
+                                       {"Name", "Tavrin CMPI HBA Provider v2.5.11-1"},
+                                       {"ElementName", "Tavrin CMPI HBA Provider v2.5.11-1"},
+                                       {"Description", "Tavrin CMPI HBA Provider"},
+                                       {"VersionString", "2.5.11-1"},
+                                       {"Manufacturer", "Tavrin Corporation"},
+                                       {"Classifications", "{1}"},
+                                       {"ClassificationDescriptions", "{CMPI HBA CIM Provider}"},
+                                       {"IsEntity", "true"},
+                                       {"MajorVersion", "2"},
+                                       {"MinorVersion", "5"},
+                                       {"RevisionNumber", "11"},
+                                       {"BuildNumber", "1"},
+                                       {"IsLargeBuildNumber", "false"}}));
+    EXPECT_THAT(describe(identities[1]),
+                ContainerEq(Properties{
+                    {"", "root/tavrin"},
+                    {"InstanceID", "TVR FC HBA: Driver tvfc v1.2.3"},
+                    {"Name", "tvfc v1.2.3"},
+                    {"ElementName", "tvfc v1.2.3"},
+                    {"Description", "Tavrin HBA Driver"},
+                    {"VersionString", "1.2.3"},
+                    {"Manufacturer", "Tavrin Corporation"},
+                    {"Classifications", "{2}"},
+                    {"ClassificationDescriptions", "{FC HBA Driver}"},
+                    {"IsEntity", "true"},
+                    {"IdentityInfoValue", "{tvfc, 1.2.3, 3}"},
+                    {"IdentityInfoType",
+                     "{TAVRIN:DRIVER_NAME, TAVRIN:DRIVER_VERSION, TAVRIN:TVFC_DRIVER_TYPE}"},
+                    {"IsLargeBuildNumber", "false"}}));
+    EXPECT_THAT(describe(identities[2]),
+                ContainerEq(Properties{{"", "root/tavrin"},
+                                       {"InstanceID", "TVRHBA: Diagnostics v5"},
+                                       {"Name", "TVRHBA: Diagnostics v5"},
+                                       {"ElementName", "TVRHBA: Diagnostics v5"},
+                                       {"Description", "TVRHBA: Diagnostics"},
+                                       {"VersionString", "5"},
+                                       {"Classifications", "{7}"},
+                                       {"ClassificationDescriptions", "{TVRHBA Diagnostics}"},
+                                       {"IsEntity", "true"},
+                                       {"IdentityInfoValue", "{TVRHBA: Diagnostics, 5}"},
+                                       {"IsLargeBuildNumber", "false"}}));
+
+    const std::vector<std::string> paths = {
+        "TVRHBA_SoftwareIdentity.InstanceID=\"Tavrin CMPI HBA Provider v2.5.11-1\"",
+        "TVRHBA_SoftwareIdentity.InstanceID=\"TVR FC HBA: Driver tvfc v1.2.3\"",
+        "TVRHBA_SoftwareIdentity.InstanceID=\"TVRHBA: Diagnostics v5\""};
+    EXPECT_EQ(enumerated<TVRHBA_InstalledSoftwareIdentity>().texts("InstalledSoftware"), paths);
+    const Collected conformances = enumerated<TVRHBA_SoftwareConformsToProfile>();
+    EXPECT_EQ(conformances.texts("ManagedElement"), paths);
+    EXPECT_THAT(names(conformances, "ConformantStandard"),
+                ElementsAre("Software", "Software Inventory", "Software Inventory"));
+    EXPECT_THAT(only<TVRHBA_ProviderSoftwareIdentity>(),
+                testing::IsSupersetOf(Properties{{"Antecedent", paths[0]},
+                                                 {"UpgradeCondition", "3"},
+                                                 {"ElementSoftwareStatus", "{2, 3, 6}"}}));
+    EXPECT_EQ(logged("driverName: tvfc, driverVersion: 1.2.3, driverManufacturer: "
+                     "Tavrin Corporation"),
+              1u);
+}
+
+TEST_F(Host, PublishesItsSettingsAsTheyAre) {
+    load();
+    refresh();
+    Collected rows = enumerated<TVRHBA_ProviderConfigSetting>();
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_THAT(describe(rows[0]),
+                ContainerEq(Properties{{"", "root/tavrin"},
+                                       {"InstanceID", "Tavrin HBA Provider:cachetimeout"},
+                                       {"paramname", "cachetimeout"},
+                                       {"lowRange", "5"},
+                                       {"highRange", "30"},
+                                       {"def", "10"},
+                                       {"current", "10"},
+                                       {"Description",
+                                        "This setting defines the timeout value of Tavrin CIM "
+                                        "Provider's internal cache"}}));
+    EXPECT_THAT(rows.texts("paramname"),
+                ElementsAre("cachetimeout", "adapterrefresh", "sanrefresh"));
+    EXPECT_THAT(rows.texts("lowRange"), ElementsAre("5", "0", "0"));
+    EXPECT_THAT(rows.texts("highRange"), ElementsAre("30", "1", "1"));
+    EXPECT_THAT(rows.texts("def"), ElementsAre("10", "0", "1"));
+    EXPECT_THAT(rows.texts("current"), ElementsAre("10", "0", "1"));
+
+    agent->m_Config.setCacheTimeout(3);
+    agent->m_Config.setRefreshAdapterData(1);
+    agent->m_Config.setRefreshSANData(0);
+    refresh();
+    EXPECT_THAT(enumerated<TVRHBA_ProviderConfigSetting>().texts("current"),
+                ElementsAre("3", "1", "0"));
+}
+
+TEST_F(Host, PublishesItsLog) {
+    const std::string path = directory.file("trace");
+    load();
+    CLogger::getInstance().setLevel(5);
+    CLogger::getInstance().setLogMode(2);
+    ASSERT_EQ(agent->m_FileLogger.setLogFile(path.c_str()), 0);
+    refresh();
+    Properties expected{{"", "root/tavrin"},
+                        {"InstanceID", "TVRHBA:ProviderLog:host.example"},
+                        {"Name", "Record logs for Tavrin CIM Provider"},
+                        {"ElementName", "Record logs for Tavrin CIM Provider"},
+                        {"MaxNumberOfRecords", "1024"},
+                        {"LogState", "4"},
+                        {"OverwritePolicy", "2"},
+                        {"RequestedState", "2"},
+                        {"EnabledState", "2"},
+                        {"EnabledDefault", "2"},
+                        {"TransitioningToState", "12"},
+                        {"OperationalStatus", "{2}"},
+                        {"HealthState", "5"},
+                        {"TracePath", path},
+                        {"LogLevel", "5"},
+                        {"LogMode", "2"}};
+    EXPECT_THAT(only<TVRHBA_RecordLog>(), ContainerEq(expected));
+    EXPECT_THAT(only<TVRHBA_EnabledRecordLogCapabilities>(),
+                ContainerEq(Properties{{"", "root/tavrin"},
+                                       {"InstanceID", "TVRHBA provider log capabilities"},
+                                       {"RequestedStatesSupported", "{2, 3}"},
+                                       {"LogParamsSupported", "{2, 3}"},
+                                       {"ElementNameEditSupported", "false"}}));
+    const std::string log_path = "TVRHBA_RecordLog.InstanceID=\"TVRHBA:ProviderLog:host.example\"";
+    EXPECT_THAT(only<TVRHBA_RecordLogCapabilities>(),
+                ContainerEq(Properties{{"", "root/tavrin"},
+                                       {"ManagedElement", log_path},
+                                       {"Capabilities", "TVRHBA_EnabledRecordLogCapabilities."
+                                                        "InstanceID=\"TVRHBA provider log "
+                                                        "capabilities\""}}));
+    EXPECT_THAT(only<TVRHBA_RecordLogConformsToProfile>(),
+                ContainerEq(Properties{{"ConformantStandard",
+                                        "TVRHBA_RegisteredProfile.InstanceID=\"TVR:Record Log\""},
+                                       {"ManagedElement", log_path}}));
+    EXPECT_THAT(only<TVRHBA_ProviderUseOfLog>(),
+                ContainerEq(Properties{{"", "root/tavrin"},
+                                       {"Antecedent", log_path},
+                                       {"Dependent", "TVRHBA_SoftwareIdentity.InstanceID=\"Tavrin "
+                                                     "CMPI HBA Provider v2.5.11-1\""}}));
+
+    CLogger::getInstance().setLogMode(0);
+    CLogger::getInstance().disable();
+    refresh();
+    expected["RequestedState"] = "5";
+    expected["EnabledState"] = "3";
+    expected["LogMode"] = "0";
+    expected.erase("TracePath");
+    EXPECT_THAT(only<TVRHBA_RecordLog>(), ContainerEq(expected));
+    CLogger::getInstance().enable();
+}
+
+TEST_F(Host, PublishesTheWebPortalIfThereIsOne) {
+    load();
+    refresh();
+    EXPECT_EQ(enumerated<TVRHBA_RemoteServiceAccessPoint>().size(), 0u);
+    EXPECT_EQ(enumerated<TVRHBA_RemoteHostedAccessPoint>().size(), 0u);
+
+    directory.write("etc/tvr_smis.conf", "# portal\n  https://fleet.example/\n");
+    refresh();
+    EXPECT_THAT(only<TVRHBA_RemoteServiceAccessPoint>(),
+                ContainerEq(Properties{{"", "root/tavrin"},
+                                       {"SystemCreationClassName", "CIM_ComputerSystem"},
+                                       {"SystemName", "host.example"},
+                                       {"CreationClassName", "TVRHBA_RemoteServiceAccessPoint"},
+                                       {"Name", "Fleetdesk"},
+                                       {"ElementName", "TVR FC HBA:Fleetdesk Management Interface"},
+                                       {"Description", "Fleetdesk WebPortal URL"},
+                                       {"AccessInfo", "https://fleet.example/"},
+                                       {"AccessContext", "0"},
+                                       {"InfoFormat", "200"},
+                                       {"EnabledDefault", "2"},
+                                       {"EnabledState", "5"},
+                                       {"RequestedState", "12"},
+                                       {"TransitioningToState", "12"}}));
+    Properties hosted = only<TVRHBA_RemoteHostedAccessPoint>();
+    EXPECT_THAT(hosted["Antecedent"], testing::HasSubstr("host.example"));
+    EXPECT_THAT(hosted["Dependent"], testing::HasSubstr("Fleetdesk"));
+    EXPECT_EQ(hosted.size(), 2u);
+}
+
+TEST_F(Host, WithoutAnAdapterHasComputerSystemAndProfilesOnly) {
+    libraries.adapters.clear();
+    load();
+    refresh();
+    EXPECT_EQ(enumerated<CIM_ComputerSystem>().size(), 1u);
+    EXPECT_EQ(enumerated<TVRHBA_ComputerSystemConformsToProfile>().size(),
+              profile_names.size() - 1);
+    EXPECT_EQ(enumerated<TVRHBA_ReferencedProfile>().size(), 11u);
+    EXPECT_EQ(enumerated<TVRHBA_SoftwareIdentity>().size(), 0u);
+    EXPECT_EQ(enumerated<TVRHBA_ProviderConfigSetting>().size(), 0u);
+    EXPECT_EQ(enumerated<TVRHBA_RecordLog>().size(), 0u);
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 0u);
+    EXPECT_EQ(logged("FC Adapter Not present !!!!, throw error !!!"), 1u);
+    EXPECT_EQ(logged("No FC card found"), 1u);
+    EXPECT_EQ(logged("PERF: updateAdapterMaps: cleanExit"), 1u);
+}
+
+} // namespace
+} // namespace cimple

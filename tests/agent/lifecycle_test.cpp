@@ -1,0 +1,193 @@
+// The agent's life: who makes it, who ends it, and what it leaves behind.
+#include "tests/agent/agent_fixture.h"
+
+#include <thread>
+
+namespace cimple {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+class Lifecycle : public With_Agent {};
+
+TEST_F(Lifecycle, ConcurrentLoadsMakeOneAgent) {
+    open_libraries();
+    constexpr int count = 8;
+    std::vector<std::thread> threads;
+    std::atomic<int> loaded{0};
+    std::atomic<ProviderAgent*> seen{nullptr};
+    std::atomic<bool> one{true};
+    for (int i = 0; i < count; ++i) {
+        threads.emplace_back([&] {
+            ProviderAgent& found = ProviderAgent::getInstance();
+            ProviderAgent* expected = nullptr;
+            if (!seen.compare_exchange_strong(expected, &found) && expected != &found) {
+                one = false;
+            }
+            loaded += load_agent() == LOAD_OK;
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(loaded, count);
+    EXPECT_TRUE(one);
+    EXPECT_EQ(calls("LRM_InitLib"), 1);
+    for (int i = 0; i < count; ++i) {
+        EXPECT_NE(ProviderAgent::instance(), nullptr);
+        unload_agent();
+    }
+    EXPECT_EQ(ProviderAgent::instance(), nullptr);
+}
+
+TEST_F(Lifecycle, EndsBeforeAnyRequestCame) {
+    load();
+    unload();
+    EXPECT_EQ(ProviderAgent::instance(), nullptr);
+    EXPECT_THAT(log.take(), Contains("Tavrin Provider Unloaded"));
+}
+
+TEST_F(Lifecycle, EndsWhileARefreshRuns) {
+    Gate gate;
+    libraries.entered = [&](const std::string& entry_point) {
+        if (entry_point == "HBA_GetNumberOfAdapters") {
+            gate.pass();
+        }
+    };
+    load();
+    agent->BuildCimpleInfo();
+    gate.wait_until_reached();
+    std::thread unloader([this] { unload(); });
+    gate.open();
+    unloader.join();
+    EXPECT_EQ(ProviderAgent::instance(), nullptr);
+    const std::vector<std::string> lines = log.take();
+    EXPECT_THAT(lines, Contains("PERF: DataFetch_Handler Thread END"));
+    const auto end = std::find(lines.begin(), lines.end(), "PERF: DataFetch_Handler Thread END");
+    const auto deleted = std::find(lines.begin(), lines.end(), "Data Pointer deleted.");
+    EXPECT_LT(end, deleted) << "the data outlives the refresh that fills it";
+}
+
+TEST_F(Lifecycle, EndsJustAfterARefreshEnded) {
+    load();
+    refresh();
+    unload();
+    EXPECT_EQ(ProviderAgent::instance(), nullptr);
+}
+
+TEST_F(Lifecycle, DestructionGoesInOrder) {
+    load();
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+    refresh();
+    log.take();
+    unload();
+    std::vector<std::string> lines = log.take();
+    std::erase_if(lines, [](const std::string& line) {
+        // Of the thread's own end, and of what ends within a step.
+        if (line == "PERF: DataFetch_Handler Thread END") {
+            return true;
+        }
+        return line.starts_with("Freeing") || line.starts_with("~") || line.starts_with("Clear") ||
+               line.starts_with("Value of Sem") || line.starts_with("PERF: Entered clear") ||
+               line.starts_with("TVR_Diag") || line.find("freeAllData") != std::string::npos ||
+               line.starts_with("Exiting c") || line.starts_with("Exiting ClearPort") ||
+               line.starts_with("Done");
+    });
+    EXPECT_THAT(
+        lines, ElementsAre("ProviderAgent::releaseRef[1]", "Entering the function ~ProviderAgent()",
+                           "Deleting Data pointer", "Data Pointer deleted.", "MethodWrapper",
+                           "Destructor", "RMLIB uninitialzed", "Entered ClearMaps()",
+                           "Exiting ClearMaps()", "Tavrin Provider Unloaded"));
+}
+
+TEST_F(Lifecycle, ASecondLifeStartsAfresh) {
+    load();
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+    agent->m_bOwnComputerSystem = true;
+    unload();
+
+    libraries.adapters = {adapter(7)};
+    load();
+    EXPECT_TRUE(agent->m_bForceAdapterRefresh);
+    EXPECT_FALSE(agent->m_bIsAdapterMapsReady);
+    EXPECT_FALSE(agent->m_bOwnComputerSystem);
+    EXPECT_TRUE(agent->m_TVRHBA_FCPort_map.empty());
+    EXPECT_EQ(agent->m_LoadedTime.get_usec(), 0u);
+    EXPECT_THAT(enumerated<TVRHBA_FCPort>().texts("DeviceID"), ElementsAre("1000AABBCCDD0700"));
+    EXPECT_EQ(calls("LRM_InitLib"), 2);
+}
+
+TEST_F(Lifecycle, TakesItsSettingsFromTheFileAndWritesThemBack) {
+    directory.write("etc/tavrin_fc_provider.conf", "TVR_PROVIDER_CACHE_TIMEOUT = 7\n"
+                                                   "TVR_PROVIDER_REFRESH_ADAPTERDATA = TRUE\n"
+                                                   "TVR_PROVIDER_REFRESH_SANDATA = FALSE\n");
+    load();
+    EXPECT_EQ(agent->m_CacheTimeout, 7u);
+    EXPECT_TRUE(agent->m_bRefreshAdapterData);
+    EXPECT_FALSE(agent->m_bRefreshSANData);
+    EXPECT_EQ(agent->m_OSName, "Linux version 7.0 (test)");
+    EXPECT_EQ(agent->m_OSVersion, "Testix 7\n");
+    ASSERT_EQ(agent->m_Config.setCacheTimeout(9), 0);
+    unload();
+    EXPECT_THAT(directory.read("etc/tavrin_fc_provider.conf"),
+                testing::HasSubstr("TVR_PROVIDER_CACHE_TIMEOUT = 9\n"));
+}
+
+// A process of its own: an agent that could not be constructed stays to the end.
+class Failed_Construction : public With_Agent {
+protected:
+    template <class Check> void in_process_of_its_own(Check&& check) {
+        GTEST_FLAG_SET(death_test_style, "fast");
+        EXPECT_EXIT(
+            {
+                check();
+                std::exit(testing::Test::HasFailure() ? 1 : 0);
+            },
+            testing::ExitedWithCode(0), "");
+    }
+};
+
+TEST_F(Failed_Construction, IsAnsweredWithEmptyEnumerations) {
+    in_process_of_its_own([this] {
+        libraries.initLib = [] { return 1; };
+        open_libraries();
+        EXPECT_EQ(load_agent(), LOAD_FAILED);
+        ProviderAgent* failed = ProviderAgent::instance();
+        ASSERT_NE(failed, nullptr);
+        EXPECT_FALSE(failed->m_bIsLoaded);
+        CLogger::getInstance().addLogger(&log);
+
+        EXPECT_EQ(enumerated<TVRHBA_PhysicalPackage>().size(), 0u);
+        EXPECT_EQ(enumerated<TVRHBA_SoftwareIdentity>().size(), 0u);
+        Collected tapes;
+        enumerate_SAN<TVRHBA_TapeDrive>(tapes.handler());
+        EXPECT_EQ(tapes.size(), 0u);
+        EXPECT_FALSE(is_agent_loaded("providers/TVRHBA_FCPort_Provider.cpp", 1));
+        const std::vector<std::string> lines = log.take();
+        EXPECT_THAT(lines, Contains("Tavrin Provider dependent library load has failed..do nothing "
+                                    "is the only option"));
+        EXPECT_THAT(lines, Contains("RM Init failed for TVRHBA_FCPort_Provider.cpp"));
+        EXPECT_THAT(lines, Not(Contains("PERF: Updating Adapter Maps...")));
+
+        // Every unload takes a count that was never added.
+        unload_agent();
+        unload_agent();
+        EXPECT_EQ(ProviderAgent::instance(), failed);
+        EXPECT_EQ(load_agent(), LOAD_FAILED);
+        EXPECT_EQ(ProviderAgent::instance(), failed);
+    });
+}
+
+TEST_F(Failed_Construction, EndsWithTheProcessEvenIfARefreshRan) {
+    in_process_of_its_own([this] {
+        libraries.initLib = [] { return 1; };
+        open_libraries();
+        EXPECT_EQ(load_agent(), LOAD_FAILED);
+        EXPECT_EQ(enumerated<TVRHBA_PhysicalPackage>().size(), 0u);
+    });
+}
+
+} // namespace
+} // namespace cimple

@@ -1,0 +1,438 @@
+// When a refresh runs, who waits for it, and what readers see meanwhile.
+#include "tests/agent/agent_fixture.h"
+
+#include "agent/locks.h"
+
+#include <future>
+#include <set>
+#include <thread>
+
+namespace cimple {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+constexpr uint64 minute = 60'000'000;
+constexpr char begin_line[] = "PERF: DataFetch_Handler Thread BEGIN";
+constexpr char no_timeout_line[] = "PERF: ---No timeout BuildCimpleInfo END---";
+constexpr char running_line[] =
+    "PERF: ---DataFetch_Handler thread already running -BuildCimpleInfo END---";
+
+std::atomic<int> failing_starts{0};
+
+int create_or_fail(pthread_t* thread, const pthread_attr_t* attributes, void* (*proc)(void*),
+                   void* argument) {
+    if (failing_starts > 0) {
+        --failing_starts;
+        return EAGAIN;
+    }
+    return pthread_create(thread, attributes, proc, argument);
+}
+
+class Refresh : public With_Agent {
+protected:
+    ~Refresh() override {
+        set_thread_create(nullptr);
+        failing_starts = 0;
+    }
+
+    void wait_for_end() {
+        for (bool running = true; running; std::this_thread::yield()) {
+            const Lock lock(agent->m_ThreadMutex);
+            running = agent->m_bIsThreadRunning;
+        }
+    }
+
+    // Holds a refresh at the first adapter.
+    void stop_at(Gate& gate) {
+        libraries.entered = [&gate](const std::string& entry_point) {
+            if (entry_point == "HBA_GetNumberOfAdapters") {
+                gate.pass();
+            }
+        };
+    }
+};
+
+TEST_F(Refresh, TheFirstRequestWaits) {
+    Gate gate;
+    stop_at(gate);
+    load();
+    auto ports = std::async(std::launch::async, [] { return enumerated<TVRHBA_FCPort>(); });
+    gate.wait_until_reached();
+    EXPECT_EQ(ports.wait_for(std::chrono::milliseconds(5)), std::future_status::timeout);
+    gate.open();
+    EXPECT_THAT(ports.get().texts("DeviceID"),
+                ElementsAre("1000AABBCCDD0100", "1000AABBCCDD0101", "1000AABBCCDD0200"));
+    EXPECT_EQ(logged(begin_line), 1u);
+    EXPECT_EQ(logged("PERF: Clearing the previous thread...with join"), 0u);
+}
+
+TEST_F(Refresh, IsDueWhenTheCacheExpiresOrWhenForced) {
+    load();
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+    wait_for_end();
+    EXPECT_EQ(logged(begin_line), 1u);
+
+    clock.time += 10 * minute - 1;
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+    EXPECT_EQ(logged(begin_line), 1u);
+    EXPECT_EQ(logged(no_timeout_line), 1u);
+
+    // Expiry renews the SAN alone, force the adapters.
+    clock.time += 1;
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+    wait_for_end();
+    EXPECT_EQ(logged(begin_line), 2u);
+    EXPECT_EQ(logged("PERF: Clearing the previous thread...with join"), 1u);
+    EXPECT_EQ(logged("PERF: Updating Adapter Maps..."), 1u);
+    EXPECT_EQ(logged("PERF: Entered clearSANMaps()"), 2u);
+
+    agent->m_bForceAdapterRefresh = true;
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+    wait_for_end();
+    EXPECT_EQ(logged(begin_line), 3u);
+    EXPECT_EQ(logged("PERF: Updating Adapter Maps..."), 2u);
+    EXPECT_FALSE(agent->m_bForceAdapterRefresh);
+}
+
+TEST_F(Refresh, CountsTheTimeOutFromItsEnd) {
+    Gate gate;
+    stop_at(gate);
+    load();
+    agent->BuildCimpleInfo();
+    gate.wait_until_reached();
+    clock.time += 20 * minute;
+    agent->BuildCimpleInfo();
+    EXPECT_EQ(logged(running_line), 1u);
+    gate.open();
+    wait_for_end();
+    agent->BuildCimpleInfo();
+    EXPECT_EQ(logged(no_timeout_line), 1u);
+    EXPECT_EQ(logged(begin_line), 1u);
+
+    // A shorter time-out holds from the next request on.
+    clock.time += 2 * minute;
+    agent->m_CacheTimeout = 1;
+    agent->BuildCimpleInfo();
+    wait_for_end();
+    EXPECT_EQ(logged(begin_line), 2u);
+}
+
+TEST_F(Refresh, IsDueWhenTheClockWasSetBack) {
+    load();
+    refresh();
+    clock.time -= 60 * minute;
+    agent->BuildCimpleInfo();
+    wait_for_end();
+    EXPECT_EQ(logged(begin_line), 2u);
+}
+
+TEST_F(Refresh, RunsTheAdapterStagesAtEachExpiryIfSoConfigured) {
+    directory.write("etc/tavrin_fc_provider.conf", "TVR_PROVIDER_REFRESH_ADAPTERDATA = TRUE\n");
+    load();
+    refresh();
+    clock.time += 10 * minute;
+    agent->BuildCimpleInfo();
+    wait_for_end();
+    EXPECT_EQ(logged("PERF: Building Adapter Data..."), 2u);
+}
+
+TEST_F(Refresh, GoesThroughItsStagesInOrder) {
+    load();
+    refresh();
+    std::vector<std::string> stages;
+    for (const LogCapture::Line& line : log.lines()) {
+        if (line.text.starts_with("PERF: ") && line.text.find("clear") == std::string::npos) {
+            stages.push_back(line.text.substr(6));
+        }
+    }
+    EXPECT_EQ(stages.front(), "---BuildCimpleInfo BEGIN---");
+    // The starter's last line and the thread's first come in any order.
+    std::erase(stages, "---Created DataFetch_Handler thread -- BuildCimpleInfo END---");
+    stages.erase(stages.begin());
+    EXPECT_THAT(stages,
+                ElementsAre("TimeOut", "Creating DataFetch_Handler Thread.",
+                            "DataFetch_Handler Thread BEGIN", "Building Adapter Data...",
+                            "Updating Adapter Maps...", "updateAdapterMaps: Entry",
+                            "updateAdapterMaps: cleanExit", "DataFetch_Handler Thread END"));
+    EXPECT_TRUE(agent->m_bIsAdapterDataReady);
+    EXPECT_TRUE(agent->m_bIsAdapterMapsReady);
+    EXPECT_TRUE(agent->m_bIsSANMapsReady);
+}
+
+// Each rebuild gives all ports another description, and now more of them, now fewer.
+TEST_F(Refresh, ReadersSeeOldOrNewNeverAMixture) {
+    constexpr int rebuilds = 40;
+    int generation = 0;
+    libraries.entered = [&](const std::string& entry_point) {
+        if (entry_point == "HBA_GetNumberOfAdapters") {
+            ++generation;
+            libraries.adapters = {adapter(1, 3), adapter(2, generation % 2 == 0 ? 2 : 5)};
+            for (fake::Adapter& each : libraries.adapters) {
+                std::snprintf(each.record.ModelDescription, sizeof each.record.ModelDescription,
+                              "%d", generation);
+            }
+        }
+    };
+    load();
+    refresh();
+    std::atomic<bool> done{false};
+    std::atomic<int> mixtures{0};
+    std::vector<std::thread> readers;
+    for (int i = 0; i < 4; ++i) {
+        readers.emplace_back([&, i] {
+            do {
+                Collected ports;
+                if (i % 2 == 0) {
+                    enumerate<TVRHBA_FCPort>(ports.handler());
+                } else {
+                    enumerate_active<TVRHBA_FCPort>(ports.handler());
+                }
+                const std::vector<std::string> texts = ports.texts("Description");
+                const std::set<std::string> distinct(texts.begin(), texts.end());
+                const bool even = !texts.empty() && std::stoi(texts.front()) % 2 == 0;
+                if (distinct.size() != 1 || texts.size() != (even ? 5u : 8u)) {
+                    ++mixtures;
+                }
+            } while (!done);
+        });
+    }
+    for (int i = 0; i < rebuilds; ++i) {
+        refresh();
+    }
+    done = true;
+    for (std::thread& reader : readers) {
+        reader.join();
+    }
+    EXPECT_EQ(mixtures, 0);
+    EXPECT_GE(generation, rebuilds);
+}
+
+TEST_F(Refresh, ReadersOfMapsGetTheOldOnesWhileDataIsBuilt) {
+    load();
+    refresh();
+    Gate gate;
+    stop_at(gate);
+    libraries.adapters = {adapter(9)};
+    agent->m_bForceAdapterRefresh = true;
+    agent->BuildCimpleInfo();
+    gate.wait_until_reached();
+    {
+        const Lock lock(agent->m_AdapterMapsReadyMutex);
+        EXPECT_TRUE(agent->m_bIsAdapterMapsReady);
+    }
+    auto ports = std::async(std::launch::async, [] { return enumerated<TVRHBA_FCPort>().size(); });
+    gate.open();
+    EXPECT_THAT(ports.get(), testing::AnyOf(3u, 1u));
+    wait_for_end();
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 1u);
+}
+
+TEST_F(Refresh, WaitingRequestsStartItWhenAStartFailed) {
+    set_thread_create(&create_or_fail);
+    failing_starts = 5;
+    load();
+    // std::async makes its threads without the hook.
+    auto first = std::async(std::launch::async, [] { return enumerated<TVRHBA_FCPort>().size(); });
+    auto second =
+        std::async(std::launch::async, [] { return enumerated<TVRHBA_SoftwareIdentity>().size(); });
+    EXPECT_EQ(first.get(), 3u);
+    EXPECT_EQ(second.get(), 3u);
+    EXPECT_EQ(failing_starts, 0);
+    EXPECT_EQ(logged(begin_line), 1u);
+}
+
+TEST_F(Refresh, RequestsEndWhenNoThreadCanBeHad) {
+    set_thread_create(&create_or_fail);
+    failing_starts = 1'000'000;
+    load();
+    EXPECT_EQ(agent->BuildCimpleInfo(), 0u);
+    EXPECT_FALSE(agent->m_bIsThreadRunning);
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 0u);
+    EXPECT_EQ(logged("Exception in CIM Provider Enumeration - do nothing"), 1u);
+    EXPECT_THROW(Full_Guard guard(*agent), Refresh_Unavailable);
+
+    failing_starts = 0;
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+}
+
+TEST_F(Refresh, KeepsAForceRequestMadeBetweenItsStages) {
+    load();
+    {
+        const Log_Hook hook("PERF: Updating Adapter Maps...",
+                            [this] { agent->m_bForceAdapterRefresh = true; });
+        agent->BuildCimpleInfo();
+        wait_for_end();
+    }
+    EXPECT_TRUE(agent->m_bForceAdapterRefresh);
+    EXPECT_EQ(logged("PERF: Building Adapter Data..."), 1u);
+    agent->BuildCimpleInfo();
+    wait_for_end();
+    EXPECT_EQ(logged("PERF: Building Adapter Data..."), 2u);
+    EXPECT_FALSE(agent->m_bForceAdapterRefresh);
+}
+
+TEST_F(Refresh, ServesASANRequestMadeDuringTheStageBeforeItEnds) {
+    load();
+    std::atomic<int> stages{0};
+    const Log_Hook hook("PERF: Entered clearSANMaps()", [&] {
+        if (++stages == 1) {
+            agent->m_bForceSANRefresh = true;
+        }
+    });
+    agent->BuildCimpleInfo();
+    wait_for_end();
+    EXPECT_EQ(stages, 2);
+    EXPECT_FALSE(agent->m_bForceSANRefresh);
+    EXPECT_EQ(logged(begin_line), 1u);
+}
+
+TEST_F(Refresh, BuildsSANMapsOnRequestOnly) {
+    directory.write("etc/tavrin_fc_provider.conf", "TVR_PROVIDER_REFRESH_SANDATA = FALSE\n");
+    load();
+    refresh();
+    EXPECT_FALSE(agent->m_bIsSANMapsReady);
+    Collected tapes;
+    enumerate_SAN<TVRHBA_TapeDrive>(tapes.handler());
+    wait_for_end();
+    EXPECT_TRUE(agent->m_bIsSANMapsReady);
+    EXPECT_EQ(logged("PERF: Entered clearSANMaps()"), 1u);
+    enumerate_SAN<TVRHBA_TapeDrive>(tapes.handler());
+    EXPECT_EQ(logged("PERF: Entered clearSANMaps()"), 1u);
+
+    refresh();
+    EXPECT_FALSE(agent->m_bIsSANMapsReady) << "targets of adapters that are gone";
+    enumerate_SAN<TVRHBA_TapeDrive>(tapes.handler());
+    EXPECT_EQ(logged("PERF: Entered clearSANMaps()"), 2u);
+}
+
+// A request that comes when the thread has passed its test for one is neither lost nor left
+// waiting.
+TEST_F(Refresh, LosesNoSANRequest) {
+    directory.write("etc/tavrin_fc_provider.conf", "TVR_PROVIDER_REFRESH_SANDATA = FALSE\n");
+    CLogger::getInstance().disable();
+    load();
+    for (int i = 0; i < 300; ++i) {
+        agent->m_bForceAdapterRefresh = true;
+        agent->BuildCimpleInfo();
+        // Anywhere in the refresh.
+        for (int pause = 0; pause < i % 50; ++pause) {
+            std::this_thread::yield();
+        }
+        Collected tapes;
+        enumerate_SAN<TVRHBA_TapeDrive>(tapes.handler());
+    }
+    wait_for_end();
+    EXPECT_FALSE(agent->m_bForceSANRefresh);
+}
+
+TEST_F(Refresh, AMethodMayForceARefreshUnderItsGuard) {
+    load();
+    refresh();
+    libraries.adapters = {adapter(9)};
+    {
+        const Full_Guard guard(*agent);
+        EXPECT_FALSE(agent->m_ProviderDataMutex.try_lock());
+        agent->m_bForceAdapterRefresh = true;
+        EXPECT_EQ(agent->BuildCimpleInfo(), 0u);
+        EXPECT_TRUE(agent->m_bIsThreadRunning);
+        EXPECT_EQ(agent->m_TVRHBA_FCPort_map.size(), 3u);
+    }
+    wait_for_end();
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 1u);
+    EXPECT_EQ(logged("PERF: Waiting for m_AdapterDataReadyMutex"), 0u);
+}
+
+TEST_F(Refresh, AMethodTellsOfItsWaits) {
+    Gate gate;
+    stop_at(gate);
+    load();
+    auto method = std::async(std::launch::async, [this] { const Full_Guard guard(*agent); });
+    gate.wait_until_reached();
+    gate.open();
+    method.get();
+    // The first mutex may be the refresh's until the data is ready, the second until the maps are.
+    for (const char* name : {"m_AdapterDataReadyMutex", "m_AdapterMapsReadyMutex"}) {
+        EXPECT_EQ(logged(std::string("PERF: Waiting for ") + name),
+                  logged(std::string("PERF: Woken up from wait for ") + name));
+    }
+    EXPECT_EQ(logged(begin_line), 1u);
+}
+
+TEST_F(Refresh, AStalledClientHoldsUpNobody) {
+    load();
+    refresh();
+    static ProviderAgent* current = nullptr;
+    current = agent;
+    const Enum_Instances_Handler handler{[](Instance* instance, int, void* data) {
+                                             unref(instance);
+                                             // Another reader, and a refresh, in the middle of the
+                                             // delivery.
+                                             *static_cast<std::size_t*>(data) +=
+                                                 enumerated<TVRHBA_SoftwareIdentity>().size();
+                                             current->m_bForceAdapterRefresh = true;
+                                             current->BuildCimpleInfo();
+                                             return true;
+                                         },
+                                         nullptr};
+    std::size_t identities = 0;
+    enumerate<TVRHBA_FCPort>({handler.proc, &identities});
+    EXPECT_EQ(identities, 9u);
+}
+
+TEST_F(Refresh, AHandlerThatThrowsEndsTheEnumeration) {
+    load();
+    refresh();
+    int handed = 0;
+    enumerate<TVRHBA_FCPort>({[](Instance* instance, int, void* data) -> bool {
+                                  unref(instance);
+                                  if (++*static_cast<int*>(data) == 2) {
+                                      throw 1;
+                                  }
+                                  return true;
+                              },
+                              &handed});
+    EXPECT_EQ(handed, 2);
+    EXPECT_EQ(logged("Exception in CIM Provider Enumeration - do nothing"), 1u);
+}
+
+TEST_F(Refresh, TwoInstancesWithEqualKeysDeliverNothing) {
+    load();
+    refresh();
+    agent->m_TVRHBA_FCPort_map.get(2)->DeviceID.set("1000AABBCCDD0100");
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 0u);
+    EXPECT_EQ(logged("Insert failed for 2"), 1u);
+    // Locks are free again.
+    refresh();
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+}
+
+TEST_F(Refresh, RecordsAndJobsOfTestsOutliveIt) {
+    load();
+    refresh();
+    {
+        const Full_Guard guard(*agent);
+        auto* job = TVRHBA_ConcreteJob::create(true);
+        job->InstanceID.set("job");
+        agent->m_TVRHBA_ConcreteJob_map.insert(job);
+        auto* record = TVRHBA_DiagnosticServiceRecord::create(true);
+        record->InstanceID.set("record");
+        agent->m_TVRHBA_DiagnosticServiceRecord_map.insert(record);
+        auto* test = TVRHBA_FCHBADiagnosticTest::create(true);
+        test->Name.set("test");
+        agent->m_TVRHBA_FCHBADiagnosticTest_map.insert(test);
+    }
+    refresh();
+    EXPECT_EQ(agent->m_TVRHBA_ConcreteJob_map.size(), 1u);
+    EXPECT_EQ(agent->m_TVRHBA_DiagnosticServiceRecord_map.size(), 1u);
+    EXPECT_TRUE(agent->m_TVRHBA_FCHBADiagnosticTest_map.empty());
+    EXPECT_EQ(agent->ClearDiagnosticClassMaps(1), 0u);
+    EXPECT_TRUE(agent->m_TVRHBA_DiagnosticServiceRecord_map.empty());
+    EXPECT_EQ(agent->ClearDiagnosticClassMaps(2), 0u);
+    EXPECT_TRUE(agent->m_TVRHBA_ConcreteJob_map.empty());
+}
+
+} // namespace
+} // namespace cimple
