@@ -1,0 +1,345 @@
+#include "host/tvrcim/commands.h"
+
+#include "host/cim_json.h"
+#include "host/declared_type.h"
+#include "host/tvrcim/errors.h"
+#include "host/tvrcim/near_names.h"
+#include "host/tvrcim/progress.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace tvrcim {
+
+using tvrhost::Answer;
+using tvrhost::Cim_Instance;
+using tvrhost::Cim_Path;
+using tvrhost::Cim_Value;
+using tvrhost::Json;
+using tvrhost::Kind;
+using tvrhost::Named_Value;
+using tvrmof::Feature_Kind;
+
+namespace {
+
+void print_json(Session& session, const Json& json) {
+    session.out << tvrhost::json_text(json) << '\n';
+}
+
+void print_values(Session& session, const tvrhost::Named_Values& values) {
+    std::size_t width = 0;
+    for (const Named_Value& value : values)
+        width = std::max(width, value.name.size());
+    for (const Named_Value& value : values)
+        session.out << "  " << value.name << std::string(width - value.name.size(), ' ') << " = "
+                    << value.value.literal() << '\n';
+}
+
+void print_instance(Session& session, const Cim_Instance& instance) {
+    session.out << instance.path.text() << '\n';
+    print_values(session, instance.properties);
+}
+
+// ---- classes
+
+std::string signature(const tvrmof::Feature& method) {
+    std::string text = method.name + "(";
+    for (const tvrmof::Parameter& parameter : method.parameters) {
+        if (&parameter != method.parameters.data())
+            text += ", ";
+        text += parameter.out() ? (parameter.in() ? "in out " : "out ") : "";
+        text += (parameter.is_reference
+                     ? parameter.target + " ref"
+                     : std::string(tvrhost::type_name(tvrhost::declared_type(parameter)))) +
+                " " + parameter.name + (parameter.is_array ? "[]" : "");
+    }
+    return text + ")";
+}
+
+// What a class offers, in one word each.
+std::vector<std::string> offers(Session& session, const tvrmof::Class& model) {
+    std::vector<std::string> words;
+    const std::pair<Kind, const char*> kinds[] = {{Kind::instance, "instances"},
+                                                  {Kind::association, "association"},
+                                                  {Kind::indication, "indications"}};
+    for (const auto& [kind, word] : kinds)
+        if (session.manager.serves(model.name, kind))
+            words.emplace_back(word);
+    if (session.manager.serves(model.name, Kind::method) && !model.methods().empty())
+        words.push_back(std::to_string(model.methods().size()) + " methods");
+    return words;
+}
+
+Json class_json(Session& session, const tvrmof::Class& model) {
+    Json json = {{"class", model.name}};
+    json["super"] = model.super == nullptr ? Json(nullptr) : Json(model.super->name);
+    json["namespace"] = session.name_space_of(model);
+    json["offers"] = Json::array();
+    for (const std::string& word : offers(session, model))
+        json["offers"].push_back(word);
+    json["properties"] = Json::array();
+    json["methods"] = Json::array();
+    for (const tvrmof::Feature* feature : model.features) {
+        if (feature->kind == Feature_Kind::method) {
+            json["methods"].push_back(signature(*feature));
+            continue;
+        }
+        json["properties"].push_back(
+            {{"name", feature->name},
+             {"type", feature->is_reference
+                          ? feature->target + " ref"
+                          : std::string(tvrhost::type_name(tvrhost::declared_type(*feature)))},
+             {"array", feature->is_array},
+             {"key", feature->is_key()}});
+    }
+    return json;
+}
+
+void describe_class(Session& session, const tvrmof::Class& model) {
+    session.out << model.name << (model.super == nullptr ? "" : " : " + model.super->name) << '\n';
+    for (const tvrmof::Feature* feature : model.features) {
+        if (feature->kind == Feature_Kind::method) {
+            session.out << "  " << signature(*feature) << '\n';
+            continue;
+        }
+        session.out << "  "
+                    << (feature->is_reference
+                            ? feature->target + " ref"
+                            : std::string(tvrhost::type_name(tvrhost::declared_type(*feature))))
+                    << ' ' << feature->name << (feature->is_array ? "[]" : "")
+                    << (feature->is_key() ? " (key)" : "") << '\n';
+    }
+}
+
+void classes(Session& session, const std::string& pattern, bool all) {
+    const bool wild = pattern.find_first_of("*?") != std::string::npos;
+    if (!pattern.empty() && !wild) {
+        const tvrmof::Class& model = session.find_class(pattern);
+        if (session.format == Format::json)
+            print_json(session, class_json(session, model));
+        else
+            describe_class(session, model);
+        return;
+    }
+    Json json = Json::array();
+    std::vector<std::vector<std::string>> rows = {{"CLASS", "OFFERS"}};
+    for (const auto& model : session.manager.schema()->classes()) {
+        if (!(pattern.empty() || matches(pattern, model->name)) ||
+            !(all || session.is_served(*model)))
+            continue;
+        if (session.format == Format::json) {
+            json.push_back(class_json(session, *model));
+            continue;
+        }
+        std::string words;
+        for (const std::string& word : offers(session, *model))
+            words += (words.empty() ? "" : ", ") + word;
+        rows.push_back({model->name, words});
+    }
+    if (rows.size() == 1 && json.empty())
+        throw Usage_Error("no class matches '" + pattern + "'" +
+                          (all ? "" : "; --all adds those that the module doesn't serve"));
+    if (session.format == Format::json)
+        print_json(session, json);
+    else
+        print_table(session.out, rows);
+}
+
+// ---- instances
+
+tvrhost::Properties properties_of(Session& session, const tvrmof::Class& model,
+                                  const std::vector<std::string>& names) {
+    if (names.empty())
+        return std::nullopt;
+    std::vector<std::string> properties;
+    for (const std::string& name : names)
+        properties.push_back(session.find_feature(model, name, Feature_Kind::property).name);
+    return properties;
+}
+
+void enumerate(Session& session, const std::string& class_name,
+               const std::vector<std::string>& properties, bool names) {
+    const tvrmof::Class& model = session.find_class(class_name);
+    const std::string space = session.name_space_of(model);
+    const tvrhost::Properties wanted = properties_of(session, model, properties);
+    Answer answer;
+    {
+        const Progress progress("reading " + model.name);
+        answer = names ? session.manager.enumerate_instance_names(space, model.name)
+                       : session.manager.enumerate_instances(space, model.name, wanted);
+    }
+    Session::check(answer, model.name);
+    if (session.format == Format::json) {
+        Json json = Json::array();
+        for (const Cim_Path& path : answer.paths)
+            json.push_back(to_json(path));
+        for (const Cim_Instance& instance : answer.instances)
+            json.push_back(to_json(instance));
+        print_json(session, json);
+        return;
+    }
+    for (const Cim_Path& path : answer.paths)
+        session.out << path.text() << '\n';
+    for (const Cim_Instance& instance : answer.instances) {
+        if (&instance != answer.instances.data())
+            session.out << '\n';
+        print_instance(session, instance);
+    }
+}
+
+void get(Session& session, const std::string& text, const std::vector<std::string>& properties) {
+    const Cim_Path path = session.find_path(text);
+    const tvrmof::Class& model = session.find_class(path.class_name);
+    const tvrhost::Properties wanted = properties_of(session, model, properties);
+    Answer answer;
+    {
+        const Progress progress("reading " + text);
+        answer = session.manager.get_instance(path, wanted);
+    }
+    Session::check(answer, path.text());
+    for (const Cim_Instance& instance : answer.instances) {
+        if (session.format == Format::json)
+            print_json(session, to_json(instance));
+        else
+            print_instance(session, instance);
+    }
+}
+
+void modify(Session& session, const std::string& text, const std::vector<std::string>& values) {
+    const Cim_Path path = session.find_path(text);
+    const tvrmof::Class& model = session.find_class(path.class_name);
+    Cim_Instance instance(path, path.keys);
+    std::vector<std::string> changed;
+    for (const std::string& each : values) {
+        const auto [name, value] = split_assignment(each);
+        const tvrmof::Feature& property = session.find_feature(model, name, Feature_Kind::property);
+        if (property.is_key())
+            throw Usage_Error(property.name + " is a key of " + model.name +
+                              " and cannot be changed");
+        instance.properties.set(property.name,
+                                session.read_value(value, property, path.name_space));
+        changed.push_back(property.name);
+    }
+    const Progress progress("changing " + text);
+    Session::check(session.manager.modify_instance(path, instance, changed), path.text());
+}
+
+void call(Session& session, const std::string& text, const std::string& method_name,
+          const std::vector<std::string>& values) {
+    const Cim_Path path = session.find_path(text);
+    const tvrmof::Class& model = session.find_class(path.class_name);
+    const tvrmof::Feature& method = session.find_feature(model, method_name, Feature_Kind::method);
+    tvrhost::Arguments in;
+    for (const std::string& each : values) {
+        const auto [name, value] = split_assignment(each);
+        const tvrmof::Parameter* const parameter = method.parameter(name);
+        if (parameter == nullptr || !parameter->in()) {
+            std::vector<std::string> names;
+            for (const tvrmof::Parameter& known : method.parameters)
+                if (known.in())
+                    names.push_back(known.name);
+            const std::string near = suggestion(name, names);
+            throw Usage_Error(model.name + "." + method.name + " takes no argument " + name +
+                              (near.empty() ? "; it is " + signature(method) : near));
+        }
+        if (in.has(parameter->name))
+            throw Usage_Error("argument " + parameter->name + " stands there twice");
+        in.set(parameter->name, session.read_value(value, *parameter, path.name_space));
+    }
+    Answer answer;
+    {
+        const Progress progress("calling " + method.name);
+        answer = session.manager.invoke_method(path, method.name, in);
+    }
+    Session::check(answer, path.text() + " " + method.name);
+    if (session.format == Format::json) {
+        Json out = Json::object();
+        for (const Named_Value& value : answer.out)
+            out[value.name] = to_json(value.value);
+        print_json(session, {{"method", method.name},
+                             {"returnValue", to_json(answer.return_value())},
+                             {"out", std::move(out)}});
+        return;
+    }
+    session.out << method.name << " returned " << answer.return_value().literal() << '\n';
+    print_values(session, answer.out);
+}
+
+} // namespace
+
+// What is read for a command lives as long as the parser's callback.
+void add_commands(CLI::App& app, Command& chosen) {
+    struct Words {
+        std::string first;
+        std::string second;
+        std::vector<std::string> list;
+        bool flag = false;
+    };
+    const auto words = [] { return std::make_shared<Words>(); };
+
+    app.add_subcommand("list", "A line per port of the host")->callback([&chosen] {
+        chosen = list_ports;
+    });
+
+    {
+        auto* const command =
+            app.add_subcommand("classes", "The classes and what each offers; one class in full");
+        const auto read = words();
+        command->add_option("GLOB", read->first, "class name, or a pattern with * and ?");
+        command->add_flag("--all", read->flag, "also classes that the module doesn't serve");
+        command->callback([&chosen, read] {
+            chosen = [read](Session& session) { classes(session, read->first, read->flag); };
+        });
+    }
+    {
+        auto* const command = app.add_subcommand("enum", "The instances of a class");
+        const auto read = words();
+        command->add_option("CLASS", read->first, "class name")->required();
+        command->add_option("-p,--property", read->list, "only this property and the keys")
+            ->delimiter(',')
+            ->type_name("PROP")
+            ->allow_extra_args(false);
+        command->add_flag("--names", read->flag, "paths alone");
+        command->callback([&chosen, read] {
+            chosen = [read](Session& session) {
+                enumerate(session, read->first, read->list, read->flag);
+            };
+        });
+    }
+    {
+        auto* const command = app.add_subcommand("get", "One instance");
+        const auto read = words();
+        command->add_option("PATH", read->first, "CLASS.KEY=VALUE,..., or fewer keys")->required();
+        command->add_option("-p,--property", read->list, "only this property and the keys")
+            ->delimiter(',')
+            ->type_name("PROP")
+            ->allow_extra_args(false);
+        command->callback([&chosen, read] {
+            chosen = [read](Session& session) { get(session, read->first, read->list); };
+        });
+    }
+    {
+        auto* const command = app.add_subcommand("set", "Changes properties of an instance");
+        const auto read = words();
+        command->add_option("PATH", read->first, "CLASS.KEY=VALUE,..., or fewer keys")->required();
+        command->add_option("PROP=VALUE", read->list, "what to change")->required();
+        command->callback([&chosen, read] {
+            chosen = [read](Session& session) { modify(session, read->first, read->list); };
+        });
+    }
+    {
+        auto* const command = app.add_subcommand("call", "Calls a method of an instance");
+        const auto read = words();
+        command->add_option("PATH", read->first, "CLASS.KEY=VALUE,..., or fewer keys")->required();
+        command->add_option("METHOD", read->second, "method name")->required();
+        command->add_option("ARG=VALUE", read->list, "arguments");
+        command->callback([&chosen, read] {
+            chosen = [read](Session& session) {
+                call(session, read->first, read->second, read->list);
+            };
+        });
+    }
+}
+
+} // namespace tvrcim

@@ -1,0 +1,23 @@
+// Where the parts of the product stand beside this program.
+#ifndef TVR_HOST_TVRCIM_PLACES_H
+#define TVR_HOST_TVRCIM_PLACES_H
+
+#include <filesystem>
+#include <string>
+
+namespace tvrcim {
+
+// Each is sought in the build tree that this program is in, then where it is installed. Throws
+// Usage_Error that names the places tried.
+std::filesystem::path module_file();
+std::filesystem::path mof_file();
+std::filesystem::path simulator_directory();
+
+std::filesystem::path own_file();
+
+// True if the libraries through which the module reads adapters can be opened.
+bool adapter_libraries_present();
+
+} // namespace tvrcim
+
+#endif

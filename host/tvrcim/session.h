@@ -1,0 +1,59 @@
+// One object manager with the way commands talk to people: names checked, paths completed, errors
+// in one line.
+#ifndef TVR_HOST_TVRCIM_SESSION_H
+#define TVR_HOST_TVRCIM_SESSION_H
+
+#include "host/object_manager.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace tvrcim {
+
+enum class Format { text, json };
+
+class Session {
+public:
+    // `name_space` is empty where none was asked for: each class then has its usual one.
+    Session(tvrhost::Object_Manager& manager, Format format, std::string name_space,
+            std::ostream& out);
+
+    tvrhost::Object_Manager& manager;
+    Format format;
+    std::ostream& out;
+
+    // The class of that name. Throws Usage_Error that suggests near names.
+    const tvrmof::Class& find_class(const std::string& name) const;
+    // Throws Usage_Error for a name that the class has not.
+    const tvrmof::Feature& find_feature(const tvrmof::Class& model, const std::string& name,
+                                        tvrmof::Feature_Kind kind) const;
+    // The namespace asked for, or the class's usual one.
+    std::string name_space_of(const tvrmof::Class& model) const;
+    // True if the module serves the class or a class below it.
+    bool is_served(const tvrmof::Class& model) const;
+
+    // Throws Cim_Error unless the answer is good; `what` was to be done.
+    static void check(const tvrhost::Answer& answer, const std::string& what);
+
+    // The whole path of an instance that `text` names: as it stands if it has all keys, else the
+    // only instance whose keys fit. A text key fits by its beginning if none is equal.
+    tvrhost::Cim_Path find_path(const std::string& text);
+
+    // "NAME=VALUE" as a value of what `find` declares. Paths in it are completed.
+    tvrhost::Cim_Value read_value(const std::string& text, const tvrmof::Typed& declared,
+                                  const std::string& name_space);
+
+private:
+    std::string _name_space;
+};
+
+// "NAME=VALUE" in its parts. Throws Usage_Error.
+std::pair<std::string, std::string> split_assignment(const std::string& text);
+
+// Columns of text, each as wide as its widest cell; the first row is the heading.
+void print_table(std::ostream& out, const std::vector<std::vector<std::string>>& rows);
+
+} // namespace tvrcim
+
+#endif
