@@ -6,6 +6,7 @@
 
 namespace cimple::rm {
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is the name that is defined
 #define TVR_DEFINE_ENTRY_POINT(family, name, failure)                                              \
     constinit EntryPoint<decltype(::name)> name{Family::family, #name, failure};
 TVR_ENTRY_POINTS(TVR_DEFINE_ENTRY_POINT)
@@ -16,6 +17,7 @@ namespace {
 #define TVR_ADDRESS_ENTRY_POINT(family, name, failure) &name,
 constexpr Symbol* entryPoints[] = {TVR_ENTRY_POINTS(TVR_ADDRESS_ENTRY_POINT)};
 #undef TVR_ADDRESS_ENTRY_POINT
+// NOLINTEND(bugprone-macro-parentheses)
 
 void* inLibrary(Library library, const char* name) noexcept {
     void* handle = libraryHandles[library];

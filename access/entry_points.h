@@ -132,10 +132,12 @@ private:
     int m_failure;
 };
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is the name that is declared
 #define TVR_DECLARE_ENTRY_POINT(family, name, failure)                                             \
     extern constinit EntryPoint<decltype(::name)> name;
 TVR_ENTRY_POINTS(TVR_DECLARE_ENTRY_POINT)
 #undef TVR_DECLARE_ENTRY_POINT
+// NOLINTEND(bugprone-macro-parentheses)
 
 // Forgets the addresses of all entry points.
 void resetEntryPoints() noexcept;

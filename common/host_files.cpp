@@ -3,7 +3,9 @@
 #include "common/settings.h"
 #include "common/tvr_common.h"
 
+#include <cstring>
 #include <new>
+#include <utility>
 
 namespace cimple {
 
@@ -35,7 +37,8 @@ uint32 getOSInformation(std::string& name, std::string& version) {
         std::string text(static_cast<std::size_t>(size), '\0');
         rewind(issue.get());
         text.resize(fread(text.data(), 1, text.size(), issue.get()));
-        version = text.c_str();
+        text.resize(strnlen(text.data(), text.size()));
+        version = std::move(text);
     } catch (const std::bad_alloc&) {
         TVR_LOG("Unable to allocate the memory to store OSDistributionName");
         return TVR_FAILURE;

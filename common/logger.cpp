@@ -20,6 +20,7 @@ public:
     Message(const char* format, va_list arguments) {
         va_list again;
         va_copy(again, arguments);
+        // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started it
         const int length = vsnprintf(m_short, sizeof m_short, format, arguments);
         if (length >= static_cast<int>(sizeof m_short)) {
             m_long.resize(static_cast<std::size_t>(length));

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <map>
+#include <ostream>
 
 namespace cimple {
 namespace {
@@ -24,6 +25,7 @@ struct BindingCase {
     Libraries libraries;
     const char* commands;
     const char* output;
+    friend void PrintTo(const BindingCase& c, std::ostream* out) { *out << c.what; }
 };
 
 class Binding : public testing::TestWithParam<BindingCase> {

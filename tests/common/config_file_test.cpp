@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <ostream>
 #include <thread>
 
 namespace cimple {
@@ -18,6 +19,7 @@ struct ConfigCase {
     sint32 timeout;
     bool adapter;
     bool san;
+    friend void PrintTo(const ConfigCase& c, std::ostream* out) { *out << c.what; }
 };
 
 std::string lines(std::size_t count, const std::string& line) {

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <ostream>
 #include <sys/stat.h>
 
 namespace cimple {
@@ -23,6 +24,9 @@ struct VersionCase {
     uint16 major, minor, revision, build;
     const char* release;
     const char* test;
+    friend void PrintTo(const VersionCase& c, std::ostream* out) {
+        *out << (c.text == nullptr ? "null" : c.text);
+    }
 };
 
 class ParseVersion : public testing::TestWithParam<VersionCase> {};

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <optional>
+#include <ostream>
 #include <sys/stat.h>
 
 namespace cimple {
@@ -46,6 +47,7 @@ struct LoadCase {
     uint32 enabled;
     bool open;
     std::vector<std::string> messages;
+    friend void PrintTo(const LoadCase& c, std::ostream* out) { *out << c.what; }
 };
 
 std::string replaced(std::string text, const std::string& mark, const std::string& with) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <optional>
+#include <ostream>
 #include <stdexcept>
 
 namespace cimple {
@@ -212,6 +213,7 @@ struct LeftOutCase {
     const char* what;
     void (*disturb)(fake::Libraries&);
     std::vector<const char*> messages;
+    friend void PrintTo(const LeftOutCase& c, std::ostream* out) { *out << c.what; }
 };
 
 // Three adapters, of which the second is disturbed by what `disturb` sets.
@@ -326,6 +328,7 @@ struct PortCase {
     const char* what;
     void (*disturb)(fake::Libraries&);
     const char* message;
+    friend void PrintTo(const PortCase& c, std::ostream* out) { *out << c.what; }
 };
 
 // One adapter with three ports, of which the second is disturbed.
