@@ -86,7 +86,7 @@ Array_Base::Rep* Array_Base::make(const Type_Traits& traits, std::size_t capacit
     return rep;
 }
 
-void Array_Base::free(Rep* rep) noexcept {
+void Array_Base::dispose(Rep* rep) noexcept {
     if (rep->capacity != 0) {
         ::operator delete(rep);
     }
@@ -101,7 +101,7 @@ Array_Base::Array_Base(const Array_Base& other) : _rep(make(other.traits(), othe
 Array_Base::~Array_Base() {
     if (_rep != nullptr) {
         clear();
-        free(_rep);
+        dispose(_rep);
     }
 }
 
@@ -120,7 +120,7 @@ void Array_Base::reserve(std::size_t capacity) {
     Rep* rep = make(traits(), capacity_for(capacity));
     rep->size = _rep->size;
     copy_bytes(rep->elements(), _rep->elements(), size() * traits().size);
-    free(_rep);
+    dispose(_rep);
     _rep = rep;
 }
 

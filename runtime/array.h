@@ -85,7 +85,7 @@ private:
 
     // A block with room for `capacity` elements.
     static Rep* make(const Type_Traits& traits, std::size_t capacity);
-    static void free(Rep* rep) noexcept;
+    static void dispose(Rep* rep) noexcept;
 
     Rep* _rep;
 };

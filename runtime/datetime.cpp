@@ -137,13 +137,6 @@ Datetime& Datetime::operator=(const Datetime& other) noexcept {
     return *this;
 }
 
-Datetime::Rep* Datetime::write() {
-    if (std::atomic_ref<uint32>(_rep->refs).load(std::memory_order_acquire) != 1) {
-        *this = Datetime(_rep->usec, _rep->offset, _rep->is_timestamp != 0);
-    }
-    return _rep;
-}
-
 Datetime Datetime::now() {
     uint64 usec = 0;
     sint32 offset = 0;
@@ -175,10 +168,7 @@ bool Datetime::set(const char* text) {
     default:
         return false;
     }
-    Rep* rep = write();
-    rep->usec = moment.usec;
-    rep->offset = moment.offset;
-    rep->is_timestamp = moment.is_timestamp ? 1u : 0u;
+    *this = Datetime(moment.usec, moment.offset, moment.is_timestamp);
     return true;
 }
 

@@ -55,7 +55,6 @@ private:
         uint32 is_timestamp;
     };
     Datetime(uint64 usec, sint32 offset, bool is_timestamp);
-    Rep* write();
 
     Rep* _rep;
 };

@@ -175,6 +175,7 @@ void append_message(std::string& out, const char* format, va_list args) {
     va_list again;
     va_copy(again, args);
     char text[128];
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started the list.
     const int size = std::vsnprintf(text, sizeof(text), format, args);
     if (size < 0) {
         out += format;

@@ -43,7 +43,7 @@ String::Rep* String::copy(const char* text, std::size_t size) {
     return rep;
 }
 
-void String::free(Rep* rep) noexcept {
+void String::dispose(Rep* rep) noexcept {
     ::operator delete(rep);
 }
 

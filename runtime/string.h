@@ -133,7 +133,7 @@ private:
     // A block of count 1 with room for `size` characters; its text is not yet set.
     static Rep* make(std::size_t size);
     static Rep* copy(const char* text, std::size_t size);
-    static void free(Rep* rep) noexcept;
+    static void dispose(Rep* rep) noexcept;
     static void share(Rep* rep) noexcept {
         if (rep->cap != 0) {
             std::atomic_ref<uint32>(rep->refs).fetch_add(1, std::memory_order_relaxed);
@@ -142,7 +142,7 @@ private:
     static void drop(Rep* rep) noexcept {
         if (rep->cap != 0 &&
             std::atomic_ref<uint32>(rep->refs).fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            free(rep);
+            dispose(rep);
         }
     }
     // True if the text may be changed in place.

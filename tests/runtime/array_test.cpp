@@ -66,7 +66,8 @@ TEST(Array, an_element_of_its_own_may_be_appended) {
     }
     array.append(array[0]); // which moves when the block grows
     EXPECT_EQ(array[8], std::string(40, 'a'));
-    array = array;
+    const Array<String>& alias = array;
+    array = alias;
     EXPECT_EQ(array.size(), 9u);
 }
 

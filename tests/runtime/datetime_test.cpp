@@ -112,7 +112,8 @@ TEST(Datetime, a_copy_is_written_apart) {
     ASSERT_TRUE(a.set("00000000000001.000000:000"));
     EXPECT_EQ(b, Datetime(uint64{1}, 2));
     EXPECT_EQ(a, Datetime::interval(1000000));
-    a = *&a;
+    const Datetime& alias = a;
+    a = alias;
     EXPECT_EQ(a, Datetime::interval(1000000));
 }
 

@@ -86,7 +86,8 @@ TEST(String, its_own_text_may_be_the_argument) {
     String other(s);
     s.assign(s.c_str() + 6, 2); // out of a shared block
     EXPECT_EQ(s, "ef");
-    s = s;
+    const String& alias = s;
+    s = alias;
     EXPECT_EQ(s, "ef");
     EXPECT_EQ(other, "cdefcdef");
     String full(std::string(32, 'y'));

@@ -80,7 +80,7 @@ TEST(Value, holds_a_count_on_each_instance) {
         EXPECT_EQ(device->__refs, 3u);
         Value moved(std::move(value));
         EXPECT_EQ(device->__refs, 3u);
-        EXPECT_EQ(value.type(), Value::NONE);
+        EXPECT_EQ(value.type(), Value::NONE); // NOLINT: a moved-from value is a cleared one
         moved = copy;
         EXPECT_EQ(device->__refs, 3u);
         const Value& alias = moved;
