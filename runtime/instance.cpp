@@ -118,10 +118,11 @@ void create_scalar(Instance* instance, const Meta_Property& property, bool defau
     if (type == STRING) {
         ::new (at) String(value != nullptr ? *static_cast<const char* const*>(value) : nullptr);
     } else if (type == DATETIME) {
-        Datetime* datetime = ::new (at) Datetime();
+        Datetime datetime;
         if (value != nullptr) {
-            datetime->set(*static_cast<const char* const*>(value));
+            datetime.set(*static_cast<const char* const*>(value));
         }
+        ::new (at) Datetime(datetime);
     } else if (value != nullptr) {
         std::memcpy(at, value, type_width(type));
     }
