@@ -172,11 +172,12 @@ Mi_Table::Entry Mi_Table::enter(const std::string& class_name, Kind kind) {
             break;
         if (!nested)
             _changed.wait(lock);
-        else if (state.phase == Phase::cleaning ||
+        else if (state.phase == Phase::cleaning || state.loader == std::this_thread::get_id() ||
                  _changed.wait_for(lock, patience) == std::cv_status::timeout)
             return {CMPI_RC_ERR_FAILED, state.name + " is being loaded or cleaned up"};
     }
     state.phase = Phase::loading;
+    state.loader = std::this_thread::get_id();
     lock.unlock();
     void* const mi = create(state, kind);
     lock.lock();

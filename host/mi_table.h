@@ -8,6 +8,7 @@
 #include <array>
 #include <condition_variable>
 #include <map>
+#include <thread>
 #include <utility>
 
 namespace tvrhost {
@@ -76,6 +77,7 @@ private:
         std::array<void*, 4> mis{};
         std::vector<Kind> load_order;
         Phase phase = Phase::idle;
+        std::thread::id loader; // while loading
         std::size_t in_flight = 0;
     };
 

@@ -12,6 +12,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 
@@ -37,6 +38,11 @@ public:
 private:
     Private_Directory _directory;
 };
+
+bool is_log_level(const std::string& word) {
+    constexpr const char* levels[] = {"FATAL", "ERR", "WARN", "INFO", "DBG"};
+    return std::find(std::begin(levels), std::end(levels), word) != std::end(levels);
+}
 
 struct Settings {
     std::string module;
@@ -79,17 +85,20 @@ int start(int argc, char** argv) {
     app.add_option("--namespace", settings.name_space,
                    "root/tavrin, or root/pg_interop for profiles, unless given")
         ->type_name("NS");
-    app.add_option("-o,--output", settings.format, "text or json")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, Format>{{"text", Format::text},
-                                                                          {"json", Format::json}})
-                        .description(""))
+    app.add_option_function<std::string>(
+           "-o,--output",
+           [&settings](const std::string& word) {
+               if (word != "text" && word != "json")
+                   throw Usage_Error("--output is text or json, not '" + word + "'");
+               settings.format = word == "json" ? Format::json : Format::text;
+           },
+           "text or json")
         ->type_name("FORMAT");
     CLI::Option* const log =
         app.add_option("--log", settings.log_level,
                        "show the module's runtime log at the end: ERR, WARN, INFO or DBG")
             ->type_name("[LEVEL]")
-            ->expected(0, 1)
-            ->check(CLI::IsMember({"FATAL", "ERR", "WARN", "INFO", "DBG"}).description(""));
+            ->expected(0, 1);
     app.add_option("--instances", settings.instances, "instances of other providers, as JSON")
         ->type_name("FILE");
     prepare(app);
@@ -103,6 +112,9 @@ int start(int argc, char** argv) {
         return *over;
     if (log->count() != 0 && settings.log_level.empty())
         settings.log_level = "DBG";
+    if (!settings.log_level.empty() && !is_log_level(settings.log_level))
+        throw Usage_Error("--log is FATAL, ERR, WARN, INFO or DBG, not '" + settings.log_level +
+                          "'");
     if (sim->count() != 0 && !is_simulated())
         return run_simulated(argv, settings.scenario);
     return run(settings, command, shell->parsed());

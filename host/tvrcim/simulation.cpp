@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -108,6 +109,7 @@ int run_simulated(char** arguments, const std::string& scenario) {
     if (pid == 0) {
         signals.restore();
         execv(self.c_str(), arguments);
+        std::fprintf(stderr, "tvrcim: cannot start %s: %s\n", self.c_str(), std::strerror(errno));
         _exit(usage_error);
     }
     child = pid;

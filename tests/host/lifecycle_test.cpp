@@ -1,0 +1,213 @@
+// Loading and cleaning up, with several threads.
+#include "tests/host/host_fixture.h"
+
+#include <future>
+#include <thread>
+
+namespace tvrtest {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+class Lifecycle : public Host_Fixture {
+protected:
+    Answer ask() { return om().enumerate_instances("root/x", "Test_Thing"); }
+};
+
+TEST_F(Lifecycle, an_mi_is_made_at_first_use_and_cleaned_up_once) {
+    Scripted_Class& thing = module.add("Test_Thing");
+    thing.enumerate = hand_out("a", 1);
+    om();
+    EXPECT_EQ(thing.made, 0);
+    ask();
+    ask();
+    EXPECT_EQ(thing.made, 1);
+    om().invoke_method(thing_path("a", 1), "Turn");
+    EXPECT_EQ(thing.made, 2) << "one for each kind";
+    om().shutdown();
+    EXPECT_EQ(thing.cleaned_up, 2);
+    om().shutdown();
+    EXPECT_EQ(thing.cleaned_up, 2);
+    EXPECT_EQ(ask().rc, CMPI_RC_ERR_FAILED) << "nothing is loaded after the end";
+    EXPECT_EQ(thing.made, 2);
+}
+
+TEST_F(Lifecycle, a_class_can_be_unloaded_and_comes_back) {
+    Scripted_Class& thing = module.add("Test_Thing");
+    thing.enumerate = hand_out("a", 1);
+    ask();
+    EXPECT_EQ(om().unload("Test_Thing"), CMPI_RC_OK);
+    EXPECT_EQ(thing.cleaned_up, 1);
+    EXPECT_EQ(om().unload("Test_Thing"), CMPI_RC_OK) << "nothing is left to clean up";
+    EXPECT_TRUE(ask().ok());
+    EXPECT_EQ(thing.made, 2);
+}
+
+TEST_F(Lifecycle, an_mi_may_refuse_to_go_until_the_end) {
+    Scripted_Class& thing = module.add("Test_Thing");
+    thing.enumerate = hand_out("a", 1);
+    thing.cleanup = [](Request&) { return CMPI_RC_DO_NOT_UNLOAD; };
+    ask();
+    EXPECT_EQ(om().unload("Test_Thing"), CMPI_RC_DO_NOT_UNLOAD);
+    EXPECT_TRUE(ask().ok());
+    EXPECT_EQ(thing.made, 1) << "it stayed";
+    om().shutdown();
+    EXPECT_THAT(faults(), ElementsAre(Fault_Kind::missing_cleanup));
+}
+
+TEST_F(Lifecycle, a_factory_that_makes_nothing_fails_the_request_alone) {
+    Scripted_Class& thing = module.add("Test_Thing");
+    thing.enumerate = hand_out("a", 1);
+    bool works = false;
+    thing.make = [&] { return works; };
+    const Answer answer = ask();
+    EXPECT_EQ(answer.rc, CMPI_RC_ERR_FAILED);
+    EXPECT_THAT(answer.message, HasSubstr("made nothing"));
+    works = true;
+    EXPECT_TRUE(ask().ok());
+}
+
+TEST_F(Lifecycle, a_factory_runs_in_a_scope_with_a_context) {
+    Scripted_Class& thing = module.add("Test_Thing");
+    thing.enumerate = hand_out("a", 1);
+    thing.load = [](Request& r) {
+        const CMPIData space = CMGetContextEntry(r.context, CMPIInitNameSpace, nullptr);
+        EXPECT_STREQ(CMGetCharPtr(space.value.string), "root/x");
+        CMNewString(r.broker, "left", nullptr);
+        return CMPI_RC_OK;
+    };
+    thing.cleanup = [](Request& r) {
+        CMNewString(r.broker, "left", nullptr);
+        return CMPI_RC_OK;
+    };
+    ask();
+    EXPECT_EQ(om().live_objects(), 0u);
+}
+
+TEST_F(Lifecycle, loading_may_call_up_but_not_into_what_is_being_loaded) {
+    Scripted_Class& thing = module.add("Test_Thing");
+    Scripted_Class& other = module.add("Test_Other");
+    thing.enumerate = hand_out("a", 1);
+    other.enumerate = [](Request&) { return CMPI_RC_OK; };
+    const auto call_up = [](Request& r, const char* class_name) {
+        CMPIStatus rc;
+        CBEnumInstances(r.broker, r.context,
+                        CMNewObjectPath(r.broker, "root/x", class_name, nullptr), nullptr, &rc);
+        return rc.rc;
+    };
+    thing.load = [&](Request& r) {
+        EXPECT_EQ(call_up(r, "Test_Other"), CMPI_RC_OK);
+        EXPECT_EQ(call_up(r, "Test_Thing"), CMPI_RC_ERR_FAILED);
+        return CMPI_RC_OK;
+    };
+    EXPECT_TRUE(ask().ok());
+    EXPECT_EQ(other.made, 1);
+    EXPECT_EQ(thing.made, 1);
+}
+
+TEST_F(Lifecycle, requests_of_several_threads_share_one_load) {
+    Scripted_Class& thing = module.add("Test_Thing");
+    std::atomic<int> inside{0};
+    std::promise<void> meeting;
+    const std::shared_future<void> met = meeting.get_future().share();
+    thing.enumerate = [&](Request& r) {
+        if (++inside == 2)
+            meeting.set_value();
+        EXPECT_EQ(met.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+        CMReturnInstance(r.result, new_thing(r, "a", 1));
+        return CMPI_RC_OK;
+    };
+    om();
+    std::thread other([&] { EXPECT_TRUE(ask().ok()); });
+    EXPECT_TRUE(ask().ok());
+    other.join();
+    EXPECT_EQ(thing.made, 1);
+}
+
+TEST_F(Lifecycle, a_class_is_not_cleaned_up_while_a_request_is_in_it) {
+    Scripted_Class& thing = module.add("Test_Thing");
+    std::promise<void> entered;
+    std::promise<void> go_on;
+    std::atomic<bool> in_request{false};
+    thing.enumerate = [&](Request& r) {
+        in_request = true;
+        entered.set_value();
+        go_on.get_future().wait_for(std::chrono::seconds(20));
+        // A nested request is still served, so that this one can end.
+        CMPIStatus rc;
+        CBGetInstance(r.broker, r.context, CMGetObjectPath(new_thing(r, "a", 1), nullptr), nullptr,
+                      &rc);
+        EXPECT_EQ(rc.rc, CMPI_RC_OK);
+        in_request = false;
+        return CMPI_RC_OK;
+    };
+    thing.get = hand_out("a", 1);
+    thing.cleanup = [&](Request&) {
+        EXPECT_FALSE(in_request);
+        return CMPI_RC_OK;
+    };
+    om();
+    std::thread request([&] { EXPECT_TRUE(ask().ok()); });
+    entered.get_future().wait();
+    std::thread cleaner([&] { EXPECT_EQ(om().unload("Test_Thing"), CMPI_RC_OK); });
+    EXPECT_EQ(thing.cleaned_up, 0);
+    go_on.set_value();
+    request.join();
+    cleaner.join();
+    EXPECT_EQ(thing.cleaned_up, 1);
+}
+
+// Requests, unloads and up-calls at random: nothing is lost, nothing hangs.
+TEST_F(Lifecycle, requests_and_unloads_from_many_threads) {
+    Scripted_Class& thing = module.add("Test_Thing");
+    Scripted_Class& other = module.add("Test_Other");
+    thing.enumerate = hand_out("a", 1);
+    other.enumerate = [](Request& r) {
+        CMPIStatus rc;
+        CMPIObjectPath* const path = CMNewObjectPath(r.broker, "root/x", "Test_Thing", nullptr);
+        CBEnumInstances(r.broker, r.context, path, nullptr, &rc);
+        return CMPI_RC_OK; // refused while the class is being cleaned up
+    };
+    om();
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 50; ++i) {
+                if (t == 0)
+                    om().unload("Test_Thing");
+                else if (t == 1)
+                    EXPECT_TRUE(om().enumerate_instances("root/x", "Test_Other").ok());
+                else
+                    EXPECT_THAT(names(ask()), ElementsAre("a"));
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    om().shutdown();
+    EXPECT_EQ(thing.made, thing.cleaned_up);
+}
+
+TEST_F(Lifecycle, what_cannot_start_tells_why) {
+    const auto error = [&] {
+        try {
+            Object_Manager{options};
+        } catch (const Start_Error& start) {
+            return std::string(start.what());
+        }
+        return std::string("no error");
+    };
+    options.factories = nullptr;
+    options.module = "/nonexistent.so";
+    EXPECT_THAT(error(), HasSubstr("module /nonexistent.so: "));
+    options.module.clear();
+    options.schema = nullptr;
+    options.mof = {"/nonexistent.mof"};
+    EXPECT_THAT(error(), HasSubstr("MOF: "));
+    options.mof.clear();
+    options.instance_file = "/nonexistent.json";
+    EXPECT_THAT(error(), HasSubstr("instance file /nonexistent.json"));
+}
+
+} // namespace
+} // namespace tvrtest

@@ -1,0 +1,50 @@
+// A small class model for the tests of the object manager.
+#ifndef TVR_TESTS_HOST_SAMPLE_MODEL_H
+#define TVR_TESTS_HOST_SAMPLE_MODEL_H
+
+#include "schema/mof_reader.h"
+
+#include <memory>
+
+namespace tvrtest {
+
+inline std::shared_ptr<const tvrmof::Schema> sample_model() {
+    return std::make_shared<const tvrmof::Schema>(tvrmof::read_text(R"(
+        [Abstract] class Test_Base {
+            [Key] string Name;
+        };
+        class Test_Thing : Test_Base {
+            [Key] uint16 Slot;
+            uint32 Count;
+            sint8 Offset;
+            boolean Ready;
+            real64 Ratio;
+            string Words[];
+            datetime Since;
+            uint32 Turn([In] uint16 Steps, [In] string Label, [In] Test_Thing REF Other,
+                        [Out] string Said, [In, Out] uint32 Total);
+        };
+        class Test_Special : Test_Thing {
+            string Extra;
+        };
+        class Test_Other {
+            [Key] string Id;
+        };
+        [Association] class Test_Link {
+            [Key] Test_Base REF Left;
+            [Key] Test_Thing REF Right;
+        };
+        [Association] class Test_Far_Link {
+            [Key] Test_Other REF Left;
+            [Key] Test_Other REF Right;
+        };
+        [Indication] class Test_Alert {
+            string Text;
+        };
+    )",
+                                                                    "sample"));
+}
+
+} // namespace tvrtest
+
+#endif
