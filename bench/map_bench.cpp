@@ -10,13 +10,17 @@ namespace {
 
 using cimple::TVRHBA_FCPort;
 
+// The keys that name the system are shared by all instances of a host.
 TVRHBA_FCPort* port(long number) {
+    static const cimple::String system_class("CIM_ComputerSystem");
+    static const cimple::String system_name("bench-host");
+    static const cimple::String port_class("TVRHBA_FCPort");
     TVRHBA_FCPort* instance = TVRHBA_FCPort::create(true);
     char id[24];
     std::snprintf(id, sizeof id, "%016lX", 0x1000000000000000L + number);
-    instance->SystemCreationClassName.set("CIM_ComputerSystem");
-    instance->SystemName.set("bench-host");
-    instance->CreationClassName.set("TVRHBA_FCPort");
+    instance->SystemCreationClassName.set(system_class);
+    instance->SystemName.set(system_name);
+    instance->CreationClassName.set(port_class);
     instance->DeviceID.set(id);
     return instance;
 }
