@@ -43,18 +43,24 @@ Subject targetSubject(HBA_HANDLE handle, const HBA_WWN& target) {
     return subject;
 }
 
-/// Has a logical unit answer a command.
+/// Has a logical unit answer a command, which fails first as often as the scenario tells.
 template <class Command>
 HBA_STATUS sendCommand(Host& host, HBA_HANDLE handle, const HBA_WWN& target, HBA_UINT64 fcpLun,
-                       Command command, void* response, size_t responseSize, void* sense,
-                       size_t senseSize) {
+                       std::optional<UnitCommand> name, Command command, void* response,
+                       size_t responseSize, void* sense, size_t senseSize) {
     return host.withAdapter(handle, [&](Adapter& adapter) -> HBA_STATUS {
         const FoundUnit found = findUnit(adapter.ports, target, fcpLun);
         if (!found.target) {
             return HBA_STATUS_ERROR_ILLEGAL_WWN;
         }
-        const ScsiAnswer answer = found.lun == nullptr ? noSuchUnit() : command(*found.lun);
-        return deliver(answer, response, responseSize, sense, senseSize);
+        std::optional<ScsiAnswer> answer;
+        if (found.lun != nullptr && name) {
+            answer = failureOf(*found.lun, *name, found.port->failedCommands);
+        }
+        if (!answer) {
+            answer = found.lun == nullptr ? noSuchUnit() : command(*found.lun);
+        }
+        return deliver(*answer, response, responseSize, sense, senseSize);
     });
 }
 
@@ -177,7 +183,7 @@ HBA_STATUS HBA_GetFcpTargetMapping(HBA_HANDLE handle, HBA_FCPTARGETMAPPING* pmap
     return guarded(EntryPoint::HBA_GetFcpTargetMapping, Host::instance().subjectOf(handle),
                    [=](Host& host) {
                        return host.withAdapter(handle, [=](Adapter& adapter) {
-                           return fillMapping(adapter.ports, pmapping);
+                           return fillMapping(adapter.ports, adapter.mapping, pmapping);
                        });
                    });
 }
@@ -188,7 +194,7 @@ HBA_STATUS HBA_SendScsiInquiry(HBA_HANDLE handle, HBA_WWN PortWWN, HBA_UINT64 fc
     return guarded(EntryPoint::HBA_SendScsiInquiry, targetSubject(handle, PortWWN),
                    [=](Host& host) {
                        return sendCommand(
-                           host, handle, PortWWN, fcLUN,
+                           host, handle, PortWWN, fcLUN, inquiryCommand(EVPD != 0, PageCode),
                            [=](const Lun& lun) { return inquiry(lun, EVPD != 0, PageCode); },
                            pRspBuffer, RspBufferSize, pSenseBuffer, SenseBufferSize);
                    });
@@ -197,11 +203,11 @@ HBA_STATUS HBA_SendScsiInquiry(HBA_HANDLE handle, HBA_WWN PortWWN, HBA_UINT64 fc
 HBA_STATUS HBA_SendReadCapacity(HBA_HANDLE handle, HBA_WWN portWWN, HBA_UINT64 fcLUN,
                                 void* pRspBuffer, HBA_UINT32 RspBufferSize, void* pSenseBuffer,
                                 HBA_UINT32 SenseBufferSize) {
-    return guarded(EntryPoint::HBA_SendReadCapacity, targetSubject(handle, portWWN),
-                   [=](Host& host) {
-                       return sendCommand(host, handle, portWWN, fcLUN, readCapacity, pRspBuffer,
-                                          RspBufferSize, pSenseBuffer, SenseBufferSize);
-                   });
+    return guarded(
+        EntryPoint::HBA_SendReadCapacity, targetSubject(handle, portWWN), [=](Host& host) {
+            return sendCommand(host, handle, portWWN, fcLUN, readCapacityCommand, readCapacity,
+                               pRspBuffer, RspBufferSize, pSenseBuffer, SenseBufferSize);
+        });
 }
 
 HBA_STATUS HBA_RegisterForAdapterPortEvents(HBA_PORT_EVENT_CALLBACK, void*, HBA_HANDLE,

@@ -64,6 +64,7 @@ Host::Host() : m_start(std::chrono::steady_clock::now()) {
         Scenario scenario = source == nullptr ? readScenario(parseJson(defaultScenario()), "")
                                               : readScenario(parseJson(readFile(source)), "");
         m_adapters = std::move(scenario.adapters);
+        m_globalDriverParameters = std::move(scenario.globalDriverParameters);
         indexPorts();
         m_rules.replace(std::move(scenario.rules));
         m_usable = true;
@@ -84,11 +85,13 @@ void Host::control(std::string_view request) {
     const std::lock_guard lock(m_mutex);
 
     std::vector<Adapter> adapters = m_adapters;
+    std::optional<DriverParams> parameters = m_globalDriverParameters;
     Rules rules = m_rules.current();
     const Json* const scenario = reader.find("scenario");
     if (scenario != nullptr) {
         Scenario fresh = readScenario(*scenario, reader.pathOf("scenario"));
         adapters = std::move(fresh.adapters);
+        parameters = std::move(fresh.globalDriverParameters);
         rules = std::move(fresh.rules);
     }
     if (const Json* changes = reader.find("adapters")) {
@@ -121,6 +124,7 @@ void Host::control(std::string_view request) {
             changePort(change.value(), path, *found);
         }
     }
+    readDriverParams(reader, "globalDriverParameters", parameters);
     bool clear = false;
     bool resetCounts = false;
     reader.flag("clear", clear);
@@ -140,6 +144,7 @@ void Host::control(std::string_view request) {
         m_usable = true;
     }
     m_adapters = std::move(adapters);
+    m_globalDriverParameters = std::move(parameters);
     indexPorts();
     if (scenario != nullptr || clear || entryPoints != nullptr) {
         m_rules.replace(std::move(rules));

@@ -57,6 +57,9 @@ public:
     size_t portCount();
     std::optional<HBA_WWN> portName(size_t index);
 
+    /// The parameters of the driver as a whole. Only for work that runs under the lock.
+    std::optional<DriverParams>& globalDriverParameters() { return m_globalDriverParameters; }
+
     /// The counters of a port as they stand now; counts as one read of them.
     Attributes readStatistics(Port& port) const;
 
@@ -74,6 +77,7 @@ private:
     std::mutex m_mutex;
     bool m_usable = false;
     std::vector<Adapter> m_adapters;
+    std::optional<DriverParams> m_globalDriverParameters;
     std::map<HBA_HANDLE, size_t> m_handles; ///< index of the adapter
     std::map<std::string, Place> m_ports;   ///< by the 8 bytes of the WWPN; the first of equals
     HBA_HANDLE m_lastHandle = 0;

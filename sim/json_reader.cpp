@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <vector>
 
 namespace tvrsim {
@@ -160,6 +161,28 @@ std::string readBytes(const Json& value, const std::string& path) {
     return bytes;
 }
 
+std::string readBytes(const Json& value, const std::string& path, size_t most) {
+    std::string bytes = readBytes(value, path);
+    if (bytes.size() > most) {
+        throw FormatError(path, std::to_string(bytes.size()) + " bytes are more than " +
+                                    std::to_string(most));
+    }
+    return bytes;
+}
+
+std::string readTextOrBytes(const Json& value, const std::string& path, size_t longest) {
+    if (!value.is_object()) {
+        return readText(value, path, longest);
+    }
+    ObjectReader raw(value, path);
+    const Json* const bytes = raw.find("bytes");
+    raw.finish();
+    if (bytes == nullptr) {
+        throw FormatError(path, "an object here holds \"bytes\"");
+    }
+    return readBytes(*bytes, raw.pathOf("bytes"), longest);
+}
+
 bool readFlag(const Json& value, const std::string& path) {
     if (!value.is_boolean()) {
         throw FormatError(path, "true or false is wanted here");
@@ -208,9 +231,27 @@ std::string ObjectReader::pathOf(std::string_view name) const {
     return (m_path.empty() ? "" : m_path + '.') + std::string(name);
 }
 
+void ObjectReader::real(std::string_view name, float& out) {
+    if (const Json* value = find(name)) {
+        const double number = value->is_number() ? value->get<double>() : HUGE_VAL;
+        if (!(std::abs(number) <= std::numeric_limits<float>::max())) {
+            throw FormatError(pathOf(name), "a number is wanted here");
+        }
+        out = static_cast<float>(number);
+    }
+}
+
 void ObjectReader::named(std::string_view name, uint32_t& out, std::span<const Named> words) {
     if (const Json* value = find(name)) {
         out = readNamed(*value, pathOf(name), words);
+    }
+}
+
+void ObjectReader::oneOf(std::string_view name, uint32_t& out, std::span<const Named> words) {
+    named(name, out, words);
+    if (std::none_of(words.begin(), words.end(),
+                     [out](const Named& each) { return each.value == out; })) {
+        throw FormatError(pathOf(name), "one of the words " + listOf(words) + " is wanted here");
     }
 }
 
@@ -235,6 +276,13 @@ void ObjectReader::wwn(std::string_view name, HBA_WWN& out) {
 void ObjectReader::flag(std::string_view name, bool& out) {
     if (const Json* value = find(name)) {
         out = readFlag(*value, pathOf(name));
+    }
+}
+
+void ObjectReader::bytes(std::string_view name, std::span<uint8_t> out) {
+    if (const Json* value = find(name)) {
+        const std::string content = readBytes(*value, pathOf(name), out.size());
+        std::fill(std::copy(content.begin(), content.end(), out.begin()), out.end(), 0);
     }
 }
 

@@ -48,6 +48,22 @@ std::string readText(const Json& value, const std::string& path, size_t longest)
 /// Bytes as hexadecimal digits; colons and blanks between pairs are passed over.
 std::string readBytes(const Json& value, const std::string& path);
 
+/// The same of at most most bytes.
+std::string readBytes(const Json& value, const std::string& path, size_t most);
+
+/// A text, or any bytes as {"bytes": "01 02 FF"}.
+std::string readTextOrBytes(const Json& value, const std::string& path, size_t longest);
+
+/// Calls each(element, path, index) for the elements of an array.
+template <class Each> void forEachElement(const Json& array, const std::string& path, Each each) {
+    if (!array.is_array()) {
+        throw FormatError(path, "an array is wanted here");
+    }
+    for (size_t i = 0; i < array.size(); ++i) {
+        each(array[i], path + '[' + std::to_string(i) + ']', i);
+    }
+}
+
 bool readFlag(const Json& value, const std::string& path);
 HBA_WWN readWwn(const Json& value, const std::string& path);
 HBA_WWN parseWwn(std::string_view text, const std::string& path);
@@ -73,7 +89,22 @@ public:
             out = static_cast<Number>(readNumber(*value, pathOf(name), highest));
         }
     }
+
+    /// A number that null takes away.
+    template <class Number> void optionalNumber(std::string_view name, std::optional<Number>& out) {
+        if (const Json* value = find(name); value != nullptr && value->is_null()) {
+            out.reset();
+        } else if (value != nullptr) {
+            out = static_cast<Number>(
+                readNumber(*value, pathOf(name), std::numeric_limits<Number>::max()));
+        }
+    }
+
+    void real(std::string_view name, float& out);
     void named(std::string_view name, uint32_t& out, std::span<const Named> words);
+
+    /// A number that must be that of one of the words.
+    void oneOf(std::string_view name, uint32_t& out, std::span<const Named> words);
     void mask(std::string_view name, uint32_t& out, std::span<const Named> words);
     void text(std::string_view name, std::string& out, size_t longest);
     void wwn(std::string_view name, HBA_WWN& out);
@@ -87,6 +118,9 @@ public:
             std::copy(text.begin(), text.end(), out);
         }
     }
+
+    /// Fills the start of an array with bytes and the rest with zero.
+    void bytes(std::string_view name, std::span<uint8_t> out);
 
     void finish() const;
 

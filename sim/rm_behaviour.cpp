@@ -36,6 +36,7 @@ constexpr std::array statusTexts = {
     StatusText{RM_STATUS_MAILBOX_BUSY, "Mailbox busy"},
     StatusText{RM_STATUS_CONFIG_FILE, "Configuration file cannot be opened"},
     StatusText{RM_STATUS_CONFIG_FILE_WRITE, "Configuration file cannot be written"},
+    StatusText{RM_STATUS_RESET_NOT_POSSIBLE, "Reset not possible"},
     StatusText{RM_STATUS_BUFFER_TOO_SMALL, "Buffer too small"},
     StatusText{RM_STATUS_BOOT_CODE_ENABLED, "Boot code enabled on a port function"},
 };
@@ -88,7 +89,7 @@ RM_STATUS GetDriverType(HBA_WWN port, uint32_t* type) {
 
 RM_STATUS GetFcpTargetMapping(HBA_WWN port, HBA_FCPTARGETMAPPING* mapping) {
     return Host::instance().withPort(port, [=](Adapter&, Port& found) {
-        return fillMapping(std::span<const Port>(&found, 1), mapping);
+        return fillMapping(std::span<const Port>(&found, 1), found.mapping, mapping);
     });
 }
 
@@ -97,6 +98,8 @@ RM_STATUS DiagBeacon(HBA_WWN port, uint32_t state) {
         switch (found.beacon) {
         case Beacon::notSupported:
         case Beacon::notAvailable:
+        case Beacon::unanswered:
+        case Beacon::unknown:
             return RM_STATUS_NOT_SUPPORTED;
         case Beacon::noDiagnostics:
             return RM_STATUS_DIAG_NOT_AVAILABLE;
@@ -123,7 +126,9 @@ RM_STATUS DiagBeaconState(HBA_WWN port, uint32_t* state) {
         if (state == nullptr) {
             return RM_STATUS_ERROR;
         }
-        *state = static_cast<uint32_t>(found.beacon);
+        if (found.beacon != Beacon::unanswered) {
+            *state = static_cast<uint32_t>(found.beacon);
+        }
         return RM_STATUS_OK;
     });
 }

@@ -6,6 +6,7 @@
 
 #include "sim/attribute_buffer.h"
 #include "sim/rm_behaviour.h"
+#include "sim/vpd.h"
 
 #include <dlfcn.h>
 
@@ -18,6 +19,11 @@ namespace {
 
 /// What a call is about: the port that its first argument names.
 template <class... Rest> Subject subjectOf(const HBA_WWN& port, const Rest&...) {
+    return Host::instance().subjectOf(port);
+}
+
+/// LRM_GenerateDump names its host before its port.
+Subject subjectOf(const HBA_WWN&, const HBA_WWN& port) {
     return Host::instance().subjectOf(port);
 }
 
@@ -81,9 +87,16 @@ void* RM_GetAttributeValue(void* buffer, uint16_t attribute, uint16_t* length, R
     return value;
 }
 
-void* RM_GetNextVpdEntry(void*, char*, uint32_t, char*, uint32_t) {
-    guarded(EntryPoint::RM_GetNextVpdEntry, {}, [](Host&) { return RM_STATUS_NOT_SUPPORTED; });
-    return nullptr;
+void* RM_GetNextVpdEntry(void* cursor, char* keyword, uint32_t keywordSize, char* value,
+                         uint32_t valueSize) {
+    void* next = nullptr;
+    guarded(EntryPoint::RM_GetNextVpdEntry, {}, [&](Host&) {
+        if (cursor != nullptr && keyword != nullptr && value != nullptr) {
+            next = nextVpdEntry(cursor, {keyword, keywordSize}, {value, valueSize});
+        }
+        return RM_STATUS_OK;
+    });
+    return next;
 }
 
 uint32_t RM_GetNumberOfLocalAdapters(void) {

@@ -11,9 +11,42 @@ namespace {
 
 constexpr uint32_t highestAttribute = UINT16_MAX;
 
-template <class Number> std::string bytesOf(Number number) {
-    return std::string(reinterpret_cast<const char*>(&number), sizeof number);
+/// What the HBA API says of a port whose physical state is one of the RM library's own.
+uint32_t hbaStateOf(uint32_t physicalState) {
+    switch (physicalState) {
+    case RM_PORT_STATE_NEEDS_RESET:
+        return HBA_PORTSTATE_ONLINE;
+    case RM_PORT_STATE_DOWN_NEEDS_RESET:
+        return HBA_PORTSTATE_LINKDOWN;
+    case RM_PORT_STATE_DISABLED:
+        return HBA_PORTSTATE_OFFLINE;
+    default:
+        return physicalState;
+    }
 }
+
+} // namespace
+
+std::string integerAttribute(uint32_t value) {
+    return std::string(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+uint32_t physicalStateOf(const Port& port) {
+    uint32_t state = 0;
+    const auto found = port.attributes.find(RM_PA_PHYSICAL_STATE);
+    if (found != port.attributes.end() && found->second.size() == sizeof state) {
+        std::memcpy(&state, found->second.data(), sizeof state);
+    }
+    return state;
+}
+
+void setState(Port& port, uint32_t state) {
+    port.hba.PortState = hbaStateOf(state);
+    port.attributes[RM_PA_PHYSICAL_STATE] = integerAttribute(state);
+    port.attributes[RM_PA_LINK_STATE] = integerAttribute(state);
+}
+
+namespace {
 
 template <size_t size> void setChars(char (&out)[size], std::string_view text) {
     std::fill_n(out, size, '\0');
@@ -39,17 +72,11 @@ AttributeName attributeOf(const std::string& key, const std::string& path,
 
 std::string readAttribute(const Json& value, const std::string& path, AttributeKind kind) {
     if (value.is_object()) {
-        ObjectReader raw(value, path);
-        const Json* bytes = raw.find("bytes");
-        raw.finish();
-        if (bytes == nullptr) {
-            throw FormatError(path, "an object here holds \"bytes\"");
-        }
-        return readBytes(*bytes, raw.pathOf("bytes"));
+        return readTextOrBytes(value, path, 4096);
     }
     switch (kind) {
     case AttributeKind::integer:
-        return bytesOf(static_cast<uint32_t>(readNumber(value, path, UINT32_MAX)));
+        return integerAttribute(static_cast<uint32_t>(readNumber(value, path, UINT32_MAX)));
     case AttributeKind::text:
         return readText(value, path, 4096);
     case AttributeKind::bytes:
@@ -108,85 +135,6 @@ HBA_FC4TYPES readFc4Types(const Json& value, const std::string& path) {
     return types;
 }
 
-template <class Each> void forEach(const Json& array, const std::string& path, Each each) {
-    if (!array.is_array()) {
-        throw FormatError(path, "an array is wanted here");
-    }
-    for (size_t i = 0; i < array.size(); ++i) {
-        each(array[i], path + '[' + std::to_string(i) + ']', i);
-    }
-}
-
-Lun readLun(const Json& value, const std::string& path, size_t index) {
-    Lun lun;
-    lun.fcpLun = index;
-    lun.osLun = static_cast<uint32_t>(index);
-    lun.vendor = "TVRSIM";
-    lun.product = "VIRTUAL DEVICE";
-    lun.revision = "0001";
-    ObjectReader reader(value, path);
-    reader.number("fcpLun", lun.fcpLun);
-    reader.number("osLun", lun.osLun);
-    reader.text("osDeviceName", lun.osDeviceName, 256);
-    reader.named("type", lun.peripheralType, peripheralWords);
-    if (lun.peripheralType > 0x1F) {
-        throw FormatError(reader.pathOf("type"), "a peripheral type is at most 31");
-    }
-    reader.text("vendor", lun.vendor, 8);
-    reader.text("product", lun.product, 16);
-    reader.text("revision", lun.revision, 4);
-    reader.text("serialNumber", lun.serialNumber, 251);
-    if (const Json* identifier = reader.find("identifier")) {
-        lun.identifier = readBytes(*identifier, reader.pathOf("identifier"));
-        if (lun.identifier.size() > 251) {
-            throw FormatError(reader.pathOf("identifier"), "an identifier has at most 251 bytes");
-        }
-    }
-    reader.number("blockSize", lun.blockSize);
-    reader.number("blocks", lun.blocks);
-    reader.finish();
-    return lun;
-}
-
-Target readTarget(const Json& value, const std::string& path, size_t index) {
-    Target target;
-    target.scsiTarget = static_cast<uint32_t>(index);
-    ObjectReader reader(value, path);
-    reader.wwn("nodeWWN", target.nodeWwn);
-    reader.wwn("portWWN", target.portWwn);
-    reader.number("fcId", target.fcId, 0xFFFFFF);
-    reader.number("scsiBus", target.scsiBus);
-    reader.number("scsiTarget", target.scsiTarget);
-    if (const Json* luns = reader.find("luns")) {
-        forEach(*luns, reader.pathOf("luns"),
-                [&](const Json& each, const std::string& place, size_t i) {
-                    target.luns.push_back(readLun(each, place, i));
-                });
-    }
-    reader.finish();
-    return target;
-}
-
-/// What the HBA API says of a port whose physical state is one of the RM library's own.
-uint32_t hbaStateOf(uint32_t physicalState) {
-    switch (physicalState) {
-    case RM_PORT_STATE_NEEDS_RESET:
-        return HBA_PORTSTATE_ONLINE;
-    case RM_PORT_STATE_DOWN_NEEDS_RESET:
-        return HBA_PORTSTATE_LINKDOWN;
-    case RM_PORT_STATE_DISABLED:
-        return HBA_PORTSTATE_OFFLINE;
-    default:
-        return physicalState;
-    }
-}
-
-void setState(Port& port, uint32_t state) {
-    port.hba.PortState = hbaStateOf(state);
-    port.attributes[RM_PA_PHYSICAL_STATE] = bytesOf(state);
-    port.attributes[RM_PA_LINK_STATE] = bytesOf(state);
-}
-
 /// Names in a range of locally administered addresses; adapters and ports count upwards in it.
 HBA_WWN generatedWwn(uint8_t nameType, size_t adapter, size_t port) {
     const size_t serial = (adapter << 8) + port;
@@ -215,7 +163,7 @@ Port defaultPort(size_t adapter, size_t index) {
              "Tavrin FC port " + std::to_string(index) + " of adapter " + std::to_string(adapter));
     setChars(hba.OSDeviceName, "/sys/class/fc_host/host" + std::to_string(adapter + index + 1));
     setState(port, HBA_PORTSTATE_ONLINE);
-    port.attributes[RM_PA_TOPOLOGY] = bytesOf(hba.PortType);
+    port.attributes[RM_PA_TOPOLOGY] = integerAttribute(hba.PortType);
     for (const AttributeName& name : statisticNames) {
         port.statistics[name.id] = {};
     }
@@ -226,7 +174,7 @@ Port defaultPort(size_t adapter, size_t index) {
 /// The attributes that follow others unless the scenario sets them.
 void deriveFabricAttributes(Port& port, bool hasTopology, bool hasFabric) {
     if (!hasTopology) {
-        port.attributes[RM_PA_TOPOLOGY] = bytesOf(port.hba.PortType);
+        port.attributes[RM_PA_TOPOLOGY] = integerAttribute(port.hba.PortType);
     }
     if (!hasFabric) {
         port.attributes[RM_PA_FABRIC_NAME] =
@@ -253,19 +201,19 @@ Adapter defaultAdapter(size_t index) {
     setChars(hba.DriverName, "tvrfc");
     adapter.driverType = 4;
     adapter.attributes = {
-        {RM_HA_DEVICE_ID, bytesOf(0x0160u)},
-        {RM_HA_MODEL_ID, bytesOf(0x1601u)},
+        {RM_HA_DEVICE_ID, integerAttribute(0x0160u)},
+        {RM_HA_MODEL_ID, integerAttribute(0x1601u)},
         {RM_HA_OPERATIONAL_FIRMWARE, "SLI-3 Overlay"},
         {RM_HA_IEEE_ADDRESS, std::string(reinterpret_cast<const char*>(hba.NodeWWN.wwn) + 2, 6)},
-        {RM_HA_BOOT_CODE_ENABLED, bytesOf(1u)},
+        {RM_HA_BOOT_CODE_ENABLED, integerAttribute(1u)},
         {RM_HA_BOOT_BIOS_VERSION, "5.12a6"},
-        {RM_HA_DIAG_VERSION, bytesOf(3u)},
+        {RM_HA_DIAG_VERSION, integerAttribute(3u)},
         {RM_HA_INITIAL_FIRMWARE, "2.80a1"},
         {RM_HA_KERNEL_VERSION, "1.40a3"},
-        {RM_HA_SLI_MODE, bytesOf(3u)},
-        {RM_HA_BOARD_TEMPERATURE, bytesOf(0x005A6430u)},
-        {RM_HA_PORT_NUMBER, bytesOf(0u)},
-        {RM_HA_FUNCTION_TYPE, bytesOf(0u)},
+        {RM_HA_SLI_MODE, integerAttribute(3u)},
+        {RM_HA_BOARD_TEMPERATURE, integerAttribute(0x005A6430u)},
+        {RM_HA_PORT_NUMBER, integerAttribute(0u)},
+        {RM_HA_FUNCTION_TYPE, integerAttribute(0u)},
         {RM_HA_SP_FIRMWARE_VERSION, "2.82a4"},
         {RM_HA_SP_FIRMWARE_NAME, "SP-F16"},
         {RM_HA_ULP_FIRMWARE_VERSION, "2.82a4"},
@@ -302,12 +250,9 @@ void readPortFields(const Json& value, const std::string& path, Port& port) {
     reader.number("maxFrameSize", hba.PortMaxFrameSize);
     reader.wwn("fabricName", hba.FabricName);
     if (const Json* targets = reader.find("targets")) {
-        port.targets.clear();
-        forEach(*targets, reader.pathOf("targets"),
-                [&](const Json& each, const std::string& place, size_t i) {
-                    port.targets.push_back(readTarget(each, place, i));
-                });
-        hba.NumberofDiscoveredPorts = static_cast<HBA_UINT32>(port.targets.size());
+        port.targets = readTargets(*targets, reader.pathOf("targets"));
+        port.failedCommands.clear();
+        hba.NumberofDiscoveredPorts = static_cast<HBA_UINT32>(port.targets->targets().size());
     }
     reader.number("discoveredPorts", hba.NumberofDiscoveredPorts);
     if (reader.find("type") != nullptr || reader.find("fabricName") != nullptr) {
@@ -321,15 +266,14 @@ void readPortFields(const Json& value, const std::string& path, Port& port) {
     if (const Json* statistics = reader.find("statistics")) {
         readStatistics(*statistics, reader.pathOf("statistics"), port.statistics);
     }
-    uint32_t beacon = static_cast<uint32_t>(port.beacon);
-    if (const Json* word = reader.find("beacon")) {
-        beacon = readNamed(*word, reader.pathOf("beacon"), beaconWords);
-        if (std::none_of(beaconWords.begin(), beaconWords.end(),
-                         [beacon](const Named& each) { return each.value == beacon; })) {
-            throw FormatError(reader.pathOf("beacon"), "no such beacon state");
-        }
-    }
+    auto beacon = static_cast<uint32_t>(port.beacon);
+    reader.oneOf("beacon", beacon, beaconWords);
     port.beacon = static_cast<Beacon>(beacon);
+    readInventory(reader, port.inventory);
+    if (const Json* mapping = reader.find("mapping")) {
+        readMappingFaults(*mapping, reader.pathOf("mapping"), port.mapping);
+    }
+    reader.flag("enableNeedsReset", port.enableNeedsReset);
     reader.finish();
 }
 
@@ -349,7 +293,7 @@ void readTemperature(const Json& value, const std::string& path, Attributes& att
     reader.number("critical", critical, 0xFF);
     reader.number("warning", warning, 0xFF);
     reader.finish();
-    attributes[RM_HA_BOARD_TEMPERATURE] = bytesOf(current | critical << 8 | warning << 16);
+    attributes[RM_HA_BOARD_TEMPERATURE] = integerAttribute(current | critical << 8 | warning << 16);
 }
 
 void readAdapterFields(ObjectReader& reader, Adapter& adapter, size_t index) {
@@ -368,12 +312,15 @@ void readAdapterFields(ObjectReader& reader, Adapter& adapter, size_t index) {
     reader.number("vendorSpecificID", hba.VendorSpecificID);
     reader.chars("driverName", hba.DriverName);
     reader.number("driverType", adapter.driverType);
+    if (const Json* mapping = reader.find("mapping")) {
+        readMappingFaults(*mapping, reader.pathOf("mapping"), adapter.mapping);
+    }
     if (const Json* ports = reader.find("ports")) {
         adapter.ports.clear();
-        forEach(*ports, reader.pathOf("ports"),
-                [&](const Json& each, const std::string& place, size_t i) {
-                    adapter.ports.push_back(readPort(each, place, index, i));
-                });
+        forEachElement(*ports, reader.pathOf("ports"),
+                       [&](const Json& each, const std::string& place, size_t i) {
+                           adapter.ports.push_back(readPort(each, place, index, i));
+                       });
         hba.NumberOfPorts = static_cast<HBA_UINT32>(adapter.ports.size());
     }
     reader.number("numberOfPorts", hba.NumberOfPorts);
@@ -391,8 +338,9 @@ void readAdapterFields(ObjectReader& reader, Adapter& adapter, size_t index) {
     reader.finish();
 }
 
-/// One entry of "adapters": one adapter, or several alike.
-void readAdapter(const Json& value, const std::string& path, std::vector<Adapter>& adapters) {
+/// One entry of "adapters": one adapter, or several alike. Counts the logical units.
+void readAdapter(const Json& value, const std::string& path, std::vector<Adapter>& adapters,
+                 size_t& units) {
     size_t copies = 1;
     ObjectReader counting(value, path);
     counting.number("copies", copies, mostAdapters);
@@ -426,6 +374,13 @@ void readAdapter(const Json& value, const std::string& path, std::vector<Adapter
             if (nodeGiven && !(ports != nullptr && (*ports)[i].contains("nodeWWN"))) {
                 adapter.ports[i].hba.NodeWWN = adapter.hba.NodeWWN;
             }
+        }
+        for (const Port& port : adapter.ports) {
+            units += port.targets->unitCount();
+        }
+        if (units > mostUnitsOfAll) {
+            throw FormatError(path, "more than " + std::to_string(mostUnitsOfAll) +
+                                        " logical units in all");
         }
         adapters.push_back(std::move(adapter));
     }
@@ -477,9 +432,10 @@ void readRules(const Json& object, const std::string& path, Rules& rules) {
         std::vector<Rule>& list = rules[*entryPoint];
         list.clear();
         if (field.value().is_array()) {
-            forEach(field.value(), place, [&](const Json& each, const std::string& where, size_t) {
-                list.push_back(readRule(each, where));
-            });
+            forEachElement(field.value(), place,
+                           [&](const Json& each, const std::string& where, size_t) {
+                               list.push_back(readRule(each, where));
+                           });
         } else if (!field.value().is_null()) {
             list.push_back(readRule(field.value(), place));
         }
@@ -492,12 +448,14 @@ Scenario readScenario(const Json& document, const std::string& path) {
     std::string description;
     reader.text("$schema", description, 4096);
     reader.text("description", description, 4096);
+    size_t units = 0;
     if (const Json* adapters = reader.find("adapters")) {
-        forEach(*adapters, reader.pathOf("adapters"),
-                [&](const Json& each, const std::string& place, size_t) {
-                    readAdapter(each, place, scenario.adapters);
-                });
+        forEachElement(*adapters, reader.pathOf("adapters"),
+                       [&](const Json& each, const std::string& place, size_t) {
+                           readAdapter(each, place, scenario.adapters, units);
+                       });
     }
+    readDriverParams(reader, "globalDriverParameters", scenario.globalDriverParameters);
     if (const Json* entryPoints = reader.find("entryPoints")) {
         readRules(*entryPoints, reader.pathOf("entryPoints"), scenario.rules);
     }

@@ -2,7 +2,8 @@
 #pragma once
 
 #include "sim/entry_points.h"
-#include "sim/json_reader.h"
+#include "sim/inventory.h"
+#include "sim/targets.h"
 
 #include <chrono>
 #include <map>
@@ -29,39 +30,25 @@ enum class Beacon : uint32_t {
     on = RM_BEACON_ON,
     notSupported = 100,  ///< the state cannot be asked for: status 2
     noDiagnostics = 101, ///< status 63
+    unanswered = 102,    ///< status 0 without a state
+    unknown = 103,       ///< a state that means nothing
 };
 
-/// A logical unit behind a target port.
-struct Lun {
-    uint64_t fcpLun = 0;
-    uint32_t osLun = 0;
-    std::string osDeviceName;
-    uint32_t peripheralType = 0;
-    std::string vendor;
-    std::string product;
-    std::string revision;
-    std::string serialNumber;
-    std::string identifier; ///< NAA identifier, 8 or 16 bytes
-    uint32_t blockSize = 512;
-    uint64_t blocks = 0;
-};
-
-/// A remote port and its logical units.
-struct Target {
-    HBA_WWN nodeWwn = {};
-    HBA_WWN portWwn = {};
-    uint32_t fcId = 0;
-    uint32_t scsiBus = 0;
-    uint32_t scsiTarget = 0;
-    std::vector<Lun> luns;
-};
+/// Executions of commands that a scenario lets fail, by unit and command.
+using CommandCounts = std::map<std::pair<const Lun*, UnitCommand>, uint64_t>;
 
 struct Port {
     HBA_PORTATTRIBUTES hba = {};
     Attributes attributes;
     std::map<uint16_t, Counter> statistics;
     Beacon beacon = Beacon::off;
-    std::vector<Target> targets;
+    Inventory inventory;
+    std::shared_ptr<const TargetTable> targets = std::make_shared<const TargetTable>();
+    CommandCounts failedCommands; ///< of units in the table of targets
+    MappingFaults mapping;        ///< of LRM_GetFcpTargetMapping
+    bool enableNeedsReset = false;
+    uint32_t stateWhenEnabled = HBA_PORTSTATE_LINKDOWN;
+    std::optional<uint32_t> stateAfterReset; ///< set by a change that waits for a reset
 };
 
 /// What the HBA API lists as an adapter: one function of a board.
@@ -70,6 +57,7 @@ struct Adapter {
     HBA_ADAPTERATTRIBUTES hba = {};
     Attributes attributes;
     uint32_t driverType = 0;
+    MappingFaults mapping; ///< of HBA_GetFcpTargetMapping
     std::vector<Port> ports;
 };
 
@@ -90,11 +78,22 @@ using Rules = std::map<EntryPoint, std::vector<Rule>>;
 
 struct Scenario {
     std::vector<Adapter> adapters;
+    std::optional<DriverParams> globalDriverParameters;
     Rules rules;
 };
 
-/// Most adapters that a scenario can have.
+/// Most adapters, and most logical units behind all of them, that a scenario can have.
 inline constexpr size_t mostAdapters = 4096;
+inline constexpr size_t mostUnitsOfAll = 262144;
+
+/// An attribute of 32 bits.
+std::string integerAttribute(uint32_t value);
+
+/// The physical state of a port as the RM library tells it, or 0 for none.
+uint32_t physicalStateOf(const Port& port);
+
+/// Puts a port into a physical state; the HBA API shows the nearest that it knows.
+void setState(Port& port, uint32_t state);
 
 /// Reads a whole scenario. Throws FormatError.
 Scenario readScenario(const Json& document, const std::string& path);

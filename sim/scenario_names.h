@@ -110,17 +110,47 @@ inline constexpr std::array speedWords = {
 };
 
 inline constexpr std::array beaconWords = {
-    Named{"notAvailable", 1},    Named{"off", 2}, Named{"on", 3}, Named{"notSupported", 100},
+    Named{"notAvailable", 1},
+    Named{"off", 2},
+    Named{"on", 3},
+    Named{"notSupported", 100},
     Named{"noDiagnostics", 101},
+    Named{"unanswered", 102},
+    Named{"unknown", 103},
 };
 
 /// SCSI peripheral device types.
 inline constexpr std::array peripheralWords = {
-    Named{"disk", 0x00},      Named{"tape", 0x01},          Named{"printer", 0x02},
-    Named{"processor", 0x03}, Named{"worm", 0x04},          Named{"cdrom", 0x05},
-    Named{"scanner", 0x06},   Named{"optical", 0x07},       Named{"changer", 0x08},
-    Named{"array", 0x0C},     Named{"enclosure", 0x0D},     Named{"reducedDisk", 0x0E},
-    Named{"wellKnown", 0x1E}, Named{"unknownDevice", 0x1F},
+    Named{"disk", 0x00},           Named{"tape", 0x01},       Named{"printer", 0x02},
+    Named{"processor", 0x03},      Named{"worm", 0x04},       Named{"cdrom", 0x05},
+    Named{"scanner", 0x06},        Named{"optical", 0x07},    Named{"changer", 0x08},
+    Named{"communications", 0x09}, Named{"array", 0x0C},      Named{"enclosure", 0x0D},
+    Named{"reducedDisk", 0x0E},    Named{"cardReader", 0x0F}, Named{"bridge", 0x10},
+    Named{"objectStorage", 0x11},  Named{"wellKnown", 0x1E},  Named{"unknownDevice", 0x1F},
+};
+
+/// Identifiers of a logical unit.
+inline constexpr std::array designatorTypeWords = {
+    Named{"vendorSpecific", 0}, Named{"t10", 1},       Named{"eui64", 2},     Named{"naa", 3},
+    Named{"relativePort", 4},   Named{"portGroup", 5}, Named{"unitGroup", 6}, Named{"md5", 7},
+    Named{"scsiName", 8},
+};
+inline constexpr std::array codeSetWords = {
+    Named{"binary", 1},
+    Named{"ascii", 2},
+    Named{"utf8", 3},
+};
+inline constexpr std::array associationWords = {
+    Named{"unit", 0},
+    Named{"port", 1},
+    Named{"device", 2},
+};
+
+/// How the walk over a VPD buffer goes on behind its last entry.
+inline constexpr std::array vpdWalkWords = {
+    Named{"ends", 0},
+    Named{"endless", 1},
+    Named{"outside", 2},
 };
 
 } // namespace tvrsim

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <set>
 
 namespace tvrsim {
 
@@ -45,21 +46,46 @@ ScsiAnswer page(const Lun& lun, uint32_t code, const std::string& content) {
     return {HBA_STATUS_OK, data + content, {}};
 }
 
+/// The codes in ascending order. A page that is given as bytes is there, one given as null is not.
 std::string supportedPages(const Lun& lun) {
-    std::string pages(1, static_cast<char>(pageSupported));
+    std::set<uint8_t> pages = {pageSupported};
     if (!lun.serialNumber.empty()) {
-        pages += static_cast<char>(pageSerialNumber);
+        pages.insert(pageSerialNumber);
     }
-    if (!lun.identifier.empty()) {
-        pages += static_cast<char>(pageIdentification);
+    if (!lun.designators.empty()) {
+        pages.insert(pageIdentification);
     }
-    return pages;
+    for (const auto& [command, answer] : lun.raw) {
+        const auto code = static_cast<uint8_t>(command);
+        if (command <= UINT8_MAX && answer) {
+            pages.insert(code);
+        } else if (command <= UINT8_MAX) {
+            pages.erase(code);
+        }
+    }
+    return {pages.begin(), pages.end()};
 }
 
-/// One descriptor of the logical unit: binary, NAA.
-std::string identificationDescriptor(const Lun& lun) {
-    std::string descriptor = {0x01, 0x03, 0x00, static_cast<char>(lun.identifier.size())};
-    return descriptor + lun.identifier;
+std::string identificationDescriptors(const Lun& lun) {
+    std::string descriptors;
+    for (const Designator& each : lun.designators) {
+        descriptors += static_cast<char>(each.protocol << 4 | each.codeSet);
+        descriptors += static_cast<char>(each.association << 4 | each.type);
+        descriptors += '\0';
+        descriptors +=
+            static_cast<char>(each.length.value_or(static_cast<uint8_t>(each.bytes.size())));
+        descriptors += each.bytes;
+    }
+    return descriptors;
+}
+
+/// The answer of a command that the scenario gives as bytes, or as null.
+std::optional<ScsiAnswer> givenAnswer(const Lun& lun, UnitCommand command, uint8_t refusal) {
+    const auto given = lun.raw.find(command);
+    if (given == lun.raw.end()) {
+        return std::nullopt;
+    }
+    return given->second ? ScsiAnswer{HBA_STATUS_OK, *given->second, {}} : checkCondition(refusal);
 }
 
 ScsiAnswer standardInquiry(const Lun& lun) {
@@ -76,26 +102,45 @@ ScsiAnswer standardInquiry(const Lun& lun) {
 
 } // namespace
 
-ScsiAnswer inquiry(const Lun& lun, bool evpd, uint32_t code) {
+std::optional<UnitCommand> inquiryCommand(bool evpd, uint32_t page) {
     if (!evpd) {
-        return code == 0 ? standardInquiry(lun) : checkCondition(invalidField);
+        return page == 0 ? std::optional(standardInquiryCommand) : std::nullopt;
     }
-    if (code > 0xFF || supportedPages(lun).find(static_cast<char>(code)) == std::string::npos) {
+    return page <= UINT8_MAX ? std::optional(static_cast<UnitCommand>(page)) : std::nullopt;
+}
+
+ScsiAnswer inquiry(const Lun& lun, bool evpd, uint32_t code) {
+    const std::optional<UnitCommand> command = inquiryCommand(evpd, code);
+    if (!command) {
+        return checkCondition(invalidField);
+    }
+    if (auto given = givenAnswer(lun, *command, invalidField)) {
+        return *std::move(given);
+    }
+    if (*command == standardInquiryCommand) {
+        return standardInquiry(lun);
+    }
+    const std::string pages = supportedPages(lun);
+    if (pages.find(static_cast<char>(code)) == std::string::npos) {
         return checkCondition(invalidField);
     }
     switch (code) {
     case pageSerialNumber:
         return page(lun, code, lun.serialNumber);
     case pageIdentification:
-        return page(lun, code, identificationDescriptor(lun));
+        return page(lun, code, identificationDescriptors(lun));
     default:
-        return page(lun, code, supportedPages(lun));
+        return page(lun, code, pages);
     }
 }
 
 ScsiAnswer readCapacity(const Lun& lun) {
+    if (auto given = givenAnswer(lun, readCapacityCommand, invalidCommand)) {
+        return *std::move(given);
+    }
     constexpr std::array<uint32_t, 5> blockTypes = {0x00, 0x04, 0x05, 0x07, 0x0E};
-    if (std::find(blockTypes.begin(), blockTypes.end(), lun.peripheralType) == blockTypes.end()) {
+    if (lun.blocks == 0 &&
+        std::find(blockTypes.begin(), blockTypes.end(), lun.peripheralType) == blockTypes.end()) {
         return checkCondition(invalidCommand);
     }
     const uint64_t lastBlock = lun.blocks == 0 ? 0 : lun.blocks - 1;
@@ -103,6 +148,19 @@ ScsiAnswer readCapacity(const Lun& lun) {
     putBigEndian(answer.data, std::min<uint64_t>(lastBlock, UINT32_MAX), 4);
     putBigEndian(answer.data, lun.blockSize, 4);
     return answer;
+}
+
+std::optional<ScsiAnswer> failureOf(const Lun& lun, UnitCommand command, CommandCounts& counts) {
+    const auto fault = lun.faults.find(command);
+    if (fault == lun.faults.end()) {
+        return std::nullopt;
+    }
+    uint64_t& count = counts[{&lun, command}];
+    if (count >= fault->second.times) {
+        return std::nullopt;
+    }
+    ++count;
+    return ScsiAnswer{fault->second.status, {}, fault->second.sense};
 }
 
 ScsiAnswer noSuchUnit() {

@@ -1,5 +1,6 @@
 #include "sim/target_mapping.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace tvrsim {
@@ -19,44 +20,61 @@ HBA_FCPSCSIENTRY rowOf(const Target& target, const Lun& lun) {
     return row;
 }
 
-} // namespace
-
-HBA_STATUS fillMapping(std::span<const Port> ports, HBA_FCPTARGETMAPPING* mapping) {
-    if (mapping == nullptr) {
-        return HBA_STATUS_ERROR_ARG;
-    }
-    const HBA_UINT32 room = mapping->NumberOfEntries;
-    char* const rows = reinterpret_cast<char*>(mapping) + offsetof(HBA_FCPTARGETMAPPING, entry);
-    HBA_UINT32 count = 0;
+/// Writes the rows that fit and answers the number of all.
+size_t writeRows(std::span<const Port> ports, HBA_UINT32 room, char* rows) {
+    size_t written = 0;
+    size_t all = 0;
     for (const Port& port : ports) {
-        for (const Target& target : port.targets) {
+        all += port.targets->unitCount();
+        for (const Target& target : port.targets->targets()) {
             for (const Lun& lun : target.luns) {
-                if (count < room) {
-                    const HBA_FCPSCSIENTRY row = rowOf(target, lun);
-                    std::memcpy(rows + count * sizeof row, &row, sizeof row);
+                if (written == room) {
+                    break;
                 }
-                ++count;
+                const HBA_FCPSCSIENTRY row = rowOf(target, lun);
+                std::memcpy(rows + written * sizeof row, &row, sizeof row);
+                ++written;
             }
         }
     }
-    mapping->NumberOfEntries = count;
-    return count > room ? HBA_STATUS_ERROR_MORE_DATA : HBA_STATUS_OK;
+    return all;
 }
 
-FoundUnit findUnit(std::span<const Port> ports, const HBA_WWN& target, HBA_UINT64 fcpLun) {
+} // namespace
+
+HBA_STATUS fillMapping(std::span<const Port> ports, MappingFaults& faults,
+                       HBA_FCPTARGETMAPPING* mapping) {
+    if (mapping == nullptr) {
+        return HBA_STATUS_ERROR_ARG;
+    }
+    if (faults.staleTimes > 0) {
+        --faults.staleTimes;
+        return HBA_STATUS_ERROR_STALE_DATA;
+    }
+    const HBA_UINT32 room = mapping->NumberOfEntries;
+    const size_t rows = writeRows(
+        ports, room, reinterpret_cast<char*>(mapping) + offsetof(HBA_FCPTARGETMAPPING, entry));
+    if (faults.moreDataTimes > 0 || rows > room) {
+        // A mapping that asks for more than it needs has grown by one row.
+        const size_t need = rows > room ? rows : size_t{room} + 1;
+        faults.moreDataTimes -= faults.moreDataTimes > 0 ? 1 : 0;
+        mapping->NumberOfEntries =
+            faults.need.value_or(static_cast<HBA_UINT32>(std::min<size_t>(need, UINT32_MAX)));
+        return HBA_STATUS_ERROR_MORE_DATA;
+    }
+    mapping->NumberOfEntries = faults.rows.value_or(static_cast<HBA_UINT32>(rows));
+    return HBA_STATUS_OK;
+}
+
+FoundUnit findUnit(std::span<Port> ports, const HBA_WWN& target, HBA_UINT64 fcpLun) {
     FoundUnit found;
-    for (const Port& port : ports) {
-        for (const Target& each : port.targets) {
-            if (std::memcmp(each.portWwn.wwn, target.wwn, sizeof target.wwn) != 0) {
-                continue;
-            }
-            found.target = true;
-            for (const Lun& lun : each.luns) {
-                if (lun.fcpLun == fcpLun) {
-                    found.lun = &lun;
-                    return found;
-                }
-            }
+    for (Port& port : ports) {
+        if (!port.targets->hasPort(target)) {
+            continue;
+        }
+        found.target = true;
+        if (const Lun* lun = port.targets->find(target, fcpLun)) {
+            return {true, &port, lun};
         }
     }
     return found;

@@ -377,9 +377,9 @@ RM_API int32_t LRM_InitLib(void);
 RM_API void* RM_GetAttributeValue(void* buffer, uint16_t attribute, uint16_t* length,
                                   RM_STATUS* status);
 
-/* Copies one entry of a VPD buffer and answers the cursor of the next call, null at the end. The
- * first cursor is the buffer. The keyword has 2 characters (4 bytes with terminator and padding),
- * the value at most 255. */
+/* Copies the entry at the cursor and answers the cursor of the next call. Null, with nothing copied,
+ * when no entry is left. The first cursor is the buffer. The keyword has 2 characters (4 bytes with
+ * terminator and padding), the value at most 255. */
 RM_API void* RM_GetNextVpdEntry(void* cursor, char* keyword, uint32_t keywordSize, char* value,
                                 uint32_t valueSize);
 

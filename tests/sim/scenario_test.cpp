@@ -72,7 +72,7 @@ TEST(Scenario, MalformedTextNamesThePlace) {
          "adapters[0].ports[0].supportedSpeed[1]: a number or one of the words"},
         {R"({"adapters": [{"ports": [{"fcId": "0x1000000"}]}]})",
          "adapters[0].ports[0].fcId: 16777216 is"},
-        {R"({"adapters": [{"ports": [{"beacon": 7}]}]})", "adapters[0].ports[0].beacon: no such"},
+        {R"({"adapters": [{"ports": [{"beacon": 7}]}]})", "adapters[0].ports[0].beacon: one of the words"},
         {R"({"adapters": [{"ports": [{"statistics": {"txFrames": {"value": "1"}}}]}]})",
          "adapters[0].ports[0].statistics.txFrames.value: "},
         {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"type": "toaster"}]}]}]}]})",
@@ -121,8 +121,8 @@ TEST(Scenario, BuiltInHostHasTwoBoardsOfTwoFunctions) {
         ports.insert(wwnText(port.hba.PortWWN));
         models.insert(adapter.hba.Model);
         states.insert(integerOf(port.attributes, RM_PA_PHYSICAL_STATE));
-        EXPECT_EQ(port.hba.NumberofDiscoveredPorts, port.targets.size());
-        for (const Target& target : port.targets) {
+        EXPECT_EQ(port.hba.NumberofDiscoveredPorts, port.targets->targets().size());
+        for (const Target& target : port.targets->targets()) {
             for (const Lun& lun : target.luns) {
                 peripherals.insert(lun.peripheralType);
             }

@@ -17,7 +17,7 @@ Lun disk() {
     lun.product = "ARRAY-2000";
     lun.revision = "4.10";
     lun.serialNumber = "A1";
-    lun.identifier = std::string("\x60\x02\x54\x56\x00\x00\x00\x01", 8);
+    lun.designators.emplace_back().bytes = std::string("\x60\x02\x54\x56\x00\x00\x00\x01", 8);
     lun.blockSize = 4096;
     lun.blocks = 0x12345678;
     return lun;
@@ -72,7 +72,7 @@ TEST(Scsi, InquiryPages) {
 
     Lun bare = disk();
     bare.serialNumber.clear();
-    bare.identifier.clear();
+    bare.designators.clear();
     EXPECT_EQ(inquiry(bare, true, 0).data, std::string("\0\0\0\x01\0", 5));
     EXPECT_EQ(inquiry(bare, true, 0x80).status, HBA_STATUS_SCSI_CHECK_CONDITION);
     EXPECT_EQ(inquiry(bare, true, 0x83).status, HBA_STATUS_SCSI_CHECK_CONDITION);
@@ -109,22 +109,23 @@ TEST(TargetMapping, CountTellsTheNeed) {
     target.luns[2].fcpLun = 9;
     target.luns[2].osDeviceName = "/dev/sdz";
     std::vector<Port> ports(2);
-    ports[1].targets = {target};
+    ports[1].targets = std::make_shared<const TargetTable>(std::vector{target});
+    MappingFaults none;
 
     MappingBuffer small(2);
-    EXPECT_EQ(fillMapping(ports, small.get()), HBA_STATUS_ERROR_MORE_DATA);
+    EXPECT_EQ(fillMapping(ports, none, small.get()), HBA_STATUS_ERROR_MORE_DATA);
     EXPECT_EQ(small.get()->NumberOfEntries, 3U);
     EXPECT_TRUE(small.endIsUntouched());
     MappingBuffer enough(3);
-    EXPECT_EQ(fillMapping(ports, enough.get()), HBA_STATUS_OK);
+    EXPECT_EQ(fillMapping(ports, none, enough.get()), HBA_STATUS_OK);
     EXPECT_EQ(enough.row(2).FcpId.FcpLun, 9U);
     EXPECT_STREQ(enough.row(2).ScsiId.OSDeviceName, "/dev/sdz");
     EXPECT_TRUE(enough.endIsUntouched());
-    MappingBuffer none(0);
-    EXPECT_EQ(fillMapping(std::span(ports).first(1), none.get()), HBA_STATUS_OK);
-    EXPECT_EQ(none.get()->NumberOfEntries, 0U);
+    MappingBuffer empty(0);
+    EXPECT_EQ(fillMapping(std::span(ports).first(1), none, empty.get()), HBA_STATUS_OK);
+    EXPECT_EQ(empty.get()->NumberOfEntries, 0U);
 
-    EXPECT_EQ(findUnit(ports, target.portWwn, 9).lun, &ports[1].targets[0].luns[2]);
+    EXPECT_EQ(findUnit(ports, target.portWwn, 9).lun, &ports[1].targets->targets()[0].luns[2]);
     EXPECT_TRUE(findUnit(ports, target.portWwn, 8).target);
     EXPECT_EQ(findUnit(ports, target.portWwn, 8).lun, nullptr);
     EXPECT_FALSE(findUnit(ports, HBA_WWN{}, 9).target);
