@@ -35,6 +35,7 @@ struct Profile;
 // The agent comes into being with the first `load` of a class provider and ends with the last
 // `unload`; a later load makes a fresh one. No signal is handled: a crash is the object manager's
 // to report, in whose process the agent is a guest.
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): what belongs together stands together
 class ProviderAgent {
 public:
     // The agent, constructed at the first call. It may stand there unusable: look at m_bIsLoaded.

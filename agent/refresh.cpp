@@ -157,7 +157,11 @@ bool ProviderAgent::endRefresh() {
         return false;
     }
     m_bIsThreadRunning = false;
-    m_LoadedTime = Datetime::now();
+    try {
+        m_LoadedTime = Datetime::now();
+    } catch (...) {
+        TVR_LOG("Could not take the time of the refresh"); // the next one comes early
+    }
     return true;
 }
 
