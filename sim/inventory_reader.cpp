@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 
 namespace tvrsim {
 
@@ -270,34 +271,41 @@ constexpr std::array pciFields = {
     PciField{"maximumLatency", 0x3F, 1},
 };
 
+void writeField(RM_PCIREGISTERS& registers, const PciField& field, uint64_t number) {
+    for (size_t i = 0; i < field.width; ++i, number >>= 8) {
+        registers.config[field.offset + i] = static_cast<uint8_t>(number);
+    }
+}
+
 void readPciRegisters(ObjectReader& reader, RM_PCIREGISTERS& registers) {
     readRecordBytes(reader, registers);
     for (const PciField& field : pciFields) {
         if (const Json* value = reader.find(field.name)) {
-            uint64_t number =
-                readNumber(*value, reader.pathOf(field.name), UINT32_MAX >> (32 - 8 * field.width));
-            for (size_t i = 0; i < field.width; ++i, number >>= 8) {
-                registers.config[field.offset + i] = static_cast<uint8_t>(number);
-            }
+            writeField(registers, field,
+                       readNumber(*value, reader.pathOf(field.name),
+                                  UINT32_MAX >> (32 - 8 * field.width)));
         }
     }
 }
 
 RM_PCIREGISTERS usualPciRegisters() {
-    const Json fields = {
+    const std::map<std::string_view, uint32_t> values = {
         {"vendorId", 0x5456},          {"deviceId", 0x0160},
         {"command", 0x0546},           {"status", 0x0010},
-        {"revisionId", 0x30},          {"subClass", 0x04},
+        {"revisionId", 0x30},          {"subClass", 0x04}, // Fibre Channel
         {"baseClass", 0x0C},           {"cacheLineSize", 0x10},
-        {"headerType", 0x80},          {"baseAddress0", 0xDF2F0004u},
-        {"baseAddress2", 0xDF2E0004u}, {"subVendorId", 0x5456},
-        {"subsystemId", 0x1601},       {"expansionRomBaseAddress", 0xDF280000u},
+        {"headerType", 0x80},          {"baseAddress0", 0xDF2F0004},
+        {"baseAddress2", 0xDF2E0004},  {"subVendorId", 0x5456},
+        {"subsystemId", 0x1601},       {"expansionRomBaseAddress", 0xDF280000},
         {"capabilitiesPointer", 0x58}, {"interruptLine", 0x0B},
         {"interruptPin", 0x01},
     };
     RM_PCIREGISTERS registers = {};
-    ObjectReader reader(fields, "");
-    readPciRegisters(reader, registers);
+    for (const PciField& field : pciFields) {
+        if (const auto value = values.find(field.name); value != values.end()) {
+            writeField(registers, field, value->second);
+        }
+    }
     return registers;
 }
 
@@ -321,11 +329,11 @@ DriverParam parameterOf(std::string_view name, uint32_t low, uint32_t high, uint
 DriverParams usualParameters() {
     DriverParams parameters;
     parameters.entries = {
-        parameterOf("log-verbose", 0, 0xFFFF, 0, "Verbose logging bit mask"),
-        parameterOf("lun-queue-depth", 1, 512, 30, "Commands that can wait for one LUN"),
-        parameterOf("link-speed", 0, 16, 0, "Link speed in Gb/s, 0 for automatic"),
-        parameterOf("topology", 0, 6, 0, "Topology: 0 loop first, 2 point to point only"),
-        parameterOf("devloss-timeout", 1, 255, 30, "Seconds that a lost target is kept"),
+        parameterOf("trace-mask", 0, 0xFFFF, 0, "Bit mask of traced events"),
+        parameterOf("unit-depth", 1, 512, 32, "Commands in flight for one logical unit"),
+        parameterOf("line-rate", 0, 16, 0, "Line rate in Gb/s, 0 to negotiate"),
+        parameterOf("attach-mode", 0, 1, 1, "0 loop, 1 point to point"),
+        parameterOf("lost-port-hold", 1, 255, 30, "Seconds that commands wait for a lost port"),
     };
     return parameters;
 }
@@ -334,6 +342,7 @@ DriverParam readParameter(ObjectReader& reader, size_t copy) {
     DriverParam parameter;
     RM_DRIVERPARAM& record = parameter.record;
     record.high = UINT32_MAX;
+    record.exportFlag = 1;
     readRecordBytes(reader, record);
     reader.chars("name", record.name);
     if (const Json* copies = reader.find("copies"); copies != nullptr) {
@@ -386,6 +395,7 @@ void readDumps(ObjectReader& reader, Dumps& dumps) {
                            }
                            dumps.files.push_back(readTextOrBytes(each, place, 256));
                        });
+        dumps.written = dumps.files.size();
     }
 }
 
