@@ -41,8 +41,9 @@ public:
 
 protected:
     CMPI_Container(const Meta_Repository* repository, const CMPIBroker* broker,
-                   const char* name_space, int depth) noexcept
-        : _repository(repository), _broker(broker), _name_space(name_space), _depth(depth) {}
+                   const char* name_space, int depth, CMPI_Strings* strings) noexcept
+        : _repository(repository), _broker(broker), _name_space(name_space), _depth(depth),
+          _strings(strings) {}
 
     // The entry and, if `name` isn't null, its name; false with a line in the log if it can't be
     // read.
@@ -51,16 +52,29 @@ protected:
     virtual void adapt(sint32 /*expected*/, CMPIData& /*data*/) const {}
     virtual void adapt(sint32 /*expected*/, Value& /*value*/) const {}
 
-    // The CMPI form of a value, in the container's namespace.
-    int to_data(const Value_View& value, uint32 flags, CMPIData& data) const {
-        return _to_cmpi_data(_broker, _name_space, value, flags, data);
-    }
+    // The CMPI form of a value, in the container's namespace. Releases what it refers to, unless it
+    // is one of the shared strings.
+    struct Out {
+        CMPIData data{};
+        bool shared = false;
+
+        Out() = default;
+        Out(const Out&) = delete;
+        Out& operator=(const Out&) = delete;
+        ~Out() {
+            if (!shared) {
+                release(data);
+            }
+        }
+    };
+    int to_data(const Value_View& value, uint32 flags, Out& out) const;
 
 private:
     const Meta_Repository* _repository;
     const CMPIBroker* _broker;
     const char* _name_space;
     int _depth;
+    CMPI_Strings* _strings;
 };
 
 // Arguments of a method. A string is cast to the scalar that a parameter wants. What is set under
@@ -69,7 +83,7 @@ class CMPIArgs_Container : public CMPI_Container {
 public:
     CMPIArgs_Container(const Meta_Repository* repository, const CMPIBroker* broker,
                        const char* name_space, const CMPIArgs* args) noexcept
-        : CMPI_Container(repository, broker, name_space, 0), _args(args) {}
+        : CMPI_Container(repository, broker, name_space, 0, nullptr), _args(args) {}
 
     uint32 get_size() const override;
     int set_value(const char* name, const Value_View& value, uint32 flags) override;
@@ -92,9 +106,9 @@ private:
 class CMPIObjectPath_Container : public CMPI_Container {
 public:
     CMPIObjectPath_Container(const Meta_Repository* repository, const CMPIBroker* broker,
-                             const char* name_space, const CMPIObjectPath* path,
-                             int depth = 0) noexcept
-        : CMPI_Container(repository, broker, name_space, depth), _path(path) {}
+                             const char* name_space, const CMPIObjectPath* path, int depth = 0,
+                             CMPI_Strings* strings = nullptr) noexcept
+        : CMPI_Container(repository, broker, name_space, depth, strings), _path(path) {}
 
     uint32 get_size() const override;
     int set_value(const char* name, const Value_View& value, uint32 flags) override;
@@ -112,9 +126,9 @@ private:
 class CMPIInstance_Container : public CMPI_Container {
 public:
     CMPIInstance_Container(const Meta_Repository* repository, const CMPIBroker* broker,
-                           const char* name_space, const CMPIInstance* instance,
-                           int depth = 0) noexcept
-        : CMPI_Container(repository, broker, name_space, depth), _instance(instance) {}
+                           const char* name_space, const CMPIInstance* instance, int depth = 0,
+                           CMPI_Strings* strings = nullptr) noexcept
+        : CMPI_Container(repository, broker, name_space, depth, strings), _instance(instance) {}
 
     uint32 get_size() const override;
     int set_value(const char* name, const Value_View& value, uint32 flags) override;

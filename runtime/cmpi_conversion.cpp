@@ -5,6 +5,7 @@
 
 #include <cmpimacs.h>
 
+#include <cstring>
 #include <iterator>
 
 namespace cimple {
@@ -351,7 +352,7 @@ int element_to_cmpi_data(const CMPIBroker* broker, const char* name_space, sint3
 }
 
 int array_to_cmpi_data(const CMPIBroker* broker, const char* name_space, const Value_View& value,
-                       uint32 flags, CMPIData& data) {
+                       uint32 flags, CMPIData& data, CMPI_Strings* strings) {
     const sint32 type = value.kind - Value::ARRAY;
     const CMPIType cmpi_type = type == Value::INSTANCE ? object_type(flags) : scalar_types[type];
     const Array_Base& array = *static_cast<const Array_Base*>(value.payload);
@@ -361,15 +362,23 @@ int array_to_cmpi_data(const CMPIBroker* broker, const char* name_space, const V
     if (result == nullptr) {
         return -1;
     }
+    const bool shared = type == STRING && strings != nullptr;
     for (std::size_t i = 0; i < array.size(); ++i) {
         CMPIData element{};
-        if (element_to_cmpi_data(broker, name_space, type, array.at(i), flags, element) != 0) {
+        if (shared) {
+            element.value.string = strings->get(*static_cast<const String*>(array.at(i)));
+        }
+        if (shared ? element.value.string == nullptr
+                   : element_to_cmpi_data(broker, name_space, type, array.at(i), flags, element) !=
+                         0) {
             log(LL_WARN, source, __LINE__, "element conversion failed");
             CMRelease(result);
             return -1;
         }
         status = CMSetArrayElementAt(result, static_cast<CMPICount>(i), &element.value, cmpi_type);
-        release(element);
+        if (!shared) {
+            release(element);
+        }
         if (status.rc != CMPI_RC_OK) {
             log(LL_WARN, source, __LINE__, "CMSetArrayElementAt() failed");
             CMRelease(result);
@@ -444,7 +453,39 @@ CMPIrc make_instance(const Container& container, const Meta_Structure* structure
     return CMPI_RC_OK;
 }
 
+// A quick hash: length, beginning and end tell most texts apart.
+std::size_t hash_of(const String& text) noexcept {
+    uint64 words[2] = {0, 0};
+    const std::size_t width = text.size() < sizeof(uint64) ? text.size() : sizeof(uint64);
+    std::memcpy(&words[0], text.c_str(), width);
+    std::memcpy(&words[1], text.c_str() + text.size() - width, width);
+    const uint64 mixed = (words[0] * 31 + words[1] + text.size()) * 0x9E3779B97F4A7C15u;
+    return mixed >> 32;
+}
+
 } // namespace
+
+CMPI_Strings::~CMPI_Strings() {
+    for (const Entry& entry : _entries) {
+        if (entry.string != nullptr) {
+            CMRelease(entry.string);
+        }
+    }
+}
+
+CMPIString* CMPI_Strings::get(const String& text) {
+    Entry& entry = _entries[hash_of(text) % size];
+    if (entry.string != nullptr) {
+        if (entry.text == text) {
+            return entry.string;
+        }
+        CMRelease(entry.string);
+    }
+    CMPIStatus status{CMPI_RC_OK, nullptr};
+    entry.string = CMNewString(_broker, text.c_str(), &status);
+    entry.text = text;
+    return entry.string;
+}
 
 int cmpi_to_cimple_value(const Meta_Repository* repository, const CMPIBroker* broker,
                          const char* name_space, const CMPIData& data, Value& value, int depth) {
@@ -501,14 +542,14 @@ int cmpi_to_cimple_value(const Meta_Repository* repository, const CMPIBroker* br
 }
 
 int _to_cmpi_data(const CMPIBroker* broker, const char* name_space, const Value_View& value,
-                  uint32 flags, CMPIData& data) {
+                  uint32 flags, CMPIData& data, CMPI_Strings* strings) {
     data = CMPIData{};
     if (value.kind == Value::NONE) {
         log(LL_WARN, source, __LINE__, "missing type");
         return -1;
     }
     return value.kind >= Value::ARRAY
-               ? array_to_cmpi_data(broker, name_space, value, flags, data)
+               ? array_to_cmpi_data(broker, name_space, value, flags, data, strings)
                : element_to_cmpi_data(broker, name_space, value.kind, value.payload, flags, data);
 }
 
@@ -566,7 +607,7 @@ CMPIrc make_cimple_method(const CMPIBroker* broker, const Meta_Class* meta_class
 }
 
 CMPIrc make_CMPI_object_path(const CMPIBroker* broker, const Instance* instance,
-                             const char* name_space, CMPIObjectPath*& path) {
+                             const char* name_space, CMPIObjectPath*& path, CMPI_Strings* strings) {
     if (instance == nullptr) {
         return CMPI_RC_ERR_FAILED;
     }
@@ -576,7 +617,7 @@ CMPIrc make_CMPI_object_path(const CMPIBroker* broker, const Instance* instance,
     if (result == nullptr) {
         return CMPI_RC_ERR_FAILED;
     }
-    CMPIObjectPath_Container keys(nullptr, broker, name_space, result);
+    CMPIObjectPath_Container keys(nullptr, broker, name_space, result, 0, strings);
     convert(keys, instance, FLAG_KEY);
     path = result;
     return CMPI_RC_OK;
@@ -584,7 +625,8 @@ CMPIrc make_CMPI_object_path(const CMPIBroker* broker, const Instance* instance,
 
 CMPIrc make_CMPI_instance(const CMPIBroker* broker, const Instance* instance,
                           const char* name_space, const CMPIObjectPath* path,
-                          const char** properties, CMPIInstance*& cmpi_instance) {
+                          const char** properties, CMPIInstance*& cmpi_instance,
+                          CMPI_Strings* strings) {
     if (instance == nullptr) {
         return CMPI_RC_ERR_FAILED;
     }
@@ -612,7 +654,7 @@ CMPIrc make_CMPI_instance(const CMPIBroker* broker, const Instance* instance,
             return status.rc;
         }
     }
-    CMPIInstance_Container features(nullptr, broker, name_space, result);
+    CMPIInstance_Container features(nullptr, broker, name_space, result, 0, strings);
     convert(features, instance, 0);
     cmpi_instance = result;
     return CMPI_RC_OK;

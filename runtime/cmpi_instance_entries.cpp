@@ -69,6 +69,7 @@ struct Delivery {
     const char* name_space;
     const char** properties = nullptr;
     CMPIrc rc = CMPI_RC_OK;
+    CMPI_Strings strings{broker};
 };
 
 bool deliver_name(Instance* instance, int /*status*/, void* client_data) {
@@ -78,7 +79,7 @@ bool deliver_name(Instance* instance, int /*status*/, void* client_data) {
         return false;
     }
     CMPIObjectPath* path = nullptr;
-    to.rc = make_CMPI_object_path(to.broker, instance, to.name_space, path);
+    to.rc = make_CMPI_object_path(to.broker, instance, to.name_space, path, &to.strings);
     if (to.rc != CMPI_RC_OK) {
         return false;
     }
@@ -94,12 +95,13 @@ bool deliver_instance(Instance* instance, int /*status*/, void* client_data) {
         return false;
     }
     CMPIObjectPath* path = nullptr;
-    if (make_CMPI_object_path(to.broker, instance, to.name_space, path) != CMPI_RC_OK) {
+    if (make_CMPI_object_path(to.broker, instance, to.name_space, path, &to.strings) !=
+        CMPI_RC_OK) {
         return false;
     }
     CMPIInstance* cmpi_instance = nullptr;
-    to.rc =
-        make_CMPI_instance(to.broker, instance, to.name_space, path, to.properties, cmpi_instance);
+    to.rc = make_CMPI_instance(to.broker, instance, to.name_space, path, to.properties,
+                               cmpi_instance, &to.strings);
     CMRelease(path); // else a long enumeration would heap them up until its end
     if (to.rc != CMPI_RC_OK) {
         return false;

@@ -378,6 +378,30 @@ TEST_F(Conversion_Test, ThrowingObjectManagersAreBorne) {
     EXPECT_TRUE(log.has("get_name() failed: class=Widget, index=0"));
 }
 
+TEST_F(Conversion_Test, StringsAreMadeOnceForEqualTexts) {
+    {
+        CMPI_Strings strings(broker.get());
+        const CMPIString* host = strings.get("host");
+        ASSERT_NE(host, nullptr);
+        EXPECT_EQ(strings.get(std::string("host")), host);
+        EXPECT_EQ(broker.live(), 1u);
+        for (int i = 0; i < 1000; ++i) { // more than there is room for
+            const std::string text = "text " + std::to_string(i);
+            const CMPIString* string = strings.get(text);
+            ASSERT_NE(string, nullptr);
+            EXPECT_EQ(string->ft->getCharPtr(string, nullptr), text);
+        }
+        EXPECT_LE(broker.live(), 64u);
+        EXPECT_STREQ(strings.get("")->ft->getCharPtr(strings.get(""), nullptr), "");
+
+        broker.failing = {"newString"};
+        EXPECT_EQ(strings.get("never seen"), nullptr);
+        broker.failing.clear();
+        EXPECT_NE(strings.get("never seen"), nullptr);
+    }
+    EXPECT_EQ(broker.live(), 0u);
+}
+
 TEST_F(Conversion_Test, ObjectsThatReferToThemselvesEnd) {
     const auto path = std::make_shared<fake::Path>(fake::Path{"n", "Link", {}});
     path->keys.set("Next", {CMPI_ref, CMPI_goodValue, {}, path});
