@@ -600,46 +600,75 @@ Answer Object_Manager::Rep::filter_call(const std::string& name_space,
         });
 }
 
+namespace {
+
+// Calls a member of the indication table; with the older argument list if that is asked for, in
+// which a result stands behind the context.
+template <class... Arguments>
+CMPIStatus call_with_filter(bool older,
+                            CMPIStatus (*member)(CMPIIndicationMI*, const CMPIContext*,
+                                                 Arguments...),
+                            CMPIIndicationMI* mi, const CMPIContext* context,
+                            const CMPIResult* result, Arguments... arguments) {
+    if (!older)
+        return member(mi, context, arguments...);
+    using Older =
+        CMPIStatus (*)(CMPIIndicationMI*, const CMPIContext*, const CMPIResult*, Arguments...);
+    return reinterpret_cast<Older>(reinterpret_cast<void (*)()>(member))(mi, context, result,
+                                                                         arguments...);
+}
+
+} // namespace
+
 Answer Object_Manager::activate_filter(const std::string& name_space, const std::string& class_name,
                                        const std::string& query, const Call& how) {
     return _rep->filter_call(name_space, class_name, query, how, "activateFilter", 1,
-                             [](auto* mi, auto* context, auto*, const Rep::Filter& filter) {
-                                 return mi->ft->activateFilter(mi, context, filter.expression,
-                                                               filter.class_name, filter.path,
-                                                               filter.edge);
+                             [&](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
+                                 return call_with_filter(
+                                     _rep->options.older_indication_arguments,
+                                     mi->ft->activateFilter, mi, context, result, filter.expression,
+                                     filter.class_name, filter.path, filter.edge);
                              });
 }
 
 Answer Object_Manager::deactivate_filter(const std::string& name_space,
                                          const std::string& class_name, const std::string& query,
                                          const Call& how) {
-    return _rep->filter_call(name_space, class_name, query, how, "deActivateFilter", -1,
-                             [](auto* mi, auto* context, auto*, const Rep::Filter& filter) {
-                                 return mi->ft->deActivateFilter(mi, context, filter.expression,
-                                                                 filter.class_name, filter.path,
-                                                                 filter.edge);
-                             });
+    return _rep->filter_call(
+        name_space, class_name, query, how, "deActivateFilter", -1,
+        [&](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
+            return call_with_filter(_rep->options.older_indication_arguments,
+                                    mi->ft->deActivateFilter, mi, context, result,
+                                    filter.expression, filter.class_name, filter.path, filter.edge);
+        });
 }
 
 Answer Object_Manager::authorize_filter(const std::string& name_space,
                                         const std::string& class_name, const std::string& query,
                                         const Call& how) {
     const std::string owner = how.principal.value_or(_rep->options.principal);
-    return _rep->filter_call(name_space, class_name, query, how, "authorizeFilter", 0,
-                             [&](auto* mi, auto* context, auto*, const Rep::Filter& filter) {
-                                 return mi->ft->authorizeFilter(mi, context, filter.expression,
-                                                                filter.class_name, filter.path,
-                                                                owner.c_str());
-                             });
+    return _rep->filter_call(
+        name_space, class_name, query, how, "authorizeFilter", 0,
+        [&](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
+            return call_with_filter(_rep->options.older_indication_arguments,
+                                    mi->ft->authorizeFilter, mi, context, result, filter.expression,
+                                    filter.class_name, filter.path, owner.c_str());
+        });
 }
 
 Answer Object_Manager::must_poll(const std::string& name_space, const std::string& class_name,
                                  const std::string& query, const Call& how) {
-    return _rep->filter_call(name_space, class_name, query, how, "mustPoll", 0,
-                             [](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
-                                 return mi->ft->mustPoll(mi, context, result, filter.expression,
-                                                         filter.class_name, filter.path);
-                             });
+    return _rep->filter_call(
+        name_space, class_name, query, how, "mustPoll", 0,
+        [&](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
+            using Older = CMPIStatus (*)(CMPIIndicationMI*, const CMPIContext*,
+                                         const CMPISelectExp*, const char*, const CMPIObjectPath*);
+            if (_rep->options.older_indication_arguments)
+                return reinterpret_cast<Older>(reinterpret_cast<void (*)()>(mi->ft->mustPoll))(
+                    mi, context, filter.expression, filter.class_name, filter.path);
+            return mi->ft->mustPoll(mi, context, result, filter.expression, filter.class_name,
+                                    filter.path);
+        });
 }
 
 Answer Object_Manager::enable_indications(const std::string& class_name, const Call& how) {

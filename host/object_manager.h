@@ -103,6 +103,9 @@ struct Options {
     std::vector<std::string> name_spaces = {"root/tavrin", "root/pg_interop"};
 
     int broker_version = 210; // 100: tables that claim and end at 100
+    // Calls an indication MI with the argument lists of the oldest headers, which hand over a
+    // result with a filter and none to mustPoll; for a module that was built with such.
+    bool older_indication_arguments = false;
     std::string principal = "root";
 
     // Called on the thread that delivers, before the indication goes into the queue.
