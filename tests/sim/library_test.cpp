@@ -1,4 +1,4 @@
-#include "tests/sim/simulated_library.h"
+#include "tests/sim/simulated_host.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,13 +12,8 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr HBA_WWN firstPort = {{0x10, 0, 2, 0x54, 0x56, 0, 0, 0}};
-constexpr HBA_WWN secondPort = {{0x10, 0, 2, 0x54, 0x56, 0, 0, 1}};
-constexpr HBA_WWN thirdPort = {{0x10, 0, 2, 0x54, 0x56, 0, 1, 0}};
-constexpr HBA_WWN strangePort = {{0x10, 0, 2, 0x54, 0x56, 9, 9, 9}};
-
 /// Each case starts from a host of its own: an adapter with two ports and one with one.
-class LibraryTest : public testing::Test {
+class LibraryTest : public SimulatedHost {
 protected:
     void SetUp() override {
         EXPECT_EQ(control(R"({"clear": true, "resetCounts": true, "scenario": {"adapters": [
@@ -28,20 +23,6 @@ protected:
             {"name": "Tavrin-B", "attributes": {"kernelVersion": null}}]}})"),
                   "");
     }
-
-    void TearDown() override { control(R"({"clear": true})"); }
-
-    /// The message of a control request, empty when it was taken.
-    std::string control(const char* request) {
-        char message[256] = "";
-        const int result = CALL(m_library, tvrsim_control)(request, message, sizeof message);
-        EXPECT_EQ(result, *message == '\0' ? 0 : -1);
-        return message;
-    }
-
-    int64_t calls(const char* name) { return CALL(m_library, tvrsim_calls)(name); }
-
-    HBA_HANDLE open(std::string name) { return CALL(m_library, HBA_OpenAdapter)(name.data()); }
 
     /// A value of 64 bits in a statistics buffer, or nothing but zero with found cleared.
     uint64_t counter(uint16_t id, bool& found) {
@@ -61,8 +42,6 @@ protected:
         }
         return number;
     }
-
-    const SimulatedLibrary m_library{TVRSIM_DIRECTORY "/liblrmapi.so"};
 };
 
 } // namespace
@@ -207,6 +186,13 @@ TEST_F(LibraryTest, BeaconGoesOnAndOffWhereThereIsOne) {
     EXPECT_EQ(control(R"({"ports": {"1000025456000000": {"beacon": "noDiagnostics"}}})"), "");
     EXPECT_EQ(get(firstPort, &state), RM_STATUS_DIAG_NOT_AVAILABLE);
     EXPECT_EQ(set(firstPort, RM_BEACON_OFF), RM_STATUS_DIAG_NOT_AVAILABLE);
+    changePort(R"({"beacon": "unanswered"})");
+    EXPECT_EQ(get(firstPort, &state), RM_STATUS_OK);
+    EXPECT_EQ(state, 77U) << "success that leaves the output as it was";
+    changePort(R"({"beacon": "unknown"})");
+    EXPECT_EQ(get(firstPort, &state), RM_STATUS_OK);
+    EXPECT_GT(state, RM_BEACON_ON);
+    EXPECT_EQ(set(firstPort, RM_BEACON_ON), RM_STATUS_NOT_SUPPORTED);
 }
 
 TEST_F(LibraryTest, ControlChangesAllOrNothing) {

@@ -72,11 +72,36 @@ TEST(Scenario, MalformedTextNamesThePlace) {
          "adapters[0].ports[0].supportedSpeed[1]: a number or one of the words"},
         {R"({"adapters": [{"ports": [{"fcId": "0x1000000"}]}]})",
          "adapters[0].ports[0].fcId: 16777216 is"},
-        {R"({"adapters": [{"ports": [{"beacon": 7}]}]})", "adapters[0].ports[0].beacon: one of the words"},
+        {R"({"adapters": [{"ports": [{"beacon": 7}]}]})",
+         "adapters[0].ports[0].beacon: one of the words"},
         {R"({"adapters": [{"ports": [{"statistics": {"txFrames": {"value": "1"}}}]}]})",
          "adapters[0].ports[0].statistics.txFrames.value: "},
         {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"type": "toaster"}]}]}]}]})",
          "adapters[0].ports[0].targets[0].luns[0].type: \"toaster\" is none of disk"},
+        {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"identifier": "01",
+            "identifiers": []}]}]}]}]})",
+         "adapters[0].ports[0].targets[0].luns[0].identifiers: there is \"identifier\" already"},
+        {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"identifiers": [{"type": 16}]}]}]}]}]})",
+         "adapters[0].ports[0].targets[0].luns[0].identifiers[0].type: 16 is above"},
+        {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"raw": {"0x8": ""}}]}]}]}]})",
+         "adapters[0].ports[0].targets[0].luns[0].raw.0x8: no such command"},
+        {R"({"adapters": [{"ports": [{"targets": [{"copies": 66, "luns": [{"copies": 1000}]}]}]}]})",
+         "adapters[0].ports[0].targets[0]: more than 65536 targets or logical units"},
+        {R"({"adapters": [{"copies": 5, "ports": [{"targets": [{"luns": [{"copies": 60000}]}]}]}]})",
+         "adapters[0]: more than 262144 logical units in all"},
+        {R"({"adapters": [{"ports": [{"transceiver": {"vcc": 1e39}}]}]})",
+         "adapters[0].ports[0].transceiver.vcc: a number is wanted here"},
+        {R"({"adapters": [{"ports": [{"transceiver": {"vendorName": "1234567890123456789"}}]}]})",
+         "adapters[0].ports[0].transceiver.vendorName: a text of 19 bytes is longer than 18"},
+        {R"({"adapters": [{"ports": [{"vpd": {"walk": 3}}]}]})",
+         "adapters[0].ports[0].vpd.walk: one of the words ends, endless, outside"},
+        {R"({"adapters": [{"ports": [{"flash": {"images": [{}, {"copies": 128}]}}]}]})",
+         "adapters[0].ports[0].flash.images[1]: more than 128"},
+        {R"({"adapters": [{"ports": [{"pciRegisters": {"baseClass": 256}}]}]})",
+         "adapters[0].ports[0].pciRegisters.baseClass: 256 is above the highest value 255"},
+        {R"({"globalDriverParameters": {"entries": [{"name": "12345678901234567890123456789012",
+            "copies": 1}]}})",
+         "globalDriverParameters.entries[0].name: with its number"},
         {R"({"entryPoints": {"LRM_Nothing": {}}})", "entryPoints.LRM_Nothing: no such entry point"},
         {R"({"entryPoints": {"LRM_InitLib": {"latencyMs": 60001}}})",
          "entryPoints.LRM_InitLib.latencyMs: a number from 0 to 60000"},
@@ -150,6 +175,39 @@ TEST(Scenario, CopiesHaveNamesOfTheirOwn) {
     EXPECT_EQ(ports.size(), 600U);
 }
 
+TEST(Scenario, CopiesOfTargetsAndUnitsCountOn) {
+    const Scenario scenario = read(R"({"adapters": [{"ports": [{"targets": [
+        {"portWWN": "50000000000000FF", "fcId": "0xFFFFFF", "scsiTarget": 5, "copies": 2, "luns": [
+            {"fcpLun": 7, "copies": 2, "osDeviceName": "sd{n}.{n}", "serialNumber": "x",
+             "identifiers": [{"bytes": "FFFFFFFF"}, {"bytes": "01FF"}, {"text": "u{n}"}]},
+            {"osDeviceName": "sd{n}"}]},
+        {"luns": [{"osDeviceName": "sd{n}"}, {"osLun": 9}]}]}]}]})");
+    const Port& port = scenario.adapters.at(0).ports.at(0);
+    EXPECT_EQ(port.hba.NumberofDiscoveredPorts, 3U);
+    EXPECT_EQ(port.targets->unitCount(), 8U);
+    const std::vector<Target>& targets = port.targets->targets();
+    const Target& second = targets.at(1);
+    EXPECT_EQ(wwnText(second.portWwn), "5000000000000100");
+    EXPECT_EQ(second.fcId, 0U);
+    EXPECT_EQ(second.scsiTarget, 6U);
+    const Lun& last = second.luns.at(1);
+    EXPECT_EQ(last.fcpLun, 8U);
+    EXPECT_EQ(last.osLun, 1U);
+    EXPECT_EQ(last.osDeviceName, "sd3.3");
+    EXPECT_EQ(last.serialNumber, "x");
+    EXPECT_EQ(last.designators.at(0).bytes, std::string("\0\0\0\2", 4));
+    EXPECT_EQ(last.designators.at(1).bytes, std::string("\2\2", 2));
+    EXPECT_EQ(last.designators.at(2).bytes, "u3");
+    EXPECT_EQ(last.designators.at(2).codeSet, 2);
+    EXPECT_EQ(second.luns.at(2).osDeviceName, "sd1");
+    EXPECT_EQ(second.luns.at(2).fcpLun, 2U);
+    EXPECT_TRUE(second.luns.at(2).designators.empty()) << "names come with copies of the unit";
+    EXPECT_EQ(wwnText(targets.at(2).portWwn), "5002545690000002");
+    EXPECT_EQ(targets.at(2).luns.at(0).osDeviceName, "sd{n}") << "without copies as it stands";
+    EXPECT_EQ(targets.at(2).luns.at(1).osLun, 9U);
+    EXPECT_EQ(port.targets->find(second.portWwn, 8), &last);
+}
+
 TEST(Scenario, FieldsOverrideAndFollow) {
     const Scenario scenario = read(R"({"adapters": [{
         "nodeWWN": "20:00:02:54:56:AA:BB:CC", "numberOfPorts": 3,
@@ -187,11 +245,33 @@ TEST(Scenario, SchemaOffersOnlyKnownFields) {
         {"target", {"{\"adapters\": [{\"ports\": [{\"targets\": [{\"", "\": [[]]}]}]}]}"}},
         {"lun",
          {"{\"adapters\": [{\"ports\": [{\"targets\": [{\"luns\": [{\"", "\": [[]]}]}]}]}]}"}},
+        {"identifier",
+         {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"identifiers": [{")",
+          "\": [[]]}]}]}]}]}]}"}},
+        {"failure",
+         {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"failures": {"0x00": {")",
+          "\": [[]]}}}]}]}]}]}"}},
+        {"mapping", {"{\"adapters\": [{\"mapping\": {\"", "\": [[]]}}]}"}},
+        {"vpd", {"{\"adapters\": [{\"ports\": [{\"vpd\": {\"", "\": [[]]}}]}]}"}},
+        {"vpdEntry",
+         {"{\"adapters\": [{\"ports\": [{\"vpd\": {\"entries\": [{\"", "\": [[]]}]}}]}]}"}},
+        {"transceiver", {"{\"adapters\": [{\"ports\": [{\"transceiver\": {\"", "\": [[]]}}]}]}"}},
+        {"flash", {"{\"adapters\": [{\"ports\": [{\"flash\": {\"", "\": [[]]}}]}]}"}},
+        {"flashImage",
+         {"{\"adapters\": [{\"ports\": [{\"flash\": {\"images\": [{\"", "\": [[]]}]}}]}]}"}},
+        {"pciRegisters", {"{\"adapters\": [{\"ports\": [{\"pciRegisters\": {\"", "\": [[]]}}]}]}"}},
+        {"driverParameters", {"{\"globalDriverParameters\": {\"", "\": [[]]}}"}},
+        {"driverParameter", {"{\"globalDriverParameters\": {\"entries\": [{\"", "\": [[]]}]}}"}},
+        {"dumps", {"{\"adapters\": [{\"ports\": [{\"dumps\": {\"", "\": [[]]}}]}]}"}},
         {"rule", {"{\"entryPoints\": {\"LRM_InitLib\": {\"", "\": [[]]}}}"}},
         {"adapterAttributes", {"{\"adapters\": [{\"attributes\": {\"", "\": [[]]}}]}"}},
         {"portAttributes", {"{\"adapters\": [{\"ports\": [{\"attributes\": {\"", "\": [[]]}}]}]}"}},
         {"statistics", {"{\"adapters\": [{\"ports\": [{\"statistics\": {\"", "\": [[]]}}]}]}"}},
     };
+    for (const auto& definition : schema.at("$defs").items()) {
+        EXPECT_TRUE(!definition.value().contains("properties") || frames.contains(definition.key()))
+            << definition.key();
+    }
     for (const auto& [name, frame] : frames) {
         const Json& properties = schema.at("$defs").at(name).at("properties");
         EXPECT_FALSE(properties.empty()) << name;

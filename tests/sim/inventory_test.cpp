@@ -1,0 +1,440 @@
+#include "tests/sim/simulated_host.h"
+
+#include <gmock/gmock.h>
+
+#include <vector>
+
+using testing::ElementsAre;
+using testing::Pair;
+
+namespace {
+
+/// Each case starts from an adapter with one port that has nothing of the inventory.
+class InventoryTest : public SimulatedHost {
+protected:
+    void SetUp() override {
+        EXPECT_EQ(control(R"({"clear": true, "resetCounts": true,
+                              "scenario": {"adapters": [{"name": "A"}, {}]}})"),
+                  "");
+    }
+
+    /// The content of a sized call, fetched as its protocol wants it.
+    using Fetch = RM_STATUS(HBA_WWN, void*, uint32_t*);
+    std::vector<char> content(Fetch& fetch) {
+        uint32_t need = 0;
+        EXPECT_EQ(fetch(firstPort, nullptr, &need), RM_STATUS_MORE_DATA);
+        std::vector<char> small(need, '#');
+        uint32_t size = need - 1;
+        EXPECT_EQ(fetch(firstPort, small.data(), &size), RM_STATUS_MORE_DATA);
+        EXPECT_EQ(size, need);
+        EXPECT_EQ(small, std::vector<char>(need, '#')) << "wrote into a small buffer";
+        std::vector<char> bytes(need);
+        EXPECT_EQ(fetch(firstPort, bytes.data(), &size), RM_STATUS_OK);
+        return bytes;
+    }
+
+    /// One step of a walk over VPD into buffers of the usual sizes.
+    struct Step {
+        void* next;
+        std::string keyword;
+        std::string value;
+    };
+    Step step(void* cursor) {
+        char keyword[4];
+        char value[256];
+        std::memset(keyword, '#', sizeof keyword);
+        std::memset(value, '#', sizeof value);
+        void* const next = CALL(m_library, RM_GetNextVpdEntry)(cursor, keyword, sizeof keyword,
+                                                               value, sizeof value);
+        return {next,
+                {keyword, strnlen(keyword, sizeof keyword)},
+                {value, strnlen(value, sizeof value)}};
+    }
+
+    std::vector<RM_DRIVERPARAM> localParameters() {
+        uint32_t count = 100;
+        std::vector<RM_DRIVERPARAM> records(count);
+        EXPECT_EQ(CALL(m_library, LRM_GetDriverParams)(firstPort, records.data(), &count), 0U);
+        records.resize(std::min<size_t>(count, records.size()));
+        return records;
+    }
+
+    std::vector<std::string> dumpFiles() {
+        std::vector<char> bytes(8 + 20 * 256, '#');
+        auto* const names = reinterpret_cast<RM_DUMPFILENAMES*>(bytes.data());
+        names->count = 20;
+        EXPECT_EQ(CALL(m_library, LRM_GetDumpFileNames)(firstPort, names), RM_STATUS_OK);
+        std::vector<std::string> files;
+        for (uint32_t i = 0; i < names->count; ++i) {
+            const char* const name = bytes.data() + 8 + i * 256;
+            files.emplace_back(name, strnlen(name, 256));
+        }
+        return files;
+    }
+};
+
+} // namespace
+
+TEST_F(InventoryTest, WhatAPortLacksIsNotSupported) {
+    char buffer[8 + 128 * 132];
+    uint32_t size = sizeof buffer;
+    const auto expectLack = [&] {
+        EXPECT_EQ(CALL(m_library, LRM_GetVPD)(firstPort, buffer, &size), 2U);
+        EXPECT_EQ(CALL(m_library, LRM_GetSffData)(firstPort, buffer, &size), 2U);
+        EXPECT_EQ(CALL(m_library, LRM_GetDriverParams)(firstPort, nullptr, &size), 2U);
+        EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(firstPort, nullptr, &size), 2U);
+        EXPECT_EQ(CALL(m_library, LRM_SetDriverParam)(firstPort, "a=1", 0), 2U);
+        EXPECT_EQ(CALL(m_library, LRM_SetDriverParam)(firstPort, "a=1", 2), 2U);
+        EXPECT_EQ(CALL(m_library, LRM_GetDumpRetentionCount)(firstPort, &size), 2U);
+        EXPECT_EQ(CALL(m_library, LRM_DeleteDumpFiles)(firstPort), 2U);
+        EXPECT_EQ(CALL(m_library, LRM_DiagGetLoadListParams)(firstPort, nullptr), 2U);
+        EXPECT_EQ(CALL(m_library, LRM_DiagReadPCIRegistersV2)(firstPort, nullptr), 2U);
+    };
+    expectLack();
+    changePort(R"({"vpd": {}, "transceiver": {}, "flash": {}, "pciRegisters": {}, "dumps": {},
+                   "driverParameters": {}})");
+    EXPECT_EQ(control(R"({"globalDriverParameters": {}})"), "");
+    EXPECT_EQ(CALL(m_library, LRM_GetSffData)(firstPort, buffer, &size), RM_STATUS_OK);
+    EXPECT_GT(localParameters().size(), 2U);
+    EXPECT_EQ(CALL(m_library, LRM_GetVPD)(strangePort, buffer, &size), RM_STATUS_ILLEGAL_WWN);
+    changePort(R"({"vpd": null, "transceiver": null, "flash": null, "pciRegisters": null,
+                   "dumps": null, "driverParameters": null})");
+    EXPECT_EQ(control(R"({"globalDriverParameters": null})"), "");
+    expectLack();
+}
+
+TEST_F(InventoryTest, VpdIsWalkedToItsEnd) {
+    const std::string full(256, 'v');
+    changePort(R"({"vpd": {"entries": [{"keyword": "product", "value": "A board"},
+                   {"keyword": "SN", "value": ""}, {"keyword": {"bytes": "FF00"}, "value": {"bytes":
+                   "41FF"}}, {"keyword": "WIDE", "value": ")" +
+               full + "\"}]}}");
+    std::vector<char> buffer = content(CALL(m_library, LRM_GetVPD));
+    EXPECT_LE(buffer.size(), RM_VPD_SIZE);
+    std::vector<std::pair<std::string, std::string>> entries;
+    void* cursor = buffer.data();
+    for (Step each = step(cursor); each.next != nullptr; each = step(cursor)) {
+        cursor = each.next;
+        ASSERT_TRUE(cursor > buffer.data() && cursor < buffer.data() + buffer.size());
+        entries.emplace_back(each.keyword, each.value);
+    }
+    EXPECT_THAT(entries, ElementsAre(Pair("\x82\x82", "A board"), Pair("SN", ""),
+                                     Pair("\xFF", "A\xFF"), Pair("WIDE", full)));
+    EXPECT_EQ(step(cursor).keyword, "####") << "the end copies nothing";
+    EXPECT_EQ(step(nullptr).next, nullptr);
+    EXPECT_EQ(control(R"({"entryPoints": {"RM_GetNextVpdEntry": {"status": 1}}})"), "");
+    EXPECT_EQ(step(buffer.data()).next, nullptr);
+}
+
+TEST_F(InventoryTest, VpdCanBeHostile) {
+    changePort(R"({"vpd": {"entries": [{"keyword": "SN", "value": "1"}, {"keyword": "PN",
+                   "value": "2"}], "walk": "endless"}})");
+    std::vector<char> buffer = content(CALL(m_library, LRM_GetVPD));
+    void* cursor = buffer.data();
+    for (int i = 0; i < 1001; ++i) {
+        const Step each = step(cursor);
+        ASSERT_TRUE(each.next >= buffer.data() && each.next < buffer.data() + buffer.size());
+        EXPECT_EQ(each.keyword, i % 2 == 0 ? "SN" : "PN");
+        cursor = each.next;
+    }
+    changePort(R"({"vpd": {"walk": "outside"}})");
+    buffer = content(CALL(m_library, LRM_GetVPD));
+    cursor = step(step(buffer.data()).next).next;
+    ASSERT_NE(cursor, nullptr);
+    EXPECT_FALSE(cursor >= buffer.data() && cursor < buffer.data() + buffer.size());
+    cursor = step(cursor).next;
+    EXPECT_EQ(step(cursor).next, nullptr) << "who follows it comes to an end";
+
+    changePort(R"({"vpd": {"walk": "ends", "bytes": "DE AD"}})");
+    buffer = content(CALL(m_library, LRM_GetVPD));
+    EXPECT_EQ(std::string(buffer.data(), 2), "\xDE\xAD");
+    EXPECT_EQ(step(buffer.data()).next, nullptr);
+    changePort(R"({"vpd": {"bytes": null, "entries": []}})");
+    buffer = content(CALL(m_library, LRM_GetVPD));
+    EXPECT_EQ(step(buffer.data()).next, nullptr);
+    changePort("{\"vpd\": {\"bytes\": \"" + std::string(2 * RM_VPD_SIZE, '0') + "\"}}");
+    buffer.resize(RM_VPD_SIZE);
+    uint32_t size = RM_VPD_SIZE;
+    EXPECT_EQ(CALL(m_library, LRM_GetVPD)(firstPort, buffer.data(), &size), RM_STATUS_MORE_DATA);
+}
+
+TEST_F(InventoryTest, TransceiverRecord) {
+    changePort(R"({"transceiver": {
+        "identifier": 3, "extendedIdentifier": 4, "connector": 7, "wavelength": 1310,
+        "temperature": -1.5, "vcc": 3.25, "txBiasCurrent": 6.5, "txPower": 0.5, "rxPower": 0.25,
+        "vendorOui": "AB:CD:EF", "vendorName": "123456789012345678", "vendorPartNumber": "PN   ",
+        "vendorRevision": "", "vendorSerialNumber": "S1", "dateCode": "991231"}})");
+    RM_SFFDATA data;
+    const auto fetch = [&] {
+        const std::vector<char> bytes = content(CALL(m_library, LRM_GetSffData));
+        ASSERT_EQ(bytes.size(), 948U);
+        std::memcpy(&data, bytes.data(), sizeof data);
+    };
+    fetch();
+    EXPECT_EQ(data.hasIdentity, 1);
+    EXPECT_EQ(data.hasDiagnostics, 1);
+    EXPECT_EQ(data.identifier, 3);
+    EXPECT_EQ(data.extendedIdentifier, 4);
+    EXPECT_EQ(data.connector, 7);
+    EXPECT_EQ(data.wavelength, 1310);
+    EXPECT_EQ(data.temperature, -1.5F);
+    EXPECT_EQ(data.vcc, 3.25F);
+    EXPECT_EQ(data.txBiasCurrent, 6.5F);
+    EXPECT_EQ(data.txPower, 0.5F);
+    EXPECT_EQ(data.rxPower, 0.25F);
+    EXPECT_EQ(std::memcmp(data.vendorOui, "\xAB\xCD\xEF", 3), 0);
+    EXPECT_EQ(std::string(data.vendorName, 18), "123456789012345678") << "no terminator";
+    EXPECT_STREQ(data.vendorPartNumber, "PN   ");
+    EXPECT_STREQ(data.vendorRevision, "");
+    EXPECT_STREQ(data.vendorSerialNumber, "S1");
+    EXPECT_EQ(std::string(data.dateCode, 6), "991231");
+
+    changePort(R"({"transceiver": {"hasDiagnostics": false, "vcc": 1}})");
+    fetch();
+    EXPECT_EQ(data.hasDiagnostics, 0);
+    EXPECT_EQ(data.vcc, 1.0F);
+    EXPECT_EQ(data.rxPower, 0.25F) << "fields that are not named stay";
+    changePort(R"({"transceiver": {"bytes": "AA BB", "identifier": 9}})");
+    fetch();
+    EXPECT_EQ(data.raw[1], 0xBB);
+    EXPECT_EQ(data.identifier, 9);
+    EXPECT_EQ(data.wavelength, 0) << "bytes stand for the whole record";
+}
+
+TEST_F(InventoryTest, LoadListsTellTheirImagesAndOneMore) {
+    auto& read = CALL(m_library, LRM_DiagGetLoadListParams);
+    RM_LOADLIST list;
+    const auto fetch = [&](const char* flash) {
+        changePort(std::string("{\"flash\": ") + flash + "}");
+        std::memset(&list, 0xEE, sizeof list);
+        EXPECT_EQ(read(firstPort, &list), RM_STATUS_OK);
+        return list.count;
+    };
+    EXPECT_EQ(fetch(R"({"images": [{"next": 1, "previous": 2, "startAddress": "0x30",
+        "programLength": 4, "programId": [5, 6], "description": "123456789012345678901234",
+        "isWakeupParameter": true, "programType": "Kernel", "version": "1.11a5"}]})"),
+              2U);
+    const RM_LOADENTRY& image = list.entry[0];
+    EXPECT_EQ(image.next, 1U);
+    EXPECT_EQ(image.previous, 2U);
+    EXPECT_EQ(image.startAddress, 0x30U);
+    EXPECT_EQ(image.programLength, 4U);
+    EXPECT_EQ(image.programId[0], 5U);
+    EXPECT_EQ(image.programId[1], 6U);
+    EXPECT_EQ(std::string(image.description, 24), "123456789012345678901234");
+    EXPECT_EQ(image.isWakeupParameter, 1U);
+    EXPECT_STREQ(image.programType, "Kernel");
+    EXPECT_STREQ(image.version, "1.11a5");
+    EXPECT_EQ(list.entry[1].next, 0xEEEEEEEEU) << "only what is there is written";
+
+    EXPECT_EQ(fetch(R"({"images": []})"), 1U);
+    EXPECT_EQ(fetch(R"({"images": [{"copies": 99, "version": "2.00a1"}]})"), 100U);
+    EXPECT_STREQ(list.entry[98].version, "2.00a1");
+    EXPECT_EQ(list.entry[99].next, 0xEEEEEEEEU);
+    EXPECT_EQ(fetch(R"({"images": [{"bytes": "01"}], "count": 4294967295})"), 0xFFFFFFFFU);
+    EXPECT_EQ(list.entry[0].next, 1U);
+    EXPECT_EQ(fetch(R"({"count": 0})"), 0U);
+    EXPECT_EQ(fetch(R"({"count": null})"), 2U);
+    EXPECT_EQ(read(firstPort, nullptr), RM_STATUS_ERROR);
+}
+
+TEST_F(InventoryTest, PciRegistersAreALittleEndianHeader) {
+    auto& read = CALL(m_library, LRM_DiagReadPCIRegistersV2);
+    changePort(R"({"pciRegisters": {"bytes": "", "deviceId": "0x1234", "baseClass": 12,
+                   "baseAddress5": "0x89ABCDEF", "maximumLatency": 255}})");
+    RM_PCIREGISTERS registers;
+    ASSERT_EQ(read(firstPort, &registers), RM_STATUS_OK);
+    std::vector<uint8_t> expected(256);
+    expected[0x02] = 0x34;
+    expected[0x03] = 0x12;
+    expected[0x0B] = 12;
+    expected[0x24] = 0xEF;
+    expected[0x25] = 0xCD;
+    expected[0x26] = 0xAB;
+    expected[0x27] = 0x89;
+    expected[0x3F] = 255;
+    EXPECT_EQ(std::vector<uint8_t>(std::begin(registers.config), std::end(registers.config)),
+              expected);
+    changePort(R"({"pciRegisters": {"deviceId": 0}})");
+    EXPECT_EQ(read(firstPort, &registers), RM_STATUS_OK);
+    EXPECT_EQ(registers.config[0x03], 0);
+    EXPECT_EQ(registers.config[0x3F], 255);
+    const std::string all = std::string(638, 'A') + "5C";
+    changePort("{\"pciRegisters\": {\"bytes\": \"" + all + "\"}}");
+    EXPECT_EQ(read(firstPort, &registers), RM_STATUS_OK);
+    EXPECT_EQ(registers.reserved[63], 0x5C);
+    EXPECT_EQ(control("{\"ports\": {\"1000025456000000\": {\"pciRegisters\": {\"bytes\": \"" + all +
+                      "00\"}}}}"),
+              "ports.1000025456000000.pciRegisters.bytes: 321 bytes are more than 320");
+}
+
+TEST_F(InventoryTest, DriverParametersTellTheirNeed) {
+    changePort(R"({"driverParameters": {"entries": [{"name": "first", "low": 1, "high": 9,
+        "default": 5, "current": 6, "exportFlag": 2, "dynamic": 3, "help": "Help"},
+        {"name": "more-", "copies": 59}]}})");
+    for (const char* status : {"7", "191"}) {
+        changePort(std::string("{\"driverParameters\": {\"tooSmallStatus\": ") + status + "}}");
+        std::vector<RM_DRIVERPARAM> records(61);
+        std::memset(records.data(), 0xEE, records.size() * sizeof records[0]);
+        const std::vector<RM_DRIVERPARAM> untouched = records;
+        auto& get = CALL(m_library, LRM_GetDriverParams);
+        uint32_t count = 52;
+        EXPECT_EQ(get(firstPort, records.data(), &count), static_cast<uint32_t>(atoi(status)));
+        EXPECT_EQ(count, 60U);
+        EXPECT_EQ(std::memcmp(&records[0], &untouched[0], 61 * sizeof records[0]), 0);
+        EXPECT_EQ(get(firstPort, records.data(), &count), RM_STATUS_OK);
+        EXPECT_EQ(count, 60U);
+        EXPECT_EQ(std::memcmp(&records[60], &untouched[60], sizeof records[0]), 0);
+        EXPECT_STREQ(records[59].name, "more-58");
+        const RM_DRIVERPARAM& first = records[0];
+        EXPECT_STREQ(first.name, "first");
+        EXPECT_EQ(first.low, 1U);
+        EXPECT_EQ(first.high, 9U);
+        EXPECT_EQ(first.defaultValue, 5U);
+        EXPECT_EQ(first.current, 6U);
+        EXPECT_EQ(first.exportFlag, 2U);
+        EXPECT_EQ(first.dynamic, 3U);
+        EXPECT_STREQ(first.help, "Help");
+        EXPECT_EQ(get(firstPort, records.data(), nullptr), RM_STATUS_ERROR);
+    }
+    // Counts that lie.
+    changePort(R"({"driverParameters": {"need": 4294967295, "count": 7}})");
+    uint32_t count = 59;
+    RM_DRIVERPARAM records[60];
+    EXPECT_EQ(CALL(m_library, LRM_GetDriverParams)(firstPort, records, &count), 191U);
+    EXPECT_EQ(count, 0xFFFFFFFFU);
+    EXPECT_EQ(localParameters().size(), 7U);
+}
+
+TEST_F(InventoryTest, DriverParametersAreSetWithinTheirRange) {
+    const char* const list = R"({"entries": [{"name": "pace", "low": 10, "high": 20,
+                                              "default": 10}]})";
+    changePort(std::string("{\"driverParameters\": ") + list + "}");
+    EXPECT_EQ(control(std::string("{\"globalDriverParameters\": ") + list + "}"), "");
+    auto& set = CALL(m_library, LRM_SetDriverParam);
+    const auto local = [&] { return localParameters().at(0).current; };
+    const auto global = [&](HBA_WWN port) {
+        RM_DRIVERPARAM record = {};
+        uint32_t count = 1;
+        EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(port, &record, &count), 0U);
+        return record.current;
+    };
+    for (const char* wrong : {"pace=9", "pace=21", "pace=", "pace", "=10", "pac=10", "pacer=10",
+                              "pace=-1", "pace=1x", "pace=4294967306", "pace=0x"}) {
+        EXPECT_EQ(set(firstPort, wrong, 0), RM_STATUS_ERROR) << wrong;
+    }
+    EXPECT_EQ(set(firstPort, "pace=10", 4), RM_STATUS_ERROR);
+    EXPECT_EQ(set(firstPort, nullptr, 0), RM_STATUS_ERROR);
+    EXPECT_EQ(set(strangePort, "pace=10", 0), RM_STATUS_ILLEGAL_WWN);
+    EXPECT_EQ(local(), 10U);
+
+    EXPECT_EQ(set(firstPort, "pace=20", RM_DRIVER_PARAM_PERMANENT), RM_STATUS_OK);
+    EXPECT_EQ(set(firstPort, "pace=0x0C", 0), RM_STATUS_OK);
+    EXPECT_EQ(local(), 12U);
+    EXPECT_EQ(global(firstPort), 10U);
+    EXPECT_EQ(CALL(m_library, LRM_ResetHBA)(firstPort, 1), RM_STATUS_OK);
+    EXPECT_EQ(local(), 20U) << "a temporary value ends with the reset";
+    EXPECT_EQ(set(firstPort, "pace=15", RM_DRIVER_PARAM_GLOBAL), RM_STATUS_OK);
+    EXPECT_EQ(local(), 20U);
+    EXPECT_EQ(global(thirdPort), 15U) << "global parameters are one list for all ports";
+    EXPECT_EQ(CALL(m_library, LRM_ResetHBA)(firstPort, 1), RM_STATUS_OK);
+    EXPECT_EQ(global(firstPort), 15U);
+}
+
+TEST_F(InventoryTest, PortsAreDisabledAndEnabledUnlessTheyBoot) {
+    auto& enable = CALL(m_library, LRM_SetPortEnabled);
+    auto& bootCode = CALL(m_library, LRM_SetBootBiosState);
+    auto& reset = CALL(m_library, LRM_ResetHBA);
+    const auto state = [&] { return attribute(RM_PA_PHYSICAL_STATE); };
+    uint8_t answer = 77;
+    EXPECT_EQ(attribute(RM_HA_BOOT_CODE_ENABLED), 1U);
+    EXPECT_EQ(enable(firstPort, 0, &answer), RM_STATUS_BOOT_CODE_ENABLED);
+    EXPECT_EQ(answer, 77);
+    EXPECT_EQ(bootCode(firstPort, 2), RM_STATUS_ERROR);
+    EXPECT_EQ(bootCode(firstPort, 0), RM_STATUS_OK);
+    EXPECT_EQ(attribute(RM_HA_BOOT_CODE_ENABLED), 0U);
+
+    EXPECT_EQ(enable(firstPort, 2, &answer), RM_STATUS_ERROR);
+    EXPECT_EQ(enable(firstPort, 0, &answer), RM_STATUS_OK);
+    EXPECT_EQ(answer, 0);
+    EXPECT_EQ(state(), RM_PORT_STATE_DISABLED);
+    EXPECT_EQ(attribute(RM_PA_LINK_STATE), RM_PORT_STATE_DISABLED);
+    HBA_PORTATTRIBUTES port;
+    EXPECT_EQ(CALL(m_library, HBA_GetAdapterPortAttributes)(open("A"), 0, &port), HBA_STATUS_OK);
+    EXPECT_EQ(port.PortState, HBA_PORTSTATE_OFFLINE);
+    EXPECT_EQ(enable(firstPort, 0, &answer), RM_STATUS_OK);
+    EXPECT_EQ(enable(firstPort, 1, &answer), RM_STATUS_OK);
+    EXPECT_EQ(state(), HBA_PORTSTATE_ONLINE) << "the state before it was disabled";
+
+    changePort(R"({"enableNeedsReset": true})");
+    EXPECT_EQ(enable(firstPort, 0, &answer), RM_STATUS_OK);
+    EXPECT_EQ(answer, RM_PORT_ENABLED_AFTER_RESET);
+    EXPECT_EQ(state(), HBA_PORTSTATE_ONLINE);
+    EXPECT_EQ(reset(firstPort, 0), RM_STATUS_ERROR);
+    EXPECT_EQ(state(), HBA_PORTSTATE_ONLINE);
+    EXPECT_EQ(reset(firstPort, 1), RM_STATUS_OK);
+    EXPECT_EQ(state(), RM_PORT_STATE_DISABLED);
+
+    for (const auto& [before, after] : {std::pair("needsReset", HBA_PORTSTATE_ONLINE),
+                                        {"linkDownNeedsReset", HBA_PORTSTATE_LINKDOWN},
+                                        {"loopback", HBA_PORTSTATE_LOOPBACK},
+                                        {"disabled", RM_PORT_STATE_DISABLED}}) {
+        changePort(std::string("{\"state\": \"") + before + "\"}");
+        EXPECT_EQ(reset(firstPort, 1), RM_STATUS_OK);
+        EXPECT_EQ(state(), after) << before;
+    }
+    EXPECT_EQ(control(R"({"adapters": {"A": {"attributes": {"bootCodeEnabled": null}}}})"), "");
+    EXPECT_EQ(bootCode(firstPort, 1), RM_STATUS_NOT_SUPPORTED);
+}
+
+TEST_F(InventoryTest, DumpsAreKeptInMemory) {
+    const std::string longName(256, 'n');
+    changePort(R"({"dumps": {"directory": "/d", "retentionCount": 3, "files": ["one", ")" +
+               longName + "\"]}}");
+    EXPECT_THAT(dumpFiles(), ElementsAre("one", longName));
+    struct {
+        RM_DUMPFILENAMES head;
+        char canary = '#';
+    } list;
+    list.head.count = 1;
+    list.head.name[0][0] = '#';
+    EXPECT_EQ(CALL(m_library, LRM_GetDumpFileNames)(firstPort, &list.head),
+              RM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(list.head.count, 2U);
+    EXPECT_EQ(list.head.name[0][0], '#');
+
+    // The rule's place is the port, though the host comes first.
+    EXPECT_EQ(control(R"({"entryPoints": {"LRM_GenerateDump": {"where": "1000025456000000",
+                          "failCall": 3, "failStatus": 64}}})"),
+              "");
+    auto& generate = CALL(m_library, LRM_GenerateDump);
+    EXPECT_EQ(generate(HBA_WWN{}, firstPort), RM_STATUS_OK);
+    EXPECT_EQ(dumpFiles().size(), 3U);
+    EXPECT_EQ(generate(HBA_WWN{}, firstPort), RM_STATUS_OK);
+    EXPECT_EQ(generate(HBA_WWN{}, firstPort), RM_STATUS_ADAPTER_BUSY);
+    EXPECT_THAT(dumpFiles(), ElementsAre(longName, "tvrdump_1000025456000000_3.dmp",
+                                         "tvrdump_1000025456000000_4.dmp"))
+        << "the oldest goes";
+    auto& setCount = CALL(m_library, LRM_SetDumpRetentionCount);
+    EXPECT_EQ(setCount(firstPort, 0), RM_STATUS_ERROR);
+    EXPECT_EQ(setCount(firstPort, 1), RM_STATUS_OK);
+    uint32_t count = 0;
+    EXPECT_EQ(CALL(m_library, LRM_GetDumpRetentionCount)(firstPort, &count), RM_STATUS_OK);
+    EXPECT_EQ(count, 1U);
+    EXPECT_EQ(CALL(m_library, LRM_GenerateEfdDump)(firstPort, 6, 0), RM_STATUS_OK);
+    EXPECT_THAT(dumpFiles(), ElementsAre("tvrdump_1000025456000000_type6_5.dmp"));
+    EXPECT_EQ(CALL(m_library, LRM_DeleteDumpFiles)(firstPort), RM_STATUS_OK);
+    EXPECT_THAT(dumpFiles(), ElementsAre());
+
+    char directory[4] = "###";
+    auto& get = CALL(m_library, LRM_GetDumpDirectoryA);
+    auto& set = CALL(m_library, LRM_SetDumpDirectory);
+    EXPECT_EQ(get(firstPort, directory, 4), RM_STATUS_OK);
+    EXPECT_STREQ(directory, "/d");
+    EXPECT_EQ(set(firstPort, "relative"), RM_STATUS_DUMP_DIRECTORY);
+    EXPECT_EQ(set(firstPort, nullptr), RM_STATUS_DUMP_DIRECTORY);
+    EXPECT_EQ(set(firstPort, "/abc"), RM_STATUS_OK);
+    EXPECT_EQ(get(firstPort, directory, 4), RM_STATUS_OK);
+    EXPECT_EQ(std::string(directory, 4), "/abc") << "no terminator where there is no room";
+    EXPECT_EQ(get(firstPort, directory, 3), RM_STATUS_BUFFER_TOO_SMALL);
+}
