@@ -14,21 +14,23 @@ std::string lower(std::string_view text) {
     return result;
 }
 
-// Edits (insert, drop, change a character) from one to the other.
+// Edits from one to the other: a character added, dropped or changed, or two neighbours swapped.
 std::size_t distance(const std::string& a, const std::string& b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j)
-        row[j] = j;
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = row[0];
-        row[0] = i;
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, changed});
+    using Row = std::vector<std::size_t>;
+    std::vector<Row> edits(a.size() + 1, Row(b.size() + 1));
+    for (std::size_t i = 0; i <= a.size(); ++i) {
+        for (std::size_t j = 0; j <= b.size(); ++j) {
+            if (i == 0 || j == 0) {
+                edits[i][j] = i + j;
+                continue;
+            }
+            const std::size_t changed = edits[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            edits[i][j] = std::min({edits[i - 1][j] + 1, edits[i][j - 1] + 1, changed});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                edits[i][j] = std::min(edits[i][j], edits[i - 2][j - 2] + 1);
         }
     }
-    return row[b.size()];
+    return edits[a.size()][b.size()];
 }
 
 } // namespace
@@ -36,7 +38,7 @@ std::size_t distance(const std::string& a, const std::string& b) {
 std::vector<std::string> near_names(std::string_view name, const std::vector<std::string>& names) {
     constexpr std::size_t most = 3;
     const std::string wanted = lower(name);
-    const std::size_t limit = std::max<std::size_t>(2, wanted.size() / 5);
+    const std::size_t limit = std::max<std::size_t>(1, wanted.size() / 4);
     std::vector<std::pair<std::size_t, std::string>> found;
     for (const std::string& each : names) {
         const std::string candidate = lower(each);
