@@ -32,14 +32,14 @@ TEST_F(Discovery, ReadsAllOfAnAdapter) {
     put(adapter.record.OptionROMVersion, "rom");
     put(adapter.record.FirmwareVersion, "fw");
     put(adapter.record.DriverName, "tvfc");
-    adapter.record.VendorSpecificID = 0x10DF;
+    adapter.record.VendorSpecificID = 0x1F54;
     adapter.attributes = {
         {551, valueOf<uint32>(0x00465A2D)},
-        {526, valueOf<uint32>(0xE200)},
+        {526, valueOf<uint32>(0x5602)},
         {527, valueOf<uint32>(7)},
         {544, valueOf<uint32>(8)},
         {556, valueOf<uint32>(0)},
-        {531, textOf("\x00\x90\xFA\x01\x02\xFF"s)},
+        {531, textOf("\x02\x54\x56\x01\x02\xFF"s)},
         {534, textOf("bb")},
         {546, textOf("kv")},
         {545, textOf("ifl")},
@@ -59,7 +59,7 @@ TEST_F(Discovery, ReadsAllOfAnAdapter) {
     build();
     ASSERT_EQ(data->getAdapters().size(), 1u);
     const Adapter& built = *data->getAdapters()[0];
-    EXPECT_EQ(built.getAdapterName(), "Tavrin-LPe-0");
+    EXPECT_EQ(built.getAdapterName(), "Tavrin-F16-0");
     EXPECT_EQ(built.getAdapterNumber(), 0);
     EXPECT_EQ(built.getAdapterType(), 1);
     EXPECT_NE(built.getStatistics(), nullptr);
@@ -90,13 +90,13 @@ TEST_F(Discovery, ReadsAllOfAnAdapter) {
                              facts.spFirmwareVersion,
                              facts.spFirmwareName}),
                 ElementsAre("Tavrin", "SN1", "M1", "Model one", "node", "hw", "dv", "rom", "fw",
-                            "tvfc", "20000000C9AB0000", "00:90:fa:01:02:ff", "bb", "kv", "ifl",
+                            "tvfc", "2000025456AB0000", "02:54:56:01:02:ff", "bb", "kv", "ifl",
                             "of", "uv", "x86", "efi", "fc", "uv2", "un", "sv", "sn"));
     EXPECT_THAT((std::vector{facts.VendorSpecificID, facts.NumberOfPorts, facts.boardTemperature,
                              facts.thresholdCriticalTemp, facts.thresholdWarningTemp,
                              facts.deviceID, facts.modelID, facts.driverType, facts.diagVersion,
                              facts.portNumber, facts.functionType, facts.sliMode}),
-                ElementsAre(0x10DFu, 1u, 0x2Du, 0x5Au, 0x46u, 0xE200u, 7u, 3u, 8u, 1u, 0u, 4u));
+                ElementsAre(0x1F54u, 1u, 0x2Du, 0x5Au, 0x46u, 0x5602u, 7u, 3u, 8u, 1u, 0u, 4u));
     EXPECT_TRUE(facts.bootCodeEnabled);
 }
 
@@ -120,8 +120,8 @@ TEST_F(Discovery, ReadsAllOfAPort) {
     build();
     ASSERT_EQ(data->getPorts().size(), 1u);
     const auto& port = static_cast<const FCPort&>(*data->getPorts()[0]);
-    EXPECT_EQ(port.getPortName(), "10000000C9AB0000");
-    EXPECT_EQ(port.getNodeName(), "20000000C9AB0000");
+    EXPECT_EQ(port.getPortName(), "1000025456AB0000");
+    EXPECT_EQ(port.getNodeName(), "2000025456AB0000");
     EXPECT_EQ(port.getPortIndex(), 0u);
     EXPECT_EQ(port.getAdapter(), data->getAdapters()[0].get());
     EXPECT_EQ(port.heldStatistics(), nullptr);
@@ -137,7 +137,7 @@ TEST_F(Discovery, ReadsAllOfAPort) {
                 ElementsAre(0x010203u, 5u, 22u, 8u, 1u, 255u, 9u, 0x38u, 0x20u, 2112u, 12u));
     EXPECT_EQ(facts.PortSymbolicName, "symbolic");
     EXPECT_EQ(facts.OSDeviceName, "/sys/host0");
-    EXPECT_EQ(facts.FabricName, "30000000C9AB0909");
+    EXPECT_EQ(facts.FabricName, "3000025456AB0909");
 }
 
 TEST_F(Discovery, TellsEachStep) {
@@ -155,11 +155,11 @@ TEST_F(Discovery, TellsEachStep) {
                           "freeAllData: cleanExit"s,
                           "buildAdapterData - with hbaapi"s,
                           "Number of Adapters detected = 1"s,
-                          "FC AdapterName : [Tavrin-LPe-0]"s,
-                          "Adapter( adapterName[Tavrin-LPe-0], adapterNumber[0], adapterType[1] )"s,
-                          "FCAdapterName:Tavrin-LPe-0"s,
+                          "FC AdapterName : [Tavrin-F16-0]"s,
+                          "Adapter( adapterName[Tavrin-F16-0], adapterNumber[0], adapterType[1] )"s,
+                          "FCAdapterName:Tavrin-F16-0"s,
                           "_NodeSymbolicName=node"s,
-                          "Port 0's WWPN: 10000000C9AB0000"s,
+                          "Port 0's WWPN: 1000025456AB0000"s,
                           missing + "_BoardTemperature call failed (2)",
                           missing + "_DeviceID call failed (2)",
                           missing + "_ModelID call failed (2)",
@@ -183,7 +183,7 @@ TEST_F(Discovery, TellsEachStep) {
                           noText("_ULPFirmwareName"),
                           noText("_SPFirmwareVersion"),
                           noText("_SPFirmwareName"),
-                          "Port 0's WWPN: 10000000C9AB0000"s,
+                          "Port 0's WWPN: 1000025456AB0000"s,
                           "_PortState: [ 2 ]"s,
                           "Physical port state for FC Port: 2"s,
                           "Adapter Function type : 4"s}));
@@ -249,22 +249,22 @@ INSTANTIATE_TEST_SUITE_P(
                     [](fake::Libraries& l) {
                         l.statuses["HBA_GetAdapterName"] = {0, 4};
                     },
-                    {"Error hbaStatus=4, Skipping Adapter# 1", "FC AdapterName : [Tavrin-LPe-2]"}},
+                    {"Error hbaStatus=4, Skipping Adapter# 1", "FC AdapterName : [Tavrin-F16-2]"}},
         LeftOutCase{"open",
                     [](fake::Libraries& l) {
                         l.statuses["HBA_OpenAdapter"] = {0, 0, 1};
                     },
-                    {"HBA_OpenAdapter failed, skipping Adapter Tavrin-LPe-1", skipped}},
+                    {"HBA_OpenAdapter failed, skipping Adapter Tavrin-F16-1", skipped}},
         LeftOutCase{"attributes",
                     [](fake::Libraries& l) {
                         l.statuses["HBA_GetAdapterAttributes"] = {0, 12};
                     },
-                    {"Error hbaStatus=12, skipping Adapter Tavrin-LPe-1", "~Adapter", skipped}},
+                    {"Error hbaStatus=12, skipping Adapter Tavrin-F16-1", "~Adapter", skipped}},
         LeftOutCase{"attributes_stale_twice",
                     [](fake::Libraries& l) {
                         l.statuses["HBA_GetAdapterAttributes"] = {0, 8, 8};
                     },
-                    {"Error hbaStatus=8, skipping Adapter Tavrin-LPe-1", skipped}},
+                    {"Error hbaStatus=8, skipping Adapter Tavrin-F16-1", skipped}},
         LeftOutCase{"port_0",
                     [](fake::Libraries& l) {
                         l.statuses["HBA_GetAdapterPortAttributes"] = {0, 0, 6};
@@ -284,8 +284,8 @@ INSTANTIATE_TEST_SUITE_P(
         LeftOutCase{"function_1",
                     [](fake::Libraries& l) { l.adapters[1].attributes[556] = valueOf<uint32>(1); },
                     {"Adapter Function type : 1",
-                     "Found XCNA Card, AdapterName = Tavrin-LPe-1. skipping this card",
-                     "~FCAdapter", "Freeing Port: 10000000C9AB0100"}},
+                     "Found XCNA Card, AdapterName = Tavrin-F16-1. skipping this card",
+                     "~FCAdapter", "Freeing Port: 1000025456AB0100"}},
         LeftOutCase{"function_2",
                     [](fake::Libraries& l) { l.adapters[1].attributes[556] = valueOf<uint32>(2); },
                     {"Adapter Function type : 2"}},
@@ -339,7 +339,7 @@ TEST_P(LeftOutPort, TheOthersKeepTheirIndex) {
     GetParam().disturb(*libraries);
     EXPECT_THAT(build(), AllOf(Contains(GetParam().message),
                                Contains("Failed to fetch information for port: [1] on adapter: "
-                                        "[Tavrin-LPe-0]")));
+                                        "[Tavrin-F16-0]")));
     EXPECT_EQ(data->getAdapterCount(), 1u);
     ASSERT_EQ(data->getPorts().size(), 2u);
     EXPECT_EQ(data->getPorts()[0]->getPortIndex(), 0u);
@@ -357,7 +357,7 @@ INSTANTIATE_TEST_SUITE_P(
                              [](fake::Libraries& l) {
                                  l.statuses["HBA_OpenAdapter"] = {0, 0, 1};
                              },
-                             "HBA_OpenAdapter failed, skipping Adapter Tavrin-LPe-0"},
+                             "HBA_OpenAdapter failed, skipping Adapter Tavrin-F16-0"},
                     PortCase{"attributes",
                              [](fake::Libraries& l) {
                                  l.statuses["HBA_GetAdapterPortAttributes"] = {0, 0, 3};
@@ -418,7 +418,7 @@ TEST_F(Discovery, ARebuildKeepsNothing) {
     add();
     build();
     libraries->adapters.pop_back();
-    EXPECT_THAT(build(), Contains("Freeing adapter: Tavrin-LPe-1"));
+    EXPECT_THAT(build(), Contains("Freeing adapter: Tavrin-F16-1"));
     EXPECT_EQ(data->getAdapters().size(), 1u);
     EXPECT_EQ(data->getPorts().size(), 1u);
     unloadManagementLibraries();
@@ -436,9 +436,9 @@ TEST_F(Discovery, TheTreeFreesWhatItOwns) {
     add(2);
     build();
     data->freeAllData();
-    EXPECT_THAT(log.take(), ElementsAre("freeAllData: Entry", "Freeing adapter: Tavrin-LPe-0",
-                                        "~FCAdapter", "Freeing Port: 10000000C9AB0000", "~FCPort",
-                                        "~Port", "Freeing Port: 10000000C9AB0001", "~FCPort",
+    EXPECT_THAT(log.take(), ElementsAre("freeAllData: Entry", "Freeing adapter: Tavrin-F16-0",
+                                        "~FCAdapter", "Freeing Port: 1000025456AB0000", "~FCPort",
+                                        "~Port", "Freeing Port: 1000025456AB0001", "~FCPort",
                                         "~Port", "~Adapter", "freeAllData: cleanExit"));
     EXPECT_EQ(data->getAdapterCount(), 0u);
     EXPECT_THAT(data->getPorts(), IsEmpty());

@@ -4,6 +4,7 @@
 #include "model/data.h"
 #include "tests/access/fake_fixture.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -21,12 +22,13 @@ inline fake::Attribute textOf(const std::string& text) {
 }
 
 inline HBA_WWN nameOf(HBA_UINT8 kind, uint32 adapter, uint32 port) {
-    return {
-        {kind, 0, 0, 0, 0xC9, 0xAB, static_cast<HBA_UINT8>(adapter), static_cast<HBA_UINT8>(port)}};
+    return {{kind, 0, 0x02, 0x54, 0x56, 0xAB, static_cast<HBA_UINT8>(adapter),
+             static_cast<HBA_UINT8>(port)}};
 }
 
 template <std::size_t size> void put(char (&field)[size], const std::string& text) {
-    std::strncpy(field, text.c_str(), size);
+    std::memset(field, 0, size);
+    std::memcpy(field, text.data(), std::min(size, text.size()));
 }
 
 // One port that has no more than what discovery needs.
@@ -40,7 +42,7 @@ inline fake::Port makePort(uint32 adapter, uint32 index) {
 
 inline fake::Adapter makeAdapter(uint32 number, uint32 ports) {
     fake::Adapter adapter;
-    adapter.name = "Tavrin-LPe-" + std::to_string(number);
+    adapter.name = "Tavrin-F16-" + std::to_string(number);
     adapter.record.NumberOfPorts = ports;
     adapter.record.NodeWWN = nameOf(0x20, number, 0);
     for (uint32 index = 0; index < ports; ++index) {

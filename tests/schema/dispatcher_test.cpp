@@ -321,13 +321,13 @@ TEST_F(Dispatcher, RefusesOperationsOfOtherKinds) {
 
 TEST_F(Dispatcher, PassesTypedParameters) {
     own->Name.set("service");
-    foreign->DeviceID.set("10000000C9000001");
+    foreign->DeviceID.set("1000025456000001");
     const Ref<Read_Call> call(Read_Call::create(false));
     call->Target = foreign->clone();
     call->Type.set(uint16{2});
     notes.clear();
     EXPECT_EQ(call_service(OPERATION_INVOKE_METHOD, &service, own.get(), call.get()), 0);
-    EXPECT_THAT(notes, ElementsAre("read service 10000000C9000001 2"));
+    EXPECT_THAT(notes, ElementsAre("read service 1000025456000001 2"));
     EXPECT_STREQ(call->WWPN.value.c_str(), "port");
     EXPECT_STREQ(call->WWNN.value.c_str(), "node");
     EXPECT_EQ(call->WWNOperationStatus.value, 7);
