@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <ctime>
 #include <fcntl.h>
 #include <mutex>
@@ -84,16 +85,20 @@ uint32 setInitLibWait(uint32 milliseconds) noexcept {
     return waitLimit.exchange(milliseconds);
 }
 
-std::string InitSemaphore::initName() {
-    return "/TVR_RM_INIT_LIB_" + std::to_string(getpid());
+SemaphoreName::SemaphoreName(const char* start) noexcept {
+    snprintf(m_text, sizeof m_text, "%s%d", start, static_cast<int>(getpid()));
 }
 
-std::string InitSemaphore::doneName() {
-    return "/TVR_RM_INIT_LIB_DONE_" + std::to_string(getpid());
+SemaphoreName InitSemaphore::initName() noexcept {
+    return SemaphoreName("/TVR_RM_INIT_LIB_");
 }
 
-sem_t* InitSemaphore::open() {
-    const std::string name = initName();
+SemaphoreName InitSemaphore::doneName() noexcept {
+    return SemaphoreName("/TVR_RM_INIT_LIB_DONE_");
+}
+
+sem_t* InitSemaphore::open() noexcept {
+    const SemaphoreName name = initName();
     std::lock_guard lock(stateMutex);
     while (process != getpid() && uses > 0) {
         endUse();
@@ -118,11 +123,11 @@ void InitSemaphore::close() noexcept {
 
 sem_t* InitSemaphore::inUse() noexcept {
     std::lock_guard lock(stateMutex);
-    return initSemaphore;
+    return process == getpid() ? initSemaphore : nullptr;
 }
 
-void InitSemaphore::openDone() {
-    const std::string name = doneName();
+void InitSemaphore::openDone() noexcept {
+    const SemaphoreName name = doneName();
     std::lock_guard lock(stateMutex);
     if (doneSemaphore != nullptr && doneProcess == getpid()) {
         return;

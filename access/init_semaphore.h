@@ -5,9 +5,19 @@
 #include "runtime/type.h"
 
 #include <semaphore.h>
-#include <string>
 
 namespace cimple {
+
+// A semaphore's name: a fixed start and the id of this process. It needs no memory of its own, so
+// that a name can be removed where nothing may fail.
+class SemaphoreName {
+public:
+    explicit SemaphoreName(const char* start) noexcept;
+    const char* c_str() const noexcept { return m_text; }
+
+private:
+    char m_text[48];
+};
 
 // The first semaphore, whose count of 2 is the protocol: the party that finds 2 takes one and
 // initialises; a party that finds less takes one too and then waits until the first has given its
@@ -21,18 +31,19 @@ namespace cimple {
 class InitSemaphore {
 public:
     // The names for this process.
-    static std::string initName();
-    static std::string doneName();
+    static SemaphoreName initName() noexcept;
+    static SemaphoreName doneName() noexcept;
 
     // Begins a use. Null if the system refuses; then there is no use.
-    static sem_t* open();
+    static sem_t* open() noexcept;
     // Ends a use.
     static void close() noexcept;
-    // The semaphore of the uses that there are; null without one.
+    // The semaphore of the uses that there are; null without one, also in a process that was forked
+    // from the one they belong to.
     static sem_t* inUse() noexcept;
 
     // Creates or opens the second semaphore, which nobody waits for. It goes at the module's end.
-    static void openDone();
+    static void openDone() noexcept;
 
     // Takes one, and tells the value right before unless that is null. False if the time limit of
     // setInitLibWait passed without one to take.

@@ -11,6 +11,7 @@
 #include <optional>
 #include <semaphore.h>
 #include <stdexcept>
+#include <sys/wait.h>
 #include <thread>
 
 namespace cimple {
@@ -165,6 +166,25 @@ TEST_F(MethodWrapper, AWaitHasALimit) {
     EXPECT_FALSE(exists(initName));
     EXPECT_EQ(setInitLibWait(usual), 20u);
     EXPECT_EQ(usual, 60'000u);
+}
+
+TEST_F(MethodWrapper, AForkedProcessLeavesTheSemaphoreOfItsParentAlone) {
+    std::optional<TVR_MethodWrapper> wrapper(std::in_place);
+    const pid_t child = fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        wrapper.reset();
+        _exit(0);
+    }
+    int ended = -1;
+    ASSERT_EQ(waitpid(child, &ended, 0), child);
+    EXPECT_EQ(ended, 0);
+    sem_t* semaphore = sem_open(initName.c_str(), 0);
+    ASSERT_NE(semaphore, SEM_FAILED);
+    int value = 0;
+    EXPECT_EQ(sem_getvalue(semaphore, &value), 0);
+    EXPECT_EQ(value, 2);
+    sem_close(semaphore);
 }
 
 // Also what is never destroyed, and the second name, go with the process.
