@@ -100,7 +100,6 @@ public:
     void* find() noexcept;
     // Forgets the address.
     void reset() noexcept { m_address.store(nullptr, std::memory_order_release); }
-    const char* name() const noexcept { return m_name; }
 
 private:
     void* lookUp() const noexcept;

@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
-#include <string>
 
 namespace cimple {
 
@@ -78,17 +77,18 @@ uint32 TVR_MethodWrapper::str2HBAName(HBA_WWN* out, const char* text) {
         return invalidName();
     }
     // Blanks pass as separators up to here, yet only colons part the tokens.
-    std::string digits;
+    char digits[2 * sizeof(HBA_WWN)];
+    std::size_t count = 0;
     for (const char* c = text; *c != '\0'; ++c) {
         if (*c == ' ') {
             return invalidName();
         }
         if (*c != ':') {
-            digits.push_back(*c);
+            digits[count++] = *c;
         }
     }
     HBA_WWN name{};
-    text2HBAName(name.wwn, digits);
+    text2HBAName(name.wwn, {digits, count});
     *out = name;
     const HBA_UINT8* b = name.wwn;
     TVR_LOG("After tokenizing wwpn:( %2x %2x %2x %2x %2x %2x %2x %2x )", b[0], b[1], b[2], b[3],

@@ -4,9 +4,9 @@
  * Conventions of every entry point:
  *  - the result is a status, 0 for success, unless the declaration tells otherwise;
  *  - a port is named by its WWPN, an HBA_WWN passed by value; no call needs an open handle;
- *  - a sized output is a buffer with a size word, or a record that starts with a count word. When
- * it is too small the library answers RM_STATUS_MORE_DATA (some calls RM_STATUS_BUFFER_TOO_SMALL)
- *    and leaves the need in that word;
+ *  - a sized output is a buffer with a size word, or a record that starts with a count word. One
+ *    that is too small is answered with RM_STATUS_MORE_DATA, by some calls with
+ *    RM_STATUS_BUFFER_TOO_SMALL, and the need in that word;
  *  - attribute buffers are opaque and read only with RM_GetAttributeValue;
  *  - texts are zero-terminated within their arrays; a careful reader does not rely on it.
  *
@@ -377,9 +377,9 @@ RM_API int32_t LRM_InitLib(void);
 RM_API void* RM_GetAttributeValue(void* buffer, uint16_t attribute, uint16_t* length,
                                   RM_STATUS* status);
 
-/* Copies the entry at the cursor and answers the cursor of the next call. Null, with nothing copied,
- * when no entry is left. The first cursor is the buffer. The keyword has 2 characters (4 bytes with
- * terminator and padding), the value at most 255. */
+/* Copies the entry at the cursor and answers the cursor of the next call. Null, with nothing
+ * copied, when no entry is left. The first cursor is the buffer. The keyword has 2 characters (4
+ * bytes with terminator and padding), the value at most 255. */
 RM_API void* RM_GetNextVpdEntry(void* cursor, char* keyword, uint32_t keywordSize, char* value,
                                 uint32_t valueSize);
 
