@@ -4,7 +4,7 @@
 #include "common/tvr_common.h"
 
 #include <cstring>
-#include <new>
+#include <exception>
 #include <utility>
 
 namespace cimple {
@@ -39,7 +39,7 @@ uint32 getOSInformation(std::string& name, std::string& version) {
         text.resize(fread(text.data(), 1, text.size(), issue.get()));
         text.resize(strnlen(text.data(), text.size()));
         version = std::move(text);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         TVR_LOG("Unable to allocate the memory to store OSDistributionName");
         return TVR_FAILURE;
     }

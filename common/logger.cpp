@@ -151,8 +151,8 @@ void CLogger::setLevel(uint32 level) noexcept {
 }
 
 void CLogger::setLogMode(uint32 mode) {
-    m_mode.store(mode, std::memory_order_relaxed);
     std::lock_guard lock(m_mutex);
+    m_mode.store(mode, std::memory_order_relaxed);
     for (TVR_LoggerInterface* logger : m_loggers) {
         mode != TVR_LOG_NONE ? logger->open() : logger->close();
     }
@@ -176,17 +176,18 @@ TVR_FileLogger* CLogger::fileLogger() const noexcept {
 }
 
 void CLogger::saveConfigData() {
-    const File file = openToWrite(settings().logSettingsFile.c_str());
-    if (!file) {
-        TVR_LOG("Unable to open file for storing config data");
-        return;
-    }
     std::string logFile;
     {
         std::lock_guard lock(m_mutex);
         if (const TVR_FileLogger* logger = fileLogger()) {
             logFile = logger->getLogFile();
         }
+    }
+    // Opening empties the file, so all that goes into it is at hand before.
+    const File file = openToWrite(settings().logSettingsFile.c_str());
+    if (!file) {
+        TVR_LOG("Unable to open file for storing config data");
+        return;
     }
     fprintf(file.get(), "%d,%d,%d\n%s", static_cast<int>(getMode()), static_cast<int>(getLevel()),
             static_cast<int>(isEnabled()), logFile.c_str());
