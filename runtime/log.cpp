@@ -74,6 +74,18 @@ struct Mutex_Lock {
     Mutex_Lock& operator=(const Mutex_Lock&) = delete;
 };
 
+// Logging is noexcept and does what a cancelled thread ends in: it waits until the log is done.
+class Cancel_Later {
+public:
+    Cancel_Later() noexcept { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &_before); }
+    ~Cancel_Later() { ::pthread_setcancelstate(_before, nullptr); }
+    Cancel_Later(const Cancel_Later&) = delete;
+    Cancel_Later& operator=(const Cancel_Later&) = delete;
+
+private:
+    int _before = PTHREAD_CANCEL_ENABLE;
+};
+
 // All under `mutex`. The log is on while there is a file.
 struct State {
     bool initialised = false;
@@ -150,6 +162,7 @@ bool read_level(const std::string& path, Log_Level& level) noexcept {
 // Turns the log on if the environment asks for it. A CIMPLE_HOME of any length is taken as it is;
 // one that the system can't open as a path leaves the log off.
 void initialise() {
+    const Cancel_Later cancel_later;
     state.initialised = true;
     const char* home = std::getenv("CIMPLE_HOME");
     if (home == nullptr) {
@@ -191,6 +204,7 @@ void append_message(std::string& out, const char* format, va_list args) {
 }
 
 void write_line(Log_Level level, const char* file, long line, const char* format, va_list args) {
+    const Cancel_Later cancel_later;
     char time[Datetime::ascii_size];
     Datetime::now().ascii(time, true);
     time[std::strcspn(time, ".")] = '\0';
@@ -236,6 +250,7 @@ void log(Log_Level level, const char* file, long line, const char* format, ...) 
 }
 
 void close_log() noexcept {
+    const Cancel_Later cancel_later;
     const Mutex_Lock lock;
     state.close();
     state.initialised = false;

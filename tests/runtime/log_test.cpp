@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -149,6 +150,25 @@ TEST(Log, lines_of_threads_and_processes_stay_whole) {
     for (const std::string& line : lines) {
         EXPECT_THAT(line, MatchesRegex(".* INFO: f\\.cpp\\([0-9]+\\): (a+|b+|c+)"));
     }
+}
+
+TEST(Log, a_cancelled_thread_ends_behind_its_lines) {
+    Test_Log test("LOG_LEVEL=DBG\n");
+    const auto body = [](void*) -> void* {
+        ::pthread_cancel(::pthread_self());
+        log(LL_INFO, "f.cpp", 1, "opens the log");
+        log(LL_INFO, "f.cpp", 2, "goes on");
+        ::pthread_testcancel();
+        return nullptr;
+    };
+    pthread_t thread{};
+    ASSERT_EQ(::pthread_create(&thread, nullptr, body, nullptr), 0);
+    void* result = nullptr;
+    ASSERT_EQ(::pthread_join(thread, &result), 0);
+    EXPECT_EQ(result, PTHREAD_CANCELED);
+    EXPECT_THAT(test.lines(), ElementsAre(EndsWith("opens the log"), EndsWith("goes on")));
+    log(LL_INFO, "f.cpp", 3, "the log is free again");
+    EXPECT_EQ(test.lines().size(), 3u);
 }
 
 TEST(Log, base_name_is_what_follows_the_last_slash) {
