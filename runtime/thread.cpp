@@ -180,7 +180,11 @@ int Thread::create_joinable(Thread& thread, Proc proc, void* arg) {
         return ENOMEM;
     }
     if (Thread_Context* context = Thread_Context::top()) {
-        record->context.reset(context->thread_create_hook());
+        try {
+            record->context.reset(context->thread_create_hook());
+        } catch (const std::bad_alloc&) {
+            return ENOMEM;
+        }
     }
 
     pthread_attr_t attributes;

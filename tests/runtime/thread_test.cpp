@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -151,6 +152,22 @@ TEST(Thread, a_failed_start_leaves_the_callers_context_on_top) {
     EXPECT_EQ(Thread::join(thread, result), 0);
     EXPECT_EQ(Thread::join(thread, result), EINVAL) << "joined already";
     Thread_Context::pop();
+}
+
+TEST(Thread, a_context_that_memory_is_lacking_for_is_a_failed_start) {
+    class Poor_Context : public Test_Context {
+    public:
+        Thread_Context* thread_create_hook() override { throw std::bad_alloc(); }
+    } context;
+    Thread_Context::push(&context);
+    Thread thread;
+    Seen seen;
+    EXPECT_EQ(Thread::create_joinable(thread, look, &seen), ENOMEM);
+    EXPECT_EQ(Thread_Context::top(), &context);
+    Thread_Context::pop();
+    void* result = nullptr;
+    EXPECT_EQ(Thread::join(thread, result), EINVAL);
+    EXPECT_FALSE(seen.ran);
 }
 
 TEST(Thread, an_unbalanced_stack_ends_the_process) {
