@@ -89,7 +89,7 @@ void log_exception(const char* function, const char* what) noexcept {
     TVR_RUNTIME_LOG(LL_ERR, "exception: %s(): %s", function, what);
 }
 
-const Meta_Class* find_class(const CMPI_Adapter& adapter, const CMPIObjectPath* path) noexcept {
+const Meta_Class* find_class(const CMPI_Adapter& adapter, const CMPIObjectPath* path) {
     return find_meta_class(adapter.get_repository(), class_name_of(path));
 }
 

@@ -278,7 +278,7 @@ bool CMPIArgs_Container::read(uint32 index, CMPIString** name, CMPIData& data) c
 }
 
 void CMPIArgs_Container::adapt(sint32 expected, CMPIData& data) const {
-    if (data.type == CMPI_string && (data.state & CMPI_nullValue) == 0 && expected != STRING) {
+    if (data.type == CMPI_string && has_value(data) && expected != STRING) {
         cast_cmpi_string_to_scalar(data, expected);
     }
 }

@@ -86,7 +86,7 @@ template <class Action> auto with_scalar(sint32 type, Action&& action) {
     }
 }
 
-const char* text_of(const CMPIString* string) noexcept {
+const char* text_of(const CMPIString* string) {
     const char* text = string == nullptr ? nullptr : CMGetCharsPtr(string, nullptr);
     return text == nullptr ? "" : text;
 }
@@ -210,7 +210,14 @@ template <class Take> bool each_element(const CMPIArray* array, Take&& take) {
     const CMPICount size = CMGetArrayCount(array, &status);
     for (CMPICount i = 0; status.rc == CMPI_RC_OK && i < size; ++i) {
         const CMPIData element = CMGetArrayElementAt(array, i, &status);
-        if (status.rc == CMPI_RC_OK && !take(element)) {
+        if (status.rc != CMPI_RC_OK) {
+            break;
+        }
+        if (!is_null(element) && !has_value(element)) {
+            log(LL_WARN, source, __LINE__, "bad value");
+            return false;
+        }
+        if (!take(element)) {
             return false;
         }
     }
@@ -371,7 +378,9 @@ int array_to_cmpi_data(const CMPIBroker* broker, const char* name_space, const V
         if (shared ? element.value.string == nullptr
                    : element_to_cmpi_data(broker, name_space, type, array.at(i), flags, element) !=
                          0) {
-            log(LL_WARN, source, __LINE__, "element conversion failed");
+            log(LL_WARN, source, __LINE__,
+                type == Value::INSTANCE ? "element conversion failed"
+                                        : "CMSetArrayElementAt() failed");
             CMRelease(result);
             return -1;
         }
@@ -479,7 +488,8 @@ CMPIString* CMPI_Strings::get(const String& text) {
         if (entry.text == text) {
             return entry.string;
         }
-        CMRelease(entry.string);
+        CMPIString* replaced = std::exchange(entry.string, nullptr);
+        CMRelease(replaced);
     }
     CMPIStatus status{CMPI_RC_OK, nullptr};
     entry.string = CMNewString(_broker, text.c_str(), &status);
@@ -498,7 +508,7 @@ int cmpi_to_cimple_value(const Meta_Repository* repository, const CMPIBroker* br
         value.set_null_of(kind);
         return 0;
     }
-    if ((data.state & (CMPI_notFound | CMPI_badValue)) != 0) {
+    if (!has_value(data)) {
         log(LL_WARN, source, __LINE__, "bad value");
         return -1;
     }
@@ -570,11 +580,11 @@ void release(CMPIData& data) noexcept {
     data = CMPIData{};
 }
 
-const char* name_space_of(const CMPIObjectPath* path) noexcept {
+const char* name_space_of(const CMPIObjectPath* path) {
     return path == nullptr ? "" : text_of(CMGetNameSpace(path, nullptr));
 }
 
-const char* class_name_of(const CMPIObjectPath* path) noexcept {
+const char* class_name_of(const CMPIObjectPath* path) {
     return path == nullptr ? "" : text_of(CMGetClassName(path, nullptr));
 }
 

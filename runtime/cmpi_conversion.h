@@ -79,8 +79,8 @@ CMPIrc make_CMPI_method(const CMPIBroker* broker, const char* name_space,
                         CMPIType& return_type);
 
 // Namespace of a path, as long as the path's scope lasts; empty if it is unset. So for the class.
-const char* name_space_of(const CMPIObjectPath* path) noexcept;
-const char* class_name_of(const CMPIObjectPath* path) noexcept;
+const char* name_space_of(const CMPIObjectPath* path);
+const char* class_name_of(const CMPIObjectPath* path);
 
 // Single values.
 
@@ -104,6 +104,11 @@ int cmpi_to_cimple_value(const Meta_Repository* repository, const CMPIBroker* br
 // serve the elements of an array.
 int _to_cmpi_data(const CMPIBroker* broker, const char* name_space, const Value_View& value,
                   uint32 flags, CMPIData& data, CMPI_Strings* strings = nullptr);
+
+// False if the state of a datum says that its value is null, missing or bad, and so not to be read.
+constexpr bool has_value(const CMPIData& data) noexcept {
+    return (data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)) == 0;
+}
 
 // Releases the object that `data` refers to, if it does.
 void release(CMPIData& data) noexcept;

@@ -114,7 +114,7 @@ CMPIStatus clean_up(const char* function, const MI* mi, const CMPIContext* conte
 }
 
 // The class that a path names, of any class of the module; null if there is none.
-const Meta_Class* find_class(const CMPI_Adapter& adapter, const CMPIObjectPath* path) noexcept;
+const Meta_Class* find_class(const CMPI_Adapter& adapter, const CMPIObjectPath* path);
 
 // What a provider's status means to the object manager.
 struct Status_Answer {

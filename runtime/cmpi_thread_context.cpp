@@ -39,7 +39,8 @@ Instance* Instance_Enumerator_State::read() {
     }
     CMPIStatus status{CMPI_RC_OK, nullptr};
     const CMPIData data = CMGetNext(_enumeration, &status);
-    if (status.rc != CMPI_RC_OK || data.type != CMPI_instance || data.value.inst == nullptr) {
+    if (status.rc != CMPI_RC_OK || data.type != CMPI_instance || !has_value(data) ||
+        data.value.inst == nullptr) {
         return nullptr;
     }
     const CMPIObjectPath* path = CMGetObjectPath(data.value.inst, nullptr);
@@ -61,13 +62,10 @@ CMPI_Thread_Context* CMPI_Thread_Context::top() noexcept {
 }
 
 Thread_Context* CMPI_Thread_Context::thread_create_hook() {
-    CMPIContext* prepared = CBPrepareAttachThread(_broker, _context);
-    if (prepared == nullptr) {
-        return nullptr;
-    }
-    auto context = std::make_unique<CMPI_Thread_Context>(_broker, prepared);
-    context->_prepared = prepared;
-    return context.release();
+    auto context = std::make_unique<CMPI_Thread_Context>(_broker, nullptr);
+    context->_prepared = CBPrepareAttachThread(_broker, _context);
+    context->_context = context->_prepared;
+    return context->_prepared == nullptr ? nullptr : context.release();
 }
 
 void CMPI_Thread_Context::thread_start_hook() {
@@ -128,8 +126,7 @@ bool CMPI_Thread_Context::get_username(String& user_name) {
         TVR_RUNTIME_LOG(LL_WARN, "username not OK cmpirc=%d", static_cast<int>(status.rc));
         return false;
     }
-    if (data.type != CMPI_string || (data.state & CMPI_nullValue) != 0 ||
-        data.value.string == nullptr) {
+    if (data.type != CMPI_string || !has_value(data) || data.value.string == nullptr) {
         return false;
     }
     const char* name = CMGetCharsPtr(data.value.string, nullptr);
