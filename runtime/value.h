@@ -74,7 +74,7 @@ public:
     static int get(Value& value, const Instance* instance, const Meta_Feature* feature);
     // Writes a `Value` into a field: 0, or -1, with the field as it was and a line in the runtime's
     // log: no instance, another type, or an instance of a class that the reference doesn't accept.
-    // -1 without a line for a method. The field gets counts of its own.
+    // A method has no value to set: -1. The field gets counts of its own.
     static int set(const Value& value, Instance* instance, const Meta_Feature* feature);
 
 private:
