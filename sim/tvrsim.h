@@ -27,6 +27,7 @@ extern "C" {
  *   "scenario"     a whole scenario in place of the present one; handles in use become invalid
  *   "adapters"     object of adapter name and the adapter fields to change
  *   "ports"        object of WWPN and the port fields to change
+ *   "globalDriverParameters"  the parameters of the driver to change
  *   "clear"        true drops all rules of entry points
  *   "entryPoints"  rules as in a scenario; those of a named entry point replace its present ones
  *   "resetCounts"  true sets all call counts to 0
