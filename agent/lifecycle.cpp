@@ -26,8 +26,24 @@ struct Agent_Singleton {
 
     Mutex mutex;
     sint32 count = 0;
+    uint32 releasing = 0; // last releases that wait for a refresh; the agent outlives them
     std::unique_ptr<ProviderAgent> agent;
 
+    // Under the mutex.
+    ProviderAgent& get() {
+        if (!agent) {
+            agent = std::make_unique<ProviderAgent>();
+            agent_instance.store(agent.get());
+        }
+        return *agent;
+    }
+    void add() {
+        TVR_LOG("ProviderAgent::addRef[%d]", count);
+        ++count;
+        if (agent) {
+            agent->m_bIsEnding = false;
+        }
+    }
     void destroy() {
         agent.reset();
         agent_instance.store(nullptr);
@@ -45,29 +61,42 @@ Agent_Singleton& singleton() {
 ProviderAgent& ProviderAgent::getInstance() {
     Agent_Singleton& owner = singleton();
     const Lock lock(owner.mutex);
-    if (!owner.agent) {
-        owner.agent = std::make_unique<ProviderAgent>();
-        agent_instance.store(owner.agent.get());
-    }
-    return *owner.agent;
+    return owner.get();
 }
 
 ProviderAgent* ProviderAgent::instance() noexcept {
     return agent_instance.load();
 }
 
+bool ProviderAgent::acquire() {
+    Agent_Singleton& owner = singleton();
+    const Lock lock(owner.mutex);
+    if (!owner.get().m_bIsLoaded) {
+        return false;
+    }
+    owner.add();
+    return true;
+}
+
 void ProviderAgent::addRef() {
     Agent_Singleton& owner = singleton();
     const Lock lock(owner.mutex);
-    TVR_LOG("ProviderAgent::addRef[%d]", owner.count);
-    ++owner.count;
+    owner.add();
 }
 
 void ProviderAgent::releaseRef() {
     Agent_Singleton& owner = singleton();
-    const Lock lock(owner.mutex);
+    std::unique_lock lock(owner.mutex);
     TVR_LOG("ProviderAgent::releaseRef[%d]", owner.count);
-    if (--owner.count == 0) {
+    if (--owner.count != 0 || !owner.agent) {
+        return;
+    }
+    owner.agent->m_bIsEnding = true;
+    ++owner.releasing;
+    lock.unlock();
+    owner.agent->joinRefresh();
+    lock.lock();
+    if (--owner.releasing == 0 && owner.count == 0) {
         owner.destroy();
     }
 }
@@ -105,6 +134,8 @@ void ProviderAgent::construct() {
 
 ProviderAgent::~ProviderAgent() {
     TVR_LOG("Entering the function ~ProviderAgent()");
+    m_bIsEnding = true;
+    m_bIsLoaded = false;
     try {
         joinRefresh();
         TVR_LOG("Deleting Data pointer");
@@ -123,11 +154,10 @@ ProviderAgent::~ProviderAgent() {
     }
 }
 
-// Joins the refresh thread, whether it runs or has ended. A refresh that runs finds the agent no
-// longer loaded and passes through its remaining stages.
+// Joins the refresh thread, whether it runs or has ended. A refresh that runs begins no further
+// stage of an agent that ends.
 void ProviderAgent::joinRefresh() {
     m_ThreadMutex.lock();
-    m_bIsLoaded = false;
     const bool running = m_bIsThreadRunning;
     const bool joinable = std::exchange(m_bIsThreadJoinable, false);
     Thread thread = m_DataFetchThread;

@@ -43,14 +43,21 @@ public:
     static ProviderAgent& getInstance();
     // The agent without constructing one; null outside the time between a load and its unload.
     static ProviderAgent* instance() noexcept;
+    // getInstance and, for an agent that is usable, addRef in one step, so that no release comes
+    // between. False without a count.
+    static bool acquire();
     // One count a loaded provider. The agent ends when releaseRef takes the count to exactly 0;
     // releases without an addRef before can take it below, and the agent then stays until the
     // module's own end.
+    //
+    // The last release first waits for a refresh that runs, without any lock: the refresh may be
+    // inside the object manager, which may be about to load a class of this module. A class that is
+    // loaded meanwhile keeps the agent.
     static void addRef();
     static void releaseRef();
 
-    // Called by getInstance and releaseRef alone, under the mutex of the singleton. What goes wrong
-    // in construction is logged and leaves m_bIsLoaded false. Destruction waits for a refresh that
+    // Called by the operations above alone, under the mutex of the singleton. What goes wrong in
+    // construction is logged and leaves m_bIsLoaded false. Destruction waits for a refresh that
     // runs, and for nothing else.
     ProviderAgent();
     ~ProviderAgent();
@@ -88,6 +95,7 @@ public:
     std::atomic<bool> m_bRefreshSANData{false};     // do so at every refresh
     std::atomic<uint32> m_CacheTimeout{0};          // minutes
     std::atomic<bool> m_bIsLoaded{false};           // the agent is usable
+    std::atomic<bool> m_bIsEnding{false};           // nobody counts on the agent: begin no stage
 
     // Read and changed under m_ProviderDataMutex.
     std::unique_ptr<Data> m_pData;
@@ -147,8 +155,10 @@ private:
 
     static void* DataFetch_Handler(void* argument);
     void refresh();
+    bool runDueStages();
     bool endRefresh();
-    void runAdapterStages();
+    void abandonRefresh();
+    bool runAdapterStages();
     void runSANStages();
 
     // Step by step what one rebuild of the adapter maps makes; 0, or TVR_FAILURE for a rebuild that

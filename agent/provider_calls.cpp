@@ -3,11 +3,7 @@
 namespace cimple {
 
 Load_Status load_agent() {
-    if (!ProviderAgent::getInstance().m_bIsLoaded) {
-        return LOAD_FAILED;
-    }
-    ProviderAgent::addRef();
-    return LOAD_OK;
+    return ProviderAgent::acquire() ? LOAD_OK : LOAD_FAILED;
 }
 
 Unload_Status unload_agent() {

@@ -132,28 +132,39 @@ void* ProviderAgent::DataFetch_Handler(void* argument) {
 // run. Whoever asks for SAN maps may wait for them, so a request that came after the test for it is
 // served before the thread ends; one for adapter data is left to the next refresh.
 void ProviderAgent::refresh() {
-    // Without maps from an earlier refresh there is nothing to make SAN maps from.
-    const bool forced = m_bForceAdapterRefresh.exchange(false);
-    bool have_maps = false;
-    {
-        const Lock lock(m_AdapterMapsReadyMutex);
-        have_maps = m_bIsAdapterMapsReady;
-    }
-    if (forced || m_bRefreshAdapterData || !have_maps) {
-        runAdapterStages();
-    }
-    if (m_bRefreshSANData || m_bForceSANRefresh) {
-        runSANStages();
+    if (!runDueStages()) {
+        abandonRefresh();
+        return;
     }
     while (!endRefresh()) {
         runSANStages();
     }
 }
 
+// False if a stage was left out because the agent ends.
+bool ProviderAgent::runDueStages() {
+    bool adapters_due = m_bForceAdapterRefresh || m_bRefreshAdapterData;
+    if (!adapters_due) {
+        // Without maps from an earlier refresh there is nothing to make SAN maps from.
+        const Lock lock(m_AdapterMapsReadyMutex);
+        adapters_due = !m_bIsAdapterMapsReady;
+    }
+    if (adapters_due && !runAdapterStages()) {
+        return false;
+    }
+    if (m_bIsEnding) {
+        return false;
+    }
+    if (m_bRefreshSANData || m_bForceSANRefresh) {
+        runSANStages();
+    }
+    return true;
+}
+
 // False, with the refresh still running, if SAN maps were asked for since their stage began.
 bool ProviderAgent::endRefresh() {
     const Lock lock(m_ThreadMutex);
-    if (m_bForceSANRefresh) {
+    if (m_bForceSANRefresh && !m_bIsEnding) {
         return false;
     }
     m_bIsThreadRunning = false;
@@ -165,11 +176,25 @@ bool ProviderAgent::endRefresh() {
     return true;
 }
 
-void ProviderAgent::runAdapterStages() {
+// The stages that were left out are not ready and still due: if the agent goes on after all, the
+// next request starts another refresh.
+void ProviderAgent::abandonRefresh() {
+    const Lock lock(m_ThreadMutex);
+    m_bForceAdapterRefresh = true;
+    m_bIsThreadRunning = false;
+}
+
+// False if a stage was left out because the agent ends.
+bool ProviderAgent::runAdapterStages() {
+    if (m_bIsEnding) {
+        return false;
+    }
     TVR_LOG("PERF: Building Adapter Data...");
     {
         const Stage_In_Progress stage(m_AdapterDataReadyMutex, m_bIsAdapterDataReady,
                                       m_AdapterDataReadyCond);
+        // A method that held the mutex until now may have asked for what begins here.
+        m_bForceAdapterRefresh = false;
         if (m_bIsLoaded) {
             const Lock data(m_ProviderDataMutex);
             contain("buildAdapterData", [this] { m_pData->buildAdapterData(); });
@@ -179,6 +204,9 @@ void ProviderAgent::runAdapterStages() {
         const Lock lock(m_SANMapsReadyMutex);
         m_bIsSANMapsReady = false;
     }
+    if (m_bIsEnding) {
+        return false;
+    }
     const Stage_In_Progress stage(m_AdapterMapsReadyMutex, m_bIsAdapterMapsReady,
                                   m_AdapterMapsReadyCond);
     if (m_bIsLoaded) {
@@ -186,6 +214,7 @@ void ProviderAgent::runAdapterStages() {
         TVR_LOG("PERF: Updating Adapter Maps...");
         contain("updateAdapterMaps", [this] { updateAdapterMaps(); });
     }
+    return true;
 }
 
 // Adapter data and adapter maps are ready here, and no other thread can withdraw them.

@@ -1,7 +1,9 @@
 // The agent's life: who makes it, who ends it, and what it leaves behind.
 #include "tests/agent/agent_fixture.h"
 
+#include <future>
 #include <thread>
+#include <utility>
 
 namespace cimple {
 namespace {
@@ -49,25 +51,74 @@ TEST_F(Lifecycle, EndsBeforeAnyRequestCame) {
     EXPECT_THAT(log.take(), Contains("Tavrin Provider Unloaded"));
 }
 
-TEST_F(Lifecycle, EndsWhileARefreshRuns) {
-    Gate gate;
-    libraries.entered = [&](const std::string& entry_point) {
-        if (entry_point == "HBA_GetNumberOfAdapters") {
-            gate.pass();
+// The last class is unloaded while a refresh reads the adapters.
+class Ends_In_Refresh : public Lifecycle {
+protected:
+    Ends_In_Refresh() {
+        libraries.entered = [this](const std::string& entry_point) {
+            if (entry_point == "HBA_GetNumberOfAdapters") {
+                gate.pass();
+            }
+        };
+        load();
+        first = agent;
+        first->BuildCimpleInfo();
+        gate.wait_until_reached();
+        unloader = std::thread([this] { unload(); });
+        joining.get_future().wait();
+    }
+    ~Ends_In_Refresh() override {
+        gate.open();
+        if (unloader.joinable()) {
+            unloader.join();
         }
-    };
-    load();
-    agent->BuildCimpleInfo();
-    gate.wait_until_reached();
-    std::thread unloader([this] { unload(); });
+    }
+
+    ProviderAgent* first = nullptr;
+    Gate gate;
+    std::promise<void> joining;
+    const Log_Hook hook{"PERF: Clearing the previous thread...with join",
+                        [this, told = false]() mutable {
+                            if (!std::exchange(told, true)) {
+                                joining.set_value();
+                            }
+                        }};
+    std::thread unloader;
+};
+
+TEST_F(Ends_In_Refresh, LeavesOutTheStagesThatHaveNotBegun) {
     gate.open();
     unloader.join();
     EXPECT_EQ(ProviderAgent::instance(), nullptr);
     const std::vector<std::string> lines = log.take();
     EXPECT_THAT(lines, Contains("PERF: DataFetch_Handler Thread END"));
+    EXPECT_THAT(lines, Not(Contains("PERF: Updating Adapter Maps...")));
     const auto end = std::find(lines.begin(), lines.end(), "PERF: DataFetch_Handler Thread END");
     const auto deleted = std::find(lines.begin(), lines.end(), "Data Pointer deleted.");
     EXPECT_LT(end, deleted) << "the data outlives the refresh that fills it";
+}
+
+// The refresh may wait for an object manager that waits for this load.
+TEST_F(Ends_In_Refresh, AClassLoadedMeanwhileWaitsForNothingAndKeepsTheAgent) {
+    auto loaded = std::async(std::launch::async, [] { return load_agent(); });
+    EXPECT_EQ(loaded.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    gate.open();
+    EXPECT_EQ(loaded.get(), LOAD_OK);
+    unloader.join();
+    EXPECT_EQ(ProviderAgent::instance(), first);
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+    unload_agent();
+}
+
+TEST_F(Ends_In_Refresh, SeveralLastReleasesEndTheAgentOnce) {
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(load_agent(), LOAD_OK);
+        unload_agent(); // leaves the running refresh to the first one
+    }
+    EXPECT_EQ(ProviderAgent::instance(), first);
+    gate.open();
+    unloader.join();
+    EXPECT_EQ(ProviderAgent::instance(), nullptr);
 }
 
 TEST_F(Lifecycle, EndsJustAfterARefreshEnded) {

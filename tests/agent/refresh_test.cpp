@@ -142,6 +142,10 @@ TEST_F(Refresh, RunsTheAdapterStagesAtEachExpiryIfSoConfigured) {
 TEST_F(Refresh, GoesThroughItsStagesInOrder) {
     load();
     refresh();
+    // The thread's last line comes when it no longer counts as running.
+    while (logged("PERF: DataFetch_Handler Thread END") == 0) {
+        std::this_thread::yield();
+    }
     std::vector<std::string> stages;
     for (const LogCapture::Line& line : log.lines()) {
         if (line.text.starts_with("PERF: ") && line.text.find("clear") == std::string::npos) {
@@ -272,6 +276,49 @@ TEST_F(Refresh, KeepsAForceRequestMadeBetweenItsStages) {
     wait_for_end();
     EXPECT_EQ(logged("PERF: Building Adapter Data..."), 2u);
     EXPECT_FALSE(agent->m_bForceAdapterRefresh);
+}
+
+TEST_F(Refresh, TakesAForceRequestWhenItsStageBegins) {
+    load();
+    refresh();
+    std::promise<void> started;
+    const Log_Hook hook("PERF: Building Adapter Data...", [&] { started.set_value(); });
+    {
+        const Full_Guard guard(*agent);
+        agent->m_bForceAdapterRefresh = true;
+        agent->BuildCimpleInfo();
+        started.get_future().wait();
+        // The thread stands before the guard's first mutex, so its data will be of after this.
+        libraries.adapters = {adapter(9)};
+        agent->m_bForceAdapterRefresh = true;
+        agent->BuildCimpleInfo();
+    }
+    wait_for_end();
+    EXPECT_FALSE(agent->m_bForceAdapterRefresh);
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 1u);
+    EXPECT_EQ(logged(begin_line), 2u);
+}
+
+TEST_F(Refresh, StagesLeftOutByAnAgentThatWasToEndAreMadeUpFor) {
+    load();
+    libraries.entered = [this](const std::string& entry_point) {
+        if (entry_point == "HBA_GetNumberOfAdapters") {
+            agent->m_bIsEnding = true;
+        }
+    };
+    agent->BuildCimpleInfo();
+    wait_for_end();
+    EXPECT_FALSE(agent->m_bIsAdapterMapsReady);
+    EXPECT_FALSE(agent->m_bIsSANMapsReady);
+    EXPECT_EQ(logged("PERF: Updating Adapter Maps..."), 0u);
+
+    libraries.entered = nullptr;
+    agent->m_bIsEnding = false;
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+    Collected tapes;
+    enumerate_SAN<TVRHBA_TapeDrive>(tapes.handler());
+    EXPECT_TRUE(agent->m_bIsSANMapsReady);
+    EXPECT_EQ(logged(begin_line), 2u);
 }
 
 TEST_F(Refresh, ServesASANRequestMadeDuringTheStageBeforeItEnds) {
