@@ -2,414 +2,225 @@
 #ifndef TVR_TESTS_SCHEMA_CATALOGUE_H
 #define TVR_TESTS_SCHEMA_CATALOGUE_H
 
-#include "runtime/meta.h"
-
+#include <iterator>
+#include <sstream>
+#include <string>
 #include <vector>
 
 namespace catalogue {
 
-// A class without a provider.
-struct Base_Class {
-    const char* name;
-    const char* parent; // null at a root
-    cimple::uint32 flags;
-    unsigned features; // in the flattened list
+// The tables are groups of classes that share the facts before the colon. Class names stand without
+// their prefix, which is that of the base classes or, in a table of served classes, of these; base
+// classes among the targets of an association have it.
+
+// Classes without a provider: PARENT: CLASS FLAGS FEATURES, ...; where the flags are in hexadecimal
+// and the features those of the flattened list. "-" is the parent of a root.
+inline constexpr const char* base_classes = R"(
+-: AffectedJobElement 80 4, Component d0 2, CorrespondingSettingDataRecord 8080 2, Dependency 90 2,
+  DiagnosticResult 8 24, ElementCapabilities 80 3, ElementConformsToProfile 80 2,
+  ElementSettingData 80 8, ElementStatisticalData 80 2, Error 80000 15, Indication 80010 8,
+  InitiatorTargetLogicalUnitPath 8080 4, InstalledSoftwareIdentity 80 2, LogManagesRecord c0 2,
+  ManagedElement 18 5, MemberOfCollection c0 2, OwningJobElement 80 2, SAPAvailableForElement 80 2,
+  ServiceAffectsElement 80 5, ServiceAvailableToElement 80 2;
+Capabilities: DiagnosticServiceCapabilities 8 17, EnabledLogicalElementCapabilities 8 11,
+  SoftwareInstallationServiceCapabilities 8 18; Chassis: IBMSD_Chassis 8 62;
+Collection: CollectionOfMSEs 18 6, SystemSpecificCollection 8 5;
+Component: Container c0 3, ProductElementComponent 80c0 2, SystemComponent c0 2;
+ComputerSystem: IBMSD_ComputerSystem 8 36; Controller: PCIController 8 63, PortController 8 55;
+Dependency: DeviceConnection 80 4, DeviceSAPImplementation 80 2, ElementAllocatedFromPool 80 2,
+  ElementSoftwareIdentity 80 5, HostedDependency 80 2, ProtocolControllerForDevice 90 5,
+  Realizes 80 2, RecordAppliesToElement 80 2, ReferencedSpecification 8080 2, SystemPackaging 80 2,
+  UseOfLog 80 3; DeviceConnection: ControlledBy 80 11;
+DiagnosticRecord: DiagnosticServiceRecord 8 26, DiagnosticSettingDataRecord 8 23;
+DiagnosticService: DiagnosticTest 8 45;
+DiagnosticServiceCapabilities: FCHBADiagnosticServiceCapabilities 8008 19;
+DiagnosticServiceRecord: DiagnosticCompletionRecord 8 28;
+DiagnosticSettingData: FCHBADiagnosticSettingData 8008 31;
+DiagnosticTest: FCHBADiagnosticTest 8008 47;
+EnabledLogicalElement: Log 18 28, LogicalDevice 18 48, Service 18 33, ServiceAccessPoint 18 26,
+  System 18 30; HostedDependency: HostedAccessPoint 80 2, HostedCollection 80 2, HostedService 80 2;
+Indication: ProcessIndication 80010 8;
+InitiatorTargetLogicalUnitPath: SCSIInitiatorTargetLogicalUnitPath 80 8; Job: ConcreteJob 8 46;
+Log: RecordLog 8 28; LogEntry: DiagnosticRecord 8 22;
+LogicalDevice: Controller 18 52, LogicalPort 8 54, MediaAccessDevice 8 72, ProtocolController 18 49,
+  SCSIArbitraryLogicalUnit 8008 50, StorageExtent 8 75;
+LogicalElement: EnabledLogicalElement 18 23, Job 18 37, ResourcePool 8 26, SoftwareIdentity 8 40;
+LogicalPort: NetworkPort 8 64;
+ManagedElement: Capabilities 18 6, Collection 18 5, ManagedSystemElement 18 15, Product 8 13,
+  RecordForLog 18 9, RegisteredSpecification 8008 13, Setting 18 14, SettingData 18 7,
+  StatisticalData 18 9; ManagedSystemElement: LogicalElement 18 15, PhysicalElement 18 29;
+MediaAccessDevice: TapeDrive 8 76; NetworkPort: FCPort 8 73;
+NetworkPortStatistics: FCPortStatistics 8 55; PCIController: PCIDevice 8 75;
+PhysicalElement: PhysicalComponent 8 33, PhysicalPackage 8 41; PhysicalFrame: Chassis 8 62;
+PhysicalPackage: PhysicalFrame 8 50; ProcessIndication: AlertIndication 80000 27;
+ProductElementComponent: ProductPhysicalComponent c0 2;
+ProtocolController: SCSIProtocolController 8 51;
+ProtocolControllerForDevice: ProtocolControllerForPort 80 5;
+ProtocolEndpoint: SCSIProtocolEndpoint 8 36; RecordForLog: LogEntry 8 17;
+RecordLog: DiagnosticsLog 8 28; ReferencedSpecification: ReferencedProfile 80 2;
+RegisteredSpecification: RegisteredProfile 8 17;
+Service: DiagnosticService 18 35, HelpService 8 40, SoftwareInstallationService 8 37;
+ServiceAccessPoint: ProtocolEndpoint 8 32, RemoteServiceAccessPoint 8 31;
+ServiceAvailableToElement: AvailableDiagnosticService 80 5; Setting: DiagnosticSetting 8 31;
+SettingData: DiagnosticSettingData 8008 21, JobSettingData 8 20;
+StatisticalData: NetworkPortStatistics 8 13; StorageExtent: LogicalDisk 8 75, StorageVolume 8 75;
+System: ComputerSystem 8 35; SystemComponent: HostedResourcePool c0 2, SystemDevice c0 2;
+SystemSpecificCollection: LogicalPortGroup 8 8;
+)";
+
+// Served classes of instances: KEY KEY...: CLASS PARENT OWN, ...; where the keys are in feature
+// order,
+// "=" is the base class of the same name and OWN counts the features that the class declares.
+inline constexpr const char* instance_classes = R"(
+InstanceID: ConcreteJob = 2, DiagnosticCompletionRecord = 2, DiagnosticIdentity SoftwareIdentity 0,
+  DiagnosticServiceRecord = 2, DiagnosticSettingDataRecord = 0, DiagnosticsLog = 0,
+  DriverParamGlobal SettingData 11, DriverParams SettingData 12, DumpData SettingData 4,
+  EnabledRecordLogCapabilities EnabledLogicalElementCapabilities 1, FCDriverLogEntry LogEntry 0,
+  FCHBADiagnosticServiceCapabilities = 0, FCHBADiagnosticSettingData = 1, FCPortStatistics = 10,
+  FlashImageSoftwareIdentity SoftwareIdentity 10, JobSettingData = 0, LogEntry = 1,
+  LogicalPortGroup = 0, ProviderConfigSetting SettingData 7, RecordLog = 4, RegisteredProfile = 0,
+  ResourcePool = 0, SoftwareIdentity = 11, SoftwareInstallationServiceCapabilities = 0,
+  VitalProductData SettingData 12; Name IdentifyingNumber Vendor Version: Product = 0;
+Name SystemCreationClassName SystemName CreationClassName: BootBIOSService Service 3,
+  DumpService Service 3, FCHBADiagnosticTest = 0, FCHBADriverParamService Service 1,
+  FCHBAWWNService Service 4, HelpService = 0, RemoteServiceAccessPoint = 0,
+  SCSIProtocolEndpoint = 7, SCSIProtocolInitiatorEndpoint SCSIProtocolEndpoint 7,
+  SoftwareInstallationService = 2;
+SystemCreationClassName SystemName CreationClassName DeviceID: FCPort = 4, LogicalDisk = 3,
+  PCIDevice = 19, PortController = 0, SCSIArbitraryLogicalUnit = 3, SCSIProtocolController = 0,
+  StorageExtent = 3, StorageVolume = 3, TapeDrive = 3, VirtualFCPort FCPort 3;
+Tag CreationClassName: PhysicalPackage = 8, Transceiver PhysicalComponent 12;
+)";
+
+// Served associations: PARENT END END... .PROPERTY...: CLASS TARGET TARGET..., ...; where each end
+// refers to the target in its place and the properties are those that the classes declare. "=" is a
+// class named like its parent. "+" marks an aggregation, "@" the end that is the aggregate, "^" a
+// weak one.
+inline constexpr const char* association_classes = R"(
++Component @GroupComponent PartComponent: TransceiverComponent PhysicalPackage Transceiver;
++Container @GroupComponent PartComponent: ChassisContainsCard CIM_PhysicalPackage
+  CIM_PhysicalElement;
++HostedResourcePool @GroupComponent ^PartComponent: = CIM_ComputerSystem ResourcePool;
++LogManagesRecord @Log Record: DriverRecordLogManagesRecord RecordLog FCDriverLogEntry, =
+  DiagnosticsLog CIM_DiagnosticRecord, RecordLogManagesRecord RecordLog LogEntry;
++MemberOfCollection @Collection Member: = LogicalPortGroup FCPort;
++ProductElementComponent @GroupComponent PartComponent: = Product PortController;
++ProductPhysicalComponent @GroupComponent PartComponent: = Product PhysicalPackage;
++SCSIInitiatorTargetLogicalUnitPath Initiator Target LogicalUnit:
+  SCSIInitiatorTargetArbitraryLogicalUnitPath SCSIProtocolInitiatorEndpoint SCSIProtocolEndpoint
+  SCSIArbitraryLogicalUnit, SCSIInitiatorTargetLogicalDiskPath SCSIProtocolInitiatorEndpoint
+  SCSIProtocolEndpoint LogicalDisk, SCSIInitiatorTargetStorageExtentPath
+  SCSIProtocolInitiatorEndpoint SCSIProtocolEndpoint StorageExtent,
+  SCSIInitiatorTargetStorageVolumePath SCSIProtocolInitiatorEndpoint SCSIProtocolEndpoint
+  StorageVolume, SCSIInitiatorTargetTapeDrivePath SCSIProtocolInitiatorEndpoint SCSIProtocolEndpoint
+  TapeDrive;
++SystemDevice @GroupComponent ^PartComponent: FCPortSystemDevice CIM_ComputerSystem FCPort,
+  LogicalDiskSystemDevice CIM_ComputerSystem LogicalDisk, PortControllerSystemDevice
+  CIM_ComputerSystem PortController, SCSIArbitraryLogicalUnitSystemDevice CIM_ComputerSystem
+  SCSIArbitraryLogicalUnit, SCSIProtocolControllerSystemDevice CIM_ComputerSystem
+  SCSIProtocolController, StorageExtentSystemDevice CIM_ComputerSystem StorageExtent,
+  StorageVolumeSystemDevice CIM_ComputerSystem StorageVolume, = CIM_ComputerSystem PCIDevice,
+  TapeDriveSystemDevice CIM_ComputerSystem TapeDrive;
++SystemDevice @GroupComponent ^PartComponent .VMName .VirtualPortId: VMSystemDevice
+  CIM_ComputerSystem VirtualFCPort;
+AffectedJobElement AffectedElement AffectingElement: = PortController ConcreteJob;
+AvailableDiagnosticService ServiceProvided UserOfService: = FCHBADiagnosticTest PortController;
+ControlledBy Antecedent Dependent: = PortController FCPort;
+CorrespondingSettingDataRecord DataRecord SettingsRecord: = CIM_DiagnosticRecord
+  DiagnosticSettingDataRecord;
+Dependency Antecedent ^Dependent: DriverParameterAffectsFCPort FCPort DriverParams;
+DeviceSAPImplementation Antecedent Dependent: = FCPort SCSIProtocolInitiatorEndpoint;
+ElementAllocatedFromPool Antecedent Dependent: = ResourcePool VirtualFCPort;
+ElementCapabilities ManagedElement Capabilities: DiagElementCapabilities FCHBADiagnosticTest
+  FCHBADiagnosticServiceCapabilities, = SoftwareInstallationService
+  SoftwareInstallationServiceCapabilities, RecordLogCapabilities RecordLog
+  EnabledRecordLogCapabilities;
+ElementConformsToProfile ConformantStandard ManagedElement: ComputerSystemConformsToProfile
+  RegisteredProfile CIM_ComputerSystem, DiagServiceConformsToProfile RegisteredProfile
+  FCHBADiagnosticTest, FCPortConformsToProfile RegisteredProfile FCPort,
+  InstallServiceConformsToProfile RegisteredProfile SoftwareInstallationService,
+  PCIElementConformsToProfile RegisteredProfile PCIDevice, PortControllerConformsToProfile
+  RegisteredProfile PortController, RecordLogConformsToProfile RegisteredProfile RecordLog,
+  SoftwareConformsToProfile RegisteredProfile SoftwareIdentity;
+ElementSettingData ManagedElement SettingData: JobElementSettingData FCHBADiagnosticTest
+  JobSettingData;
+ElementSettingData ManagedElement SettingData .IsMinimum .IsMaximum .IsPending:
+  DiagElementSettingData FCHBADiagnosticTest FCHBADiagnosticSettingData,
+  DriverServiceElementSettingData FCHBADriverParamService DriverParams, ElementDumpData DumpService
+  DumpData, ElementVPD PCIDevice VitalProductData, GlobalDriverServiceElementSettingData
+  FCHBADriverParamService DriverParamGlobal;
+ElementSoftwareIdentity Antecedent Dependent: DiagElementSoftwareIdentity DiagnosticIdentity
+  FCHBADiagnosticTest, ElementFlashImageSoftwareIdentity FlashImageSoftwareIdentity PortController,
+  = SoftwareIdentity PortController, ProviderSoftwareIdentity SoftwareIdentity CIM_ComputerSystem;
+ElementStatisticalData ManagedElement Stats: = FCPort FCPortStatistics;
+HostedAccessPoint Antecedent ^Dependent: LocalHostedAccessPoint CIM_ComputerSystem
+  SCSIProtocolEndpoint, LocalHostedInitiatorAccessPoint CIM_ComputerSystem
+  SCSIProtocolInitiatorEndpoint, RemoteHostedAccessPoint CIM_ComputerSystem
+  RemoteServiceAccessPoint;
+HostedCollection Antecedent Dependent: = CIM_ComputerSystem LogicalPortGroup;
+HostedDependency Antecedent Dependent: VPortHostedDependency FCPort VirtualFCPort;
+HostedService Antecedent ^Dependent: DiagHostedService CIM_ComputerSystem FCHBADiagnosticTest,
+  HostedBootBIOSService CIM_ComputerSystem BootBIOSService, HostedDumpService CIM_ComputerSystem
+  DumpService, HostedFCHBADriverParamService CIM_ComputerSystem FCHBADriverParamService,
+  HostedFCHBAWWNService CIM_ComputerSystem FCHBAWWNService, HostedInstallationService
+  CIM_ComputerSystem SoftwareInstallationService, = CIM_ComputerSystem HelpService;
+InstalledSoftwareIdentity System InstalledSoftware: = CIM_ComputerSystem SoftwareIdentity;
+OwningJobElement OwningElement OwnedElement: = FCHBADiagnosticTest ConcreteJob;
+ProtocolControllerForPort Antecedent Dependent: = SCSIProtocolController FCPort;
+Realizes Antecedent Dependent: = PhysicalPackage PortController;
+RecordAppliesToElement Antecedent Dependent: = CIM_RecordForLog PortController;
+ReferencedProfile Antecedent Dependent: BaseServerReferencedProfile CIM_RegisteredProfile
+  RegisteredProfile, = RegisteredProfile RegisteredProfile;
+SAPAvailableForElement AvailableSAP ManagedElement: = RemoteServiceAccessPoint FCPort;
+ServiceAffectsElement AffectedElement AffectingElement: BootBIOSServiceAffectsFCPort FCPort
+  BootBIOSService, BootBIOSServiceAffectsSystem CIM_ComputerSystem BootBIOSService,
+  DumpServiceAffectsElement PortController DumpService, FCDriverServiceAffectsDriver
+  SoftwareIdentity FCHBADriverParamService, FCHBADriverParamServiceAffectsFCPort FCPort
+  FCHBADriverParamService, FCHBADriverParamServiceAffectsSystem CIM_ComputerSystem
+  FCHBADriverParamService, FCHBAWWNServiceAffectsFCPort FCPort FCHBAWWNService,
+  FCHBAWWNServiceAffectsSystem CIM_ComputerSystem FCHBAWWNService, InstallServiceAffectsFCPort
+  FCPort SoftwareInstallationService, InstallServiceAffectsSystem CIM_ComputerSystem
+  SoftwareInstallationService, = PortController FCHBADiagnosticTest;
+ServiceAvailableToElement ServiceProvided UserOfService: = HelpService FCHBADiagnosticTest;
+SystemPackaging Antecedent Dependent: = PhysicalPackage CIM_ComputerSystem;
+UseOfLog Antecedent Dependent: ProviderUseOfLog RecordLog SoftwareIdentity, = DiagnosticsLog
+  FCHBADiagnosticTest;
+)";
+
+using Words = std::vector<std::string>;
+
+struct Entry {
+    Words group; // what stands before the colon
+    Words words; // of the class
 };
 
-// clang-format off
-inline constexpr Base_Class base_classes[] = {
-    {"CIM_AffectedJobElement", nullptr, 0x80, 4},
-    {"CIM_AlertIndication", "CIM_ProcessIndication", 0x80000, 27},
-    {"CIM_AvailableDiagnosticService", "CIM_ServiceAvailableToElement", 0x80, 5},
-    {"CIM_Capabilities", "CIM_ManagedElement", 0x18, 6},
-    {"CIM_Chassis", "CIM_PhysicalFrame", 0x8, 62},
-    {"CIM_Collection", "CIM_ManagedElement", 0x18, 5},
-    {"CIM_CollectionOfMSEs", "CIM_Collection", 0x18, 6},
-    {"CIM_Component", nullptr, 0xd0, 2},
-    {"CIM_ComputerSystem", "CIM_System", 0x8, 35},
-    {"CIM_ConcreteJob", "CIM_Job", 0x8, 46},
-    {"CIM_Container", "CIM_Component", 0xc0, 3},
-    {"CIM_ControlledBy", "CIM_DeviceConnection", 0x80, 11},
-    {"CIM_Controller", "CIM_LogicalDevice", 0x18, 52},
-    {"CIM_CorrespondingSettingDataRecord", nullptr, 0x8080, 2},
-    {"CIM_Dependency", nullptr, 0x90, 2},
-    {"CIM_DeviceConnection", "CIM_Dependency", 0x80, 4},
-    {"CIM_DeviceSAPImplementation", "CIM_Dependency", 0x80, 2},
-    {"CIM_DiagnosticCompletionRecord", "CIM_DiagnosticServiceRecord", 0x8, 28},
-    {"CIM_DiagnosticRecord", "CIM_LogEntry", 0x8, 22},
-    {"CIM_DiagnosticResult", nullptr, 0x8, 24},
-    {"CIM_DiagnosticService", "CIM_Service", 0x18, 35},
-    {"CIM_DiagnosticServiceCapabilities", "CIM_Capabilities", 0x8, 17},
-    {"CIM_DiagnosticServiceRecord", "CIM_DiagnosticRecord", 0x8, 26},
-    {"CIM_DiagnosticSetting", "CIM_Setting", 0x8, 31},
-    {"CIM_DiagnosticSettingData", "CIM_SettingData", 0x8008, 21},
-    {"CIM_DiagnosticSettingDataRecord", "CIM_DiagnosticRecord", 0x8, 23},
-    {"CIM_DiagnosticTest", "CIM_DiagnosticService", 0x8, 45},
-    {"CIM_DiagnosticsLog", "CIM_RecordLog", 0x8, 28},
-    {"CIM_ElementAllocatedFromPool", "CIM_Dependency", 0x80, 2},
-    {"CIM_ElementCapabilities", nullptr, 0x80, 3},
-    {"CIM_ElementConformsToProfile", nullptr, 0x80, 2},
-    {"CIM_ElementSettingData", nullptr, 0x80, 8},
-    {"CIM_ElementSoftwareIdentity", "CIM_Dependency", 0x80, 5},
-    {"CIM_ElementStatisticalData", nullptr, 0x80, 2},
-    {"CIM_EnabledLogicalElement", "CIM_LogicalElement", 0x18, 23},
-    {"CIM_EnabledLogicalElementCapabilities", "CIM_Capabilities", 0x8, 11},
-    {"CIM_Error", nullptr, 0x80000, 15},
-    {"CIM_FCHBADiagnosticServiceCapabilities", "CIM_DiagnosticServiceCapabilities", 0x8008, 19},
-    {"CIM_FCHBADiagnosticSettingData", "CIM_DiagnosticSettingData", 0x8008, 31},
-    {"CIM_FCHBADiagnosticTest", "CIM_DiagnosticTest", 0x8008, 47},
-    {"CIM_FCPort", "CIM_NetworkPort", 0x8, 73},
-    {"CIM_FCPortStatistics", "CIM_NetworkPortStatistics", 0x8, 55},
-    {"CIM_HelpService", "CIM_Service", 0x8, 40},
-    {"CIM_HostedAccessPoint", "CIM_HostedDependency", 0x80, 2},
-    {"CIM_HostedCollection", "CIM_HostedDependency", 0x80, 2},
-    {"CIM_HostedDependency", "CIM_Dependency", 0x80, 2},
-    {"CIM_HostedResourcePool", "CIM_SystemComponent", 0xc0, 2},
-    {"CIM_HostedService", "CIM_HostedDependency", 0x80, 2},
-    {"CIM_Indication", nullptr, 0x80010, 8},
-    {"CIM_InitiatorTargetLogicalUnitPath", nullptr, 0x8080, 4},
-    {"CIM_InstalledSoftwareIdentity", nullptr, 0x80, 2},
-    {"CIM_Job", "CIM_LogicalElement", 0x18, 37},
-    {"CIM_JobSettingData", "CIM_SettingData", 0x8, 20},
-    {"CIM_Log", "CIM_EnabledLogicalElement", 0x18, 28},
-    {"CIM_LogEntry", "CIM_RecordForLog", 0x8, 17},
-    {"CIM_LogManagesRecord", nullptr, 0xc0, 2},
-    {"CIM_LogicalDevice", "CIM_EnabledLogicalElement", 0x18, 48},
-    {"CIM_LogicalDisk", "CIM_StorageExtent", 0x8, 75},
-    {"CIM_LogicalElement", "CIM_ManagedSystemElement", 0x18, 15},
-    {"CIM_LogicalPort", "CIM_LogicalDevice", 0x8, 54},
-    {"CIM_LogicalPortGroup", "CIM_SystemSpecificCollection", 0x8, 8},
-    {"CIM_ManagedElement", nullptr, 0x18, 5},
-    {"CIM_ManagedSystemElement", "CIM_ManagedElement", 0x18, 15},
-    {"CIM_MediaAccessDevice", "CIM_LogicalDevice", 0x8, 72},
-    {"CIM_MemberOfCollection", nullptr, 0xc0, 2},
-    {"CIM_NetworkPort", "CIM_LogicalPort", 0x8, 64},
-    {"CIM_NetworkPortStatistics", "CIM_StatisticalData", 0x8, 13},
-    {"CIM_OwningJobElement", nullptr, 0x80, 2},
-    {"CIM_PCIController", "CIM_Controller", 0x8, 63},
-    {"CIM_PCIDevice", "CIM_PCIController", 0x8, 75},
-    {"CIM_PhysicalComponent", "CIM_PhysicalElement", 0x8, 33},
-    {"CIM_PhysicalElement", "CIM_ManagedSystemElement", 0x18, 29},
-    {"CIM_PhysicalFrame", "CIM_PhysicalPackage", 0x8, 50},
-    {"CIM_PhysicalPackage", "CIM_PhysicalElement", 0x8, 41},
-    {"CIM_PortController", "CIM_Controller", 0x8, 55},
-    {"CIM_ProcessIndication", "CIM_Indication", 0x80010, 8},
-    {"CIM_Product", "CIM_ManagedElement", 0x8, 13},
-    {"CIM_ProductElementComponent", "CIM_Component", 0x80c0, 2},
-    {"CIM_ProductPhysicalComponent", "CIM_ProductElementComponent", 0xc0, 2},
-    {"CIM_ProtocolController", "CIM_LogicalDevice", 0x18, 49},
-    {"CIM_ProtocolControllerForDevice", "CIM_Dependency", 0x90, 5},
-    {"CIM_ProtocolControllerForPort", "CIM_ProtocolControllerForDevice", 0x80, 5},
-    {"CIM_ProtocolEndpoint", "CIM_ServiceAccessPoint", 0x8, 32},
-    {"CIM_Realizes", "CIM_Dependency", 0x80, 2},
-    {"CIM_RecordAppliesToElement", "CIM_Dependency", 0x80, 2},
-    {"CIM_RecordForLog", "CIM_ManagedElement", 0x18, 9},
-    {"CIM_RecordLog", "CIM_Log", 0x8, 28},
-    {"CIM_ReferencedProfile", "CIM_ReferencedSpecification", 0x80, 2},
-    {"CIM_ReferencedSpecification", "CIM_Dependency", 0x8080, 2},
-    {"CIM_RegisteredProfile", "CIM_RegisteredSpecification", 0x8, 17},
-    {"CIM_RegisteredSpecification", "CIM_ManagedElement", 0x8008, 13},
-    {"CIM_RemoteServiceAccessPoint", "CIM_ServiceAccessPoint", 0x8, 31},
-    {"CIM_ResourcePool", "CIM_LogicalElement", 0x8, 26},
-    {"CIM_SAPAvailableForElement", nullptr, 0x80, 2},
-    {"CIM_SCSIArbitraryLogicalUnit", "CIM_LogicalDevice", 0x8008, 50},
-    {"CIM_SCSIInitiatorTargetLogicalUnitPath", "CIM_InitiatorTargetLogicalUnitPath", 0x80, 8},
-    {"CIM_SCSIProtocolController", "CIM_ProtocolController", 0x8, 51},
-    {"CIM_SCSIProtocolEndpoint", "CIM_ProtocolEndpoint", 0x8, 36},
-    {"CIM_Service", "CIM_EnabledLogicalElement", 0x18, 33},
-    {"CIM_ServiceAccessPoint", "CIM_EnabledLogicalElement", 0x18, 26},
-    {"CIM_ServiceAffectsElement", nullptr, 0x80, 5},
-    {"CIM_ServiceAvailableToElement", nullptr, 0x80, 2},
-    {"CIM_Setting", "CIM_ManagedElement", 0x18, 14},
-    {"CIM_SettingData", "CIM_ManagedElement", 0x18, 7},
-    {"CIM_SoftwareIdentity", "CIM_LogicalElement", 0x8, 40},
-    {"CIM_SoftwareInstallationService", "CIM_Service", 0x8, 37},
-    {"CIM_SoftwareInstallationServiceCapabilities", "CIM_Capabilities", 0x8, 18},
-    {"CIM_StatisticalData", "CIM_ManagedElement", 0x18, 9},
-    {"CIM_StorageExtent", "CIM_LogicalDevice", 0x8, 75},
-    {"CIM_StorageVolume", "CIM_StorageExtent", 0x8, 75},
-    {"CIM_System", "CIM_EnabledLogicalElement", 0x18, 30},
-    {"CIM_SystemComponent", "CIM_Component", 0xc0, 2},
-    {"CIM_SystemDevice", "CIM_SystemComponent", 0xc0, 2},
-    {"CIM_SystemPackaging", "CIM_Dependency", 0x80, 2},
-    {"CIM_SystemSpecificCollection", "CIM_Collection", 0x8, 5},
-    {"CIM_TapeDrive", "CIM_MediaAccessDevice", 0x8, 76},
-    {"CIM_UseOfLog", "CIM_Dependency", 0x80, 3},
-    {"IBMSD_Chassis", "CIM_Chassis", 0x8, 62},
-    {"IBMSD_ComputerSystem", "CIM_ComputerSystem", 0x8, 36},
-};
-// clang-format on
+inline Words words_of(const std::string& text) {
+    std::istringstream stream(text);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
 
-// A served class of instances. `keys` stands for a key set, `own` for the features it declares.
-struct Instance_Class {
-    const char* name;
-    const char* parent;
-    char keys;
-    unsigned own;
-};
+inline std::vector<Entry> entries(const char* table) {
+    std::vector<Entry> result;
+    std::istringstream stream(table);
+    for (std::string group, part; std::getline(stream, group, ';');) {
+        std::istringstream parts(group);
+        std::getline(parts, part, ':');
+        const Words head = words_of(part);
+        while (std::getline(parts, part, ',')) {
+            result.push_back({head, words_of(part)});
+            std::string& name = result.back().words.at(0);
+            name = name == "=" ? head[0].substr(head[0][0] == '+') : name;
+        }
+    }
+    return result;
+}
 
-// clang-format off
-inline constexpr Instance_Class instance_classes[] = {
-    {"TVRHBA_BootBIOSService", "CIM_Service", 'S', 3},
-    {"TVRHBA_ConcreteJob", "CIM_ConcreteJob", 'I', 2},
-    {"TVRHBA_DiagnosticCompletionRecord", "CIM_DiagnosticCompletionRecord", 'I', 2},
-    {"TVRHBA_DiagnosticIdentity", "CIM_SoftwareIdentity", 'I', 0},
-    {"TVRHBA_DiagnosticServiceRecord", "CIM_DiagnosticServiceRecord", 'I', 2},
-    {"TVRHBA_DiagnosticSettingDataRecord", "CIM_DiagnosticSettingDataRecord", 'I', 0},
-    {"TVRHBA_DiagnosticsLog", "CIM_DiagnosticsLog", 'I', 0},
-    {"TVRHBA_DriverParamGlobal", "CIM_SettingData", 'I', 11},
-    {"TVRHBA_DriverParams", "CIM_SettingData", 'I', 12},
-    {"TVRHBA_DumpData", "CIM_SettingData", 'I', 4},
-    {"TVRHBA_DumpService", "CIM_Service", 'S', 3},
-    {"TVRHBA_EnabledRecordLogCapabilities", "CIM_EnabledLogicalElementCapabilities", 'I', 1},
-    {"TVRHBA_FCDriverLogEntry", "CIM_LogEntry", 'I', 0},
-    {"TVRHBA_FCHBADiagnosticServiceCapabilities", "CIM_FCHBADiagnosticServiceCapabilities", 'I', 0},
-    {"TVRHBA_FCHBADiagnosticSettingData", "CIM_FCHBADiagnosticSettingData", 'I', 1},
-    {"TVRHBA_FCHBADiagnosticTest", "CIM_FCHBADiagnosticTest", 'S', 0},
-    {"TVRHBA_FCHBADriverParamService", "CIM_Service", 'S', 1},
-    {"TVRHBA_FCHBAWWNService", "CIM_Service", 'S', 4},
-    {"TVRHBA_FCPort", "CIM_FCPort", 'D', 4},
-    {"TVRHBA_FCPortStatistics", "CIM_FCPortStatistics", 'I', 10},
-    {"TVRHBA_FlashImageSoftwareIdentity", "CIM_SoftwareIdentity", 'I', 10},
-    {"TVRHBA_HelpService", "CIM_HelpService", 'S', 0},
-    {"TVRHBA_JobSettingData", "CIM_JobSettingData", 'I', 0},
-    {"TVRHBA_LogEntry", "CIM_LogEntry", 'I', 1},
-    {"TVRHBA_LogicalDisk", "CIM_LogicalDisk", 'D', 3},
-    {"TVRHBA_LogicalPortGroup", "CIM_LogicalPortGroup", 'I', 0},
-    {"TVRHBA_PCIDevice", "CIM_PCIDevice", 'D', 19},
-    {"TVRHBA_PhysicalPackage", "CIM_PhysicalPackage", 'P', 8},
-    {"TVRHBA_PortController", "CIM_PortController", 'D', 0},
-    {"TVRHBA_Product", "CIM_Product", 'R', 0},
-    {"TVRHBA_ProviderConfigSetting", "CIM_SettingData", 'I', 7},
-    {"TVRHBA_RecordLog", "CIM_RecordLog", 'I', 4},
-    {"TVRHBA_RegisteredProfile", "CIM_RegisteredProfile", 'I', 0},
-    {"TVRHBA_RemoteServiceAccessPoint", "CIM_RemoteServiceAccessPoint", 'S', 0},
-    {"TVRHBA_ResourcePool", "CIM_ResourcePool", 'I', 0},
-    {"TVRHBA_SCSIArbitraryLogicalUnit", "CIM_SCSIArbitraryLogicalUnit", 'D', 3},
-    {"TVRHBA_SCSIProtocolController", "CIM_SCSIProtocolController", 'D', 0},
-    {"TVRHBA_SCSIProtocolEndpoint", "CIM_SCSIProtocolEndpoint", 'S', 7},
-    {"TVRHBA_SCSIProtocolInitiatorEndpoint", "CIM_SCSIProtocolEndpoint", 'S', 7},
-    {"TVRHBA_SoftwareIdentity", "CIM_SoftwareIdentity", 'I', 11},
-    {"TVRHBA_SoftwareInstallationService", "CIM_SoftwareInstallationService", 'S', 2},
-    {"TVRHBA_SoftwareInstallationServiceCapabilities", "CIM_SoftwareInstallationServiceCapabilities", 'I', 0},
-    {"TVRHBA_StorageExtent", "CIM_StorageExtent", 'D', 3},
-    {"TVRHBA_StorageVolume", "CIM_StorageVolume", 'D', 3},
-    {"TVRHBA_TapeDrive", "CIM_TapeDrive", 'D', 3},
-    {"TVRHBA_Transceiver", "CIM_PhysicalComponent", 'P', 12},
-    {"TVRHBA_VirtualFCPort", "CIM_FCPort", 'D', 3},
-    {"TVRHBA_VitalProductData", "CIM_SettingData", 'I', 12},
-};
-// clang-format on
-
-struct Key_Set {
-    char letter;
-    std::vector<const char*> keys; // in feature order
-};
-inline const Key_Set key_sets[] = {
-    {'D', {"SystemCreationClassName", "SystemName", "CreationClassName", "DeviceID"}},
-    {'S', {"Name", "SystemCreationClassName", "SystemName", "CreationClassName"}},
-    {'I', {"InstanceID"}},
-    {'P', {"Tag", "CreationClassName"}},
-    {'R', {"Name", "IdentifyingNumber", "Vendor", "Version"}},
-};
-
-// A served association: what each end refers to, its mark, and the properties that it declares.
-struct End {
-    const char* name;
-    const char* target;
-    cimple::uint32 mark; // FLAG_AGGREGATE, FLAG_WEAK or 0
-};
-struct Association_Class {
-    const char* name;
-    const char* parent;
-    bool aggregation;
-    std::vector<End> ends;
-    std::vector<const char*> properties = {};
-};
-
-constexpr cimple::uint32 aggregate = cimple::FLAG_AGGREGATE;
-constexpr cimple::uint32 weak = cimple::FLAG_WEAK;
-
-// clang-format off
-inline const Association_Class association_classes[] = {
-    {"TVRHBA_AffectedJobElement", "CIM_AffectedJobElement", false,
-     {{"AffectedElement", "TVRHBA_PortController", 0}, {"AffectingElement", "TVRHBA_ConcreteJob", 0}}},
-    {"TVRHBA_AvailableDiagnosticService", "CIM_AvailableDiagnosticService", false,
-     {{"ServiceProvided", "TVRHBA_FCHBADiagnosticTest", 0}, {"UserOfService", "TVRHBA_PortController", 0}}},
-    {"TVRHBA_BaseServerReferencedProfile", "CIM_ReferencedProfile", false,
-     {{"Antecedent", "CIM_RegisteredProfile", 0}, {"Dependent", "TVRHBA_RegisteredProfile", 0}}},
-    {"TVRHBA_BootBIOSServiceAffectsFCPort", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "TVRHBA_FCPort", 0}, {"AffectingElement", "TVRHBA_BootBIOSService", 0}}},
-    {"TVRHBA_BootBIOSServiceAffectsSystem", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "CIM_ComputerSystem", 0}, {"AffectingElement", "TVRHBA_BootBIOSService", 0}}},
-    {"TVRHBA_ChassisContainsCard", "CIM_Container", true,
-     {{"GroupComponent", "CIM_PhysicalPackage", aggregate}, {"PartComponent", "CIM_PhysicalElement", 0}}},
-    {"TVRHBA_ComputerSystemConformsToProfile", "CIM_ElementConformsToProfile", false,
-     {{"ConformantStandard", "TVRHBA_RegisteredProfile", 0}, {"ManagedElement", "CIM_ComputerSystem", 0}}},
-    {"TVRHBA_ControlledBy", "CIM_ControlledBy", false,
-     {{"Antecedent", "TVRHBA_PortController", 0}, {"Dependent", "TVRHBA_FCPort", 0}}},
-    {"TVRHBA_CorrespondingSettingDataRecord", "CIM_CorrespondingSettingDataRecord", false,
-     {{"DataRecord", "CIM_DiagnosticRecord", 0}, {"SettingsRecord", "TVRHBA_DiagnosticSettingDataRecord", 0}}},
-    {"TVRHBA_DeviceSAPImplementation", "CIM_DeviceSAPImplementation", false,
-     {{"Antecedent", "TVRHBA_FCPort", 0}, {"Dependent", "TVRHBA_SCSIProtocolInitiatorEndpoint", 0}}},
-    {"TVRHBA_DiagElementCapabilities", "CIM_ElementCapabilities", false,
-     {{"ManagedElement", "TVRHBA_FCHBADiagnosticTest", 0}, {"Capabilities", "TVRHBA_FCHBADiagnosticServiceCapabilities", 0}}},
-    {"TVRHBA_DiagElementSettingData", "CIM_ElementSettingData", false,
-     {{"ManagedElement", "TVRHBA_FCHBADiagnosticTest", 0}, {"SettingData", "TVRHBA_FCHBADiagnosticSettingData", 0}}, {"IsMinimum", "IsMaximum", "IsPending"}},
-    {"TVRHBA_DiagElementSoftwareIdentity", "CIM_ElementSoftwareIdentity", false,
-     {{"Antecedent", "TVRHBA_DiagnosticIdentity", 0}, {"Dependent", "TVRHBA_FCHBADiagnosticTest", 0}}},
-    {"TVRHBA_DiagHostedService", "CIM_HostedService", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_FCHBADiagnosticTest", weak}}},
-    {"TVRHBA_DiagServiceConformsToProfile", "CIM_ElementConformsToProfile", false,
-     {{"ConformantStandard", "TVRHBA_RegisteredProfile", 0}, {"ManagedElement", "TVRHBA_FCHBADiagnosticTest", 0}}},
-    {"TVRHBA_DriverParameterAffectsFCPort", "CIM_Dependency", false,
-     {{"Antecedent", "TVRHBA_FCPort", 0}, {"Dependent", "TVRHBA_DriverParams", weak}}},
-    {"TVRHBA_DriverRecordLogManagesRecord", "CIM_LogManagesRecord", true,
-     {{"Log", "TVRHBA_RecordLog", aggregate}, {"Record", "TVRHBA_FCDriverLogEntry", 0}}},
-    {"TVRHBA_DriverServiceElementSettingData", "CIM_ElementSettingData", false,
-     {{"ManagedElement", "TVRHBA_FCHBADriverParamService", 0}, {"SettingData", "TVRHBA_DriverParams", 0}}, {"IsMinimum", "IsMaximum", "IsPending"}},
-    {"TVRHBA_DumpServiceAffectsElement", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "TVRHBA_PortController", 0}, {"AffectingElement", "TVRHBA_DumpService", 0}}},
-    {"TVRHBA_ElementAllocatedFromPool", "CIM_ElementAllocatedFromPool", false,
-     {{"Antecedent", "TVRHBA_ResourcePool", 0}, {"Dependent", "TVRHBA_VirtualFCPort", 0}}},
-    {"TVRHBA_ElementCapabilities", "CIM_ElementCapabilities", false,
-     {{"ManagedElement", "TVRHBA_SoftwareInstallationService", 0}, {"Capabilities", "TVRHBA_SoftwareInstallationServiceCapabilities", 0}}},
-    {"TVRHBA_ElementDumpData", "CIM_ElementSettingData", false,
-     {{"ManagedElement", "TVRHBA_DumpService", 0}, {"SettingData", "TVRHBA_DumpData", 0}}, {"IsMinimum", "IsMaximum", "IsPending"}},
-    {"TVRHBA_ElementFlashImageSoftwareIdentity", "CIM_ElementSoftwareIdentity", false,
-     {{"Antecedent", "TVRHBA_FlashImageSoftwareIdentity", 0}, {"Dependent", "TVRHBA_PortController", 0}}},
-    {"TVRHBA_ElementSoftwareIdentity", "CIM_ElementSoftwareIdentity", false,
-     {{"Antecedent", "TVRHBA_SoftwareIdentity", 0}, {"Dependent", "TVRHBA_PortController", 0}}},
-    {"TVRHBA_ElementStatisticalData", "CIM_ElementStatisticalData", false,
-     {{"ManagedElement", "TVRHBA_FCPort", 0}, {"Stats", "TVRHBA_FCPortStatistics", 0}}},
-    {"TVRHBA_ElementVPD", "CIM_ElementSettingData", false,
-     {{"ManagedElement", "TVRHBA_PCIDevice", 0}, {"SettingData", "TVRHBA_VitalProductData", 0}}, {"IsMinimum", "IsMaximum", "IsPending"}},
-    {"TVRHBA_FCDriverServiceAffectsDriver", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "TVRHBA_SoftwareIdentity", 0}, {"AffectingElement", "TVRHBA_FCHBADriverParamService", 0}}},
-    {"TVRHBA_FCHBADriverParamServiceAffectsFCPort", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "TVRHBA_FCPort", 0}, {"AffectingElement", "TVRHBA_FCHBADriverParamService", 0}}},
-    {"TVRHBA_FCHBADriverParamServiceAffectsSystem", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "CIM_ComputerSystem", 0}, {"AffectingElement", "TVRHBA_FCHBADriverParamService", 0}}},
-    {"TVRHBA_FCHBAWWNServiceAffectsFCPort", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "TVRHBA_FCPort", 0}, {"AffectingElement", "TVRHBA_FCHBAWWNService", 0}}},
-    {"TVRHBA_FCHBAWWNServiceAffectsSystem", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "CIM_ComputerSystem", 0}, {"AffectingElement", "TVRHBA_FCHBAWWNService", 0}}},
-    {"TVRHBA_FCPortConformsToProfile", "CIM_ElementConformsToProfile", false,
-     {{"ConformantStandard", "TVRHBA_RegisteredProfile", 0}, {"ManagedElement", "TVRHBA_FCPort", 0}}},
-    {"TVRHBA_FCPortSystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_FCPort", weak}}},
-    {"TVRHBA_GlobalDriverServiceElementSettingData", "CIM_ElementSettingData", false,
-     {{"ManagedElement", "TVRHBA_FCHBADriverParamService", 0}, {"SettingData", "TVRHBA_DriverParamGlobal", 0}}, {"IsMinimum", "IsMaximum", "IsPending"}},
-    {"TVRHBA_HostedBootBIOSService", "CIM_HostedService", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_BootBIOSService", weak}}},
-    {"TVRHBA_HostedCollection", "CIM_HostedCollection", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_LogicalPortGroup", 0}}},
-    {"TVRHBA_HostedDumpService", "CIM_HostedService", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_DumpService", weak}}},
-    {"TVRHBA_HostedFCHBADriverParamService", "CIM_HostedService", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_FCHBADriverParamService", weak}}},
-    {"TVRHBA_HostedFCHBAWWNService", "CIM_HostedService", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_FCHBAWWNService", weak}}},
-    {"TVRHBA_HostedInstallationService", "CIM_HostedService", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_SoftwareInstallationService", weak}}},
-    {"TVRHBA_HostedResourcePool", "CIM_HostedResourcePool", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_ResourcePool", weak}}},
-    {"TVRHBA_HostedService", "CIM_HostedService", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_HelpService", weak}}},
-    {"TVRHBA_InstallServiceAffectsFCPort", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "TVRHBA_FCPort", 0}, {"AffectingElement", "TVRHBA_SoftwareInstallationService", 0}}},
-    {"TVRHBA_InstallServiceAffectsSystem", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "CIM_ComputerSystem", 0}, {"AffectingElement", "TVRHBA_SoftwareInstallationService", 0}}},
-    {"TVRHBA_InstallServiceConformsToProfile", "CIM_ElementConformsToProfile", false,
-     {{"ConformantStandard", "TVRHBA_RegisteredProfile", 0}, {"ManagedElement", "TVRHBA_SoftwareInstallationService", 0}}},
-    {"TVRHBA_InstalledSoftwareIdentity", "CIM_InstalledSoftwareIdentity", false,
-     {{"System", "CIM_ComputerSystem", 0}, {"InstalledSoftware", "TVRHBA_SoftwareIdentity", 0}}},
-    {"TVRHBA_JobElementSettingData", "CIM_ElementSettingData", false,
-     {{"ManagedElement", "TVRHBA_FCHBADiagnosticTest", 0}, {"SettingData", "TVRHBA_JobSettingData", 0}}},
-    {"TVRHBA_LocalHostedAccessPoint", "CIM_HostedAccessPoint", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_SCSIProtocolEndpoint", weak}}},
-    {"TVRHBA_LocalHostedInitiatorAccessPoint", "CIM_HostedAccessPoint", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_SCSIProtocolInitiatorEndpoint", weak}}},
-    {"TVRHBA_LogManagesRecord", "CIM_LogManagesRecord", true,
-     {{"Log", "TVRHBA_DiagnosticsLog", aggregate}, {"Record", "CIM_DiagnosticRecord", 0}}},
-    {"TVRHBA_LogicalDiskSystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_LogicalDisk", weak}}},
-    {"TVRHBA_MemberOfCollection", "CIM_MemberOfCollection", true,
-     {{"Collection", "TVRHBA_LogicalPortGroup", aggregate}, {"Member", "TVRHBA_FCPort", 0}}},
-    {"TVRHBA_OwningJobElement", "CIM_OwningJobElement", false,
-     {{"OwningElement", "TVRHBA_FCHBADiagnosticTest", 0}, {"OwnedElement", "TVRHBA_ConcreteJob", 0}}},
-    {"TVRHBA_PCIElementConformsToProfile", "CIM_ElementConformsToProfile", false,
-     {{"ConformantStandard", "TVRHBA_RegisteredProfile", 0}, {"ManagedElement", "TVRHBA_PCIDevice", 0}}},
-    {"TVRHBA_PortControllerConformsToProfile", "CIM_ElementConformsToProfile", false,
-     {{"ConformantStandard", "TVRHBA_RegisteredProfile", 0}, {"ManagedElement", "TVRHBA_PortController", 0}}},
-    {"TVRHBA_PortControllerSystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_PortController", weak}}},
-    {"TVRHBA_ProductElementComponent", "CIM_ProductElementComponent", true,
-     {{"GroupComponent", "TVRHBA_Product", aggregate}, {"PartComponent", "TVRHBA_PortController", 0}}},
-    {"TVRHBA_ProductPhysicalComponent", "CIM_ProductPhysicalComponent", true,
-     {{"GroupComponent", "TVRHBA_Product", aggregate}, {"PartComponent", "TVRHBA_PhysicalPackage", 0}}},
-    {"TVRHBA_ProtocolControllerForPort", "CIM_ProtocolControllerForPort", false,
-     {{"Antecedent", "TVRHBA_SCSIProtocolController", 0}, {"Dependent", "TVRHBA_FCPort", 0}}},
-    {"TVRHBA_ProviderSoftwareIdentity", "CIM_ElementSoftwareIdentity", false,
-     {{"Antecedent", "TVRHBA_SoftwareIdentity", 0}, {"Dependent", "CIM_ComputerSystem", 0}}},
-    {"TVRHBA_ProviderUseOfLog", "CIM_UseOfLog", false,
-     {{"Antecedent", "TVRHBA_RecordLog", 0}, {"Dependent", "TVRHBA_SoftwareIdentity", 0}}},
-    {"TVRHBA_Realizes", "CIM_Realizes", false,
-     {{"Antecedent", "TVRHBA_PhysicalPackage", 0}, {"Dependent", "TVRHBA_PortController", 0}}},
-    {"TVRHBA_RecordAppliesToElement", "CIM_RecordAppliesToElement", false,
-     {{"Antecedent", "CIM_RecordForLog", 0}, {"Dependent", "TVRHBA_PortController", 0}}},
-    {"TVRHBA_RecordLogCapabilities", "CIM_ElementCapabilities", false,
-     {{"ManagedElement", "TVRHBA_RecordLog", 0}, {"Capabilities", "TVRHBA_EnabledRecordLogCapabilities", 0}}},
-    {"TVRHBA_RecordLogConformsToProfile", "CIM_ElementConformsToProfile", false,
-     {{"ConformantStandard", "TVRHBA_RegisteredProfile", 0}, {"ManagedElement", "TVRHBA_RecordLog", 0}}},
-    {"TVRHBA_RecordLogManagesRecord", "CIM_LogManagesRecord", true,
-     {{"Log", "TVRHBA_RecordLog", aggregate}, {"Record", "TVRHBA_LogEntry", 0}}},
-    {"TVRHBA_ReferencedProfile", "CIM_ReferencedProfile", false,
-     {{"Antecedent", "TVRHBA_RegisteredProfile", 0}, {"Dependent", "TVRHBA_RegisteredProfile", 0}}},
-    {"TVRHBA_RemoteHostedAccessPoint", "CIM_HostedAccessPoint", false,
-     {{"Antecedent", "CIM_ComputerSystem", 0}, {"Dependent", "TVRHBA_RemoteServiceAccessPoint", weak}}},
-    {"TVRHBA_SAPAvailableForElement", "CIM_SAPAvailableForElement", false,
-     {{"AvailableSAP", "TVRHBA_RemoteServiceAccessPoint", 0}, {"ManagedElement", "TVRHBA_FCPort", 0}}},
-    {"TVRHBA_SCSIArbitraryLogicalUnitSystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_SCSIArbitraryLogicalUnit", weak}}},
-    {"TVRHBA_SCSIInitiatorTargetArbitraryLogicalUnitPath", "CIM_SCSIInitiatorTargetLogicalUnitPath", true,
-     {{"Initiator", "TVRHBA_SCSIProtocolInitiatorEndpoint", 0}, {"Target", "TVRHBA_SCSIProtocolEndpoint", 0}, {"LogicalUnit", "TVRHBA_SCSIArbitraryLogicalUnit", 0}}},
-    {"TVRHBA_SCSIInitiatorTargetLogicalDiskPath", "CIM_SCSIInitiatorTargetLogicalUnitPath", true,
-     {{"Initiator", "TVRHBA_SCSIProtocolInitiatorEndpoint", 0}, {"Target", "TVRHBA_SCSIProtocolEndpoint", 0}, {"LogicalUnit", "TVRHBA_LogicalDisk", 0}}},
-    {"TVRHBA_SCSIInitiatorTargetStorageExtentPath", "CIM_SCSIInitiatorTargetLogicalUnitPath", true,
-     {{"Initiator", "TVRHBA_SCSIProtocolInitiatorEndpoint", 0}, {"Target", "TVRHBA_SCSIProtocolEndpoint", 0}, {"LogicalUnit", "TVRHBA_StorageExtent", 0}}},
-    {"TVRHBA_SCSIInitiatorTargetStorageVolumePath", "CIM_SCSIInitiatorTargetLogicalUnitPath", true,
-     {{"Initiator", "TVRHBA_SCSIProtocolInitiatorEndpoint", 0}, {"Target", "TVRHBA_SCSIProtocolEndpoint", 0}, {"LogicalUnit", "TVRHBA_StorageVolume", 0}}},
-    {"TVRHBA_SCSIInitiatorTargetTapeDrivePath", "CIM_SCSIInitiatorTargetLogicalUnitPath", true,
-     {{"Initiator", "TVRHBA_SCSIProtocolInitiatorEndpoint", 0}, {"Target", "TVRHBA_SCSIProtocolEndpoint", 0}, {"LogicalUnit", "TVRHBA_TapeDrive", 0}}},
-    {"TVRHBA_SCSIProtocolControllerSystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_SCSIProtocolController", weak}}},
-    {"TVRHBA_ServiceAffectsElement", "CIM_ServiceAffectsElement", false,
-     {{"AffectedElement", "TVRHBA_PortController", 0}, {"AffectingElement", "TVRHBA_FCHBADiagnosticTest", 0}}},
-    {"TVRHBA_ServiceAvailableToElement", "CIM_ServiceAvailableToElement", false,
-     {{"ServiceProvided", "TVRHBA_HelpService", 0}, {"UserOfService", "TVRHBA_FCHBADiagnosticTest", 0}}},
-    {"TVRHBA_SoftwareConformsToProfile", "CIM_ElementConformsToProfile", false,
-     {{"ConformantStandard", "TVRHBA_RegisteredProfile", 0}, {"ManagedElement", "TVRHBA_SoftwareIdentity", 0}}},
-    {"TVRHBA_StorageExtentSystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_StorageExtent", weak}}},
-    {"TVRHBA_StorageVolumeSystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_StorageVolume", weak}}},
-    {"TVRHBA_SystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_PCIDevice", weak}}},
-    {"TVRHBA_SystemPackaging", "CIM_SystemPackaging", false,
-     {{"Antecedent", "TVRHBA_PhysicalPackage", 0}, {"Dependent", "CIM_ComputerSystem", 0}}},
-    {"TVRHBA_TapeDriveSystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_TapeDrive", weak}}},
-    {"TVRHBA_TransceiverComponent", "CIM_Component", true,
-     {{"GroupComponent", "TVRHBA_PhysicalPackage", aggregate}, {"PartComponent", "TVRHBA_Transceiver", 0}}},
-    {"TVRHBA_UseOfLog", "CIM_UseOfLog", false,
-     {{"Antecedent", "TVRHBA_DiagnosticsLog", 0}, {"Dependent", "TVRHBA_FCHBADiagnosticTest", 0}}},
-    {"TVRHBA_VMSystemDevice", "CIM_SystemDevice", true,
-     {{"GroupComponent", "CIM_ComputerSystem", aggregate}, {"PartComponent", "TVRHBA_VirtualFCPort", weak}}, {"VMName", "VirtualPortId"}},
-    {"TVRHBA_VPortHostedDependency", "CIM_HostedDependency", false,
-     {{"Antecedent", "TVRHBA_FCPort", 0}, {"Dependent", "TVRHBA_VirtualFCPort", 0}}},
-};
-// clang-format on
+inline std::string base(const std::string& name) {
+    return (name.find('_') == std::string::npos ? "CIM_" : "") + name;
+}
+inline std::string served(const std::string& name) {
+    return (name.find('_') == std::string::npos ? "TVRHBA_" : "") + name;
+}
 
 } // namespace catalogue
 
