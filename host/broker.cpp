@@ -6,8 +6,9 @@ namespace tvrhost {
 namespace {
 
 void set(CMPIStatus* to, int rc) noexcept {
-    if (to != nullptr)
+    if (to != nullptr) {
         *to = {static_cast<CMPIrc>(rc), nullptr};
+    }
 }
 
 std::string text_of(const char* chars) {
@@ -15,11 +16,13 @@ std::string text_of(const char* chars) {
 }
 
 Properties properties_of(const char** list) {
-    if (list == nullptr)
+    if (list == nullptr) {
         return std::nullopt;
+    }
     Properties properties(std::in_place);
-    for (; *list != nullptr; ++list)
+    for (; *list != nullptr; ++list) {
         properties->emplace_back(*list);
+    }
     return properties;
 }
 
@@ -30,13 +33,15 @@ struct Request {
         : side(side_of(broker)) {
         const auto* entries = argument<Context_Object>(side.books, context, operation);
         const auto* named = argument<Path_Object>(side.books, object_path, operation);
-        if (entries == nullptr || named == nullptr)
+        if (entries == nullptr || named == nullptr) {
             return;
+        }
         valid = true;
         path = *named->content;
         const Cim_Value& principal = (*entries->content)[CMPIPrincipal];
-        if (principal.type() == Cim_Type::string && !principal.is_null())
+        if (principal.type() == Cim_Type::string && !principal.is_null()) {
             call.principal = principal.as_string();
+        }
     }
 
     Broker_Side& side;
@@ -47,13 +52,16 @@ struct Request {
 
 CMPIEnumeration* enumeration(Request& request, Answer& answer, Cim_Type type, CMPIStatus* rc) {
     set(rc, answer.rc);
-    if (!answer.ok())
+    if (!answer.ok()) {
         return nullptr;
+    }
     Enumeration_Content content{type, {}};
-    for (Cim_Instance& instance : answer.instances)
+    for (Cim_Instance& instance : answer.instances) {
         content.items.emplace_back(std::move(instance));
-    for (Cim_Path& path : answer.paths)
+    }
+    for (Cim_Path& path : answer.paths) {
         content.items.emplace_back(std::move(path));
+    }
     return request.side.books.make(std::move(content));
 }
 
@@ -95,8 +103,9 @@ CMPIStatus deliver(const CMPIBroker* broker, const CMPIContext* context, const c
     Broker_Side& side = side_of(broker);
     const auto* entries = argument<Context_Object>(side.books, context, "deliverIndication");
     const auto* object = argument<Instance_Object>(side.books, indication, "deliverIndication");
-    if (entries == nullptr || object == nullptr)
+    if (entries == nullptr || object == nullptr) {
         return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
+    }
     side.deliver({text_of(name_space), object->content->instance});
     return {CMPI_RC_OK, nullptr};
 }
@@ -131,8 +140,9 @@ CMPIInstance* get_instance(const CMPIBroker* broker, const CMPIContext* context,
     }
     Answer answer =
         request.side.manager.get_instance(request.path, properties_of(properties), request.call);
-    if (answer.ok() && answer.instances.empty())
+    if (answer.ok() && answer.instances.empty()) {
         answer.rc = CMPI_RC_ERR_NOT_FOUND;
+    }
     set(rc, answer.rc);
     return answer.ok() ? request.side.books.make(std::move(answer.instances.front())) : nullptr;
 }
@@ -149,8 +159,9 @@ CMPIObjectPath* create_instance(const CMPIBroker* broker, const CMPIContext* con
     Answer answer =
         request.side.manager.create_instance(request.path, made->content->instance, request.call);
     set(rc, answer.rc);
-    if (!answer.ok() || answer.paths.empty())
+    if (!answer.ok() || answer.paths.empty()) {
         return nullptr;
+    }
     return request.side.books.make(std::move(answer.paths.front()));
 }
 
@@ -159,8 +170,9 @@ CMPIStatus modify_instance(const CMPIBroker* broker, const CMPIContext* context,
                            const char** properties) {
     Request request(broker, context, path, "modifyInstance");
     const auto* with = argument<Instance_Object>(request.side.books, instance, "modifyInstance");
-    if (!request.valid || with == nullptr)
+    if (!request.valid || with == nullptr) {
         return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
+    }
     const Answer answer = request.side.manager.modify_instance(
         request.path, with->content->instance, properties_of(properties), request.call);
     return {static_cast<CMPIrc>(answer.rc), nullptr};
@@ -169,8 +181,9 @@ CMPIStatus modify_instance(const CMPIBroker* broker, const CMPIContext* context,
 CMPIStatus delete_instance(const CMPIBroker* broker, const CMPIContext* context,
                            const CMPIObjectPath* path) {
     Request request(broker, context, path, "deleteInstance");
-    if (!request.valid)
+    if (!request.valid) {
         return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
+    }
     return {
         static_cast<CMPIrc>(request.side.manager.delete_instance(request.path, request.call).rc),
         nullptr};
@@ -257,11 +270,14 @@ CMPIData invoke_method(const CMPIBroker* broker, const CMPIContext* context,
     Answer answer = request.side.manager.invoke_method(
         request.path, method, given == nullptr ? Arguments() : *given->content, request.call);
     set(rc, answer.rc);
-    if (!answer.ok())
+    if (!answer.ok()) {
         return no_data();
-    if (taken != nullptr)
-        for (Named_Value& value : answer.out)
+    }
+    if (taken != nullptr) {
+        for (Named_Value& value : answer.out) {
             taken->content->set(value.name, std::move(value.value));
+        }
+    }
     return request.side.books.data(answer.return_value());
 }
 
@@ -271,8 +287,9 @@ CMPIStatus set_property(const CMPIBroker* broker, const CMPIContext* context,
     Request request(broker, context, path, "setProperty");
     Cim_Value plain;
     if (!request.valid || name == nullptr ||
-        request.side.books.plain(value, type, plain) != CMPI_RC_OK)
+        request.side.books.plain(value, type, plain) != CMPI_RC_OK) {
         return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
+    }
     Cim_Instance instance(request.path, request.path.keys);
     instance.properties.set(name, std::move(plain));
     const Answer answer = request.side.manager.modify_instance(
@@ -301,8 +318,9 @@ CMPIData get_property(const CMPIBroker* broker, const CMPIContext* context,
 // ---- the filtered forms, without a filter
 
 bool filtered(const char* query, CMPIStatus* rc) {
-    if (query != nullptr)
+    if (query != nullptr) {
         set(rc, CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED);
+    }
     return query != nullptr;
 }
 

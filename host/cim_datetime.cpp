@@ -15,8 +15,9 @@ bool is_field(std::string_view text) {
 
 std::uint64_t field(std::string_view text, std::size_t from, std::size_t size) {
     std::uint64_t number = 0;
-    for (const char c : text.substr(from, size))
+    for (const char c : text.substr(from, size)) {
         number = number * 10 + (c == '*' ? 0 : static_cast<std::uint64_t>(c - '0'));
+    }
     return number;
 }
 
@@ -34,8 +35,9 @@ Cim_Datetime::Cim_Datetime(std::string_view text) : _text(text) {
                       (text[21] == ':' || text[21] == '+' || text[21] == '-') &&
                       is_field(text.substr(0, 14)) && is_field(text.substr(15, 6)) &&
                       is_field(text.substr(22, 3));
-    if (!form)
+    if (!form) {
         throw Value_Error(forms + std::string(text) + "\"");
+    }
     const bool wild = text.find('*') != std::string_view::npos;
     const bool interval = text[21] == ':';
     const bool range = field(text, 8, 2) < 24 && field(text, 10, 2) < 60 &&
@@ -43,8 +45,9 @@ Cim_Datetime::Cim_Datetime(std::string_view text) : _text(text) {
                        (interval || wild ||
                         (field(text, 4, 2) >= 1 && field(text, 4, 2) <= 12 &&
                          field(text, 6, 2) >= 1 && field(text, 6, 2) <= 31));
-    if (!range)
+    if (!range) {
         throw Value_Error(forms + std::string(text) + "\"");
+    }
 }
 
 Cim_Datetime Cim_Datetime::from_microseconds(std::uint64_t microseconds, bool interval) {
@@ -84,8 +87,9 @@ std::uint64_t Cim_Datetime::microseconds() const noexcept {
     const std::uint64_t in_day =
         (field(_text, 8, 2) * 3600 + field(_text, 10, 2) * 60 + field(_text, 12, 2)) * second +
         field(_text, 15, 6);
-    if (is_interval())
+    if (is_interval()) {
         return field(_text, 0, 8) * day + in_day;
+    }
     const unsigned month = static_cast<unsigned>(field(_text, 4, 2));
     const unsigned date = static_cast<unsigned>(field(_text, 6, 2));
     const std::chrono::year_month_day calendar{
@@ -93,8 +97,9 @@ std::uint64_t Cim_Datetime::microseconds() const noexcept {
         std::chrono::month{month == 0 ? 1 : month}, std::chrono::day{date == 0 ? 1 : date}};
     const std::int64_t days = std::chrono::sys_days{calendar}.time_since_epoch().count();
     std::int64_t offset = static_cast<std::int64_t>(field(_text, 22, 3)) * 60;
-    if (_text[21] == '-')
+    if (_text[21] == '-') {
         offset = -offset;
+    }
     const std::int64_t total = days * static_cast<std::int64_t>(day) +
                                static_cast<std::int64_t>(in_day) -
                                offset * static_cast<std::int64_t>(second);

@@ -9,12 +9,14 @@
 namespace tvrhost {
 
 Json to_json(const Cim_Value& value) {
-    if (value.is_null())
+    if (value.is_null()) {
         return nullptr;
+    }
     if (value.is_array()) {
         Json array = Json::array();
-        for (const Cim_Value& element : value.elements())
+        for (const Cim_Value& element : value.elements()) {
             array.push_back(to_json(element));
+        }
         return array;
     }
     switch (value.type()) {
@@ -42,16 +44,18 @@ Json to_json(const Cim_Value& value) {
 Json to_json(const Cim_Path& path) {
     Json json = {{"path", path.text()}, {"class", path.class_name}, {"namespace", path.name_space}};
     Json keys = Json::object();
-    for (const Named_Value& key : path.keys)
+    for (const Named_Value& key : path.keys) {
         keys[key.name] = to_json(key.value);
+    }
     json["keys"] = std::move(keys);
     return json;
 }
 
 Json to_json(const Cim_Instance& instance) {
     Json properties = Json::object();
-    for (const Named_Value& property : instance.properties)
+    for (const Named_Value& property : instance.properties) {
         properties[property.name] = to_json(property.value);
+    }
     return {{"class", instance.class_name()},
             {"path", instance.path.text()},
             {"properties", std::move(properties)}};
@@ -64,25 +68,32 @@ std::string json_text(const Json& json, int indent) {
 namespace {
 
 Cim_Value untyped(const Json& json) {
-    if (json.is_boolean())
+    if (json.is_boolean()) {
         return json.get<bool>();
-    if (json.is_number_unsigned())
+    }
+    if (json.is_number_unsigned()) {
         return json.get<std::uint64_t>();
-    if (json.is_number_integer())
+    }
+    if (json.is_number_integer()) {
         return json.get<std::int64_t>();
-    if (json.is_number())
+    }
+    if (json.is_number()) {
         return json.get<double>();
-    if (json.is_string())
+    }
+    if (json.is_string()) {
         return json.get<std::string>();
+    }
     if (json.is_array()) {
         std::vector<Cim_Value> elements;
-        for (const Json& element : json)
+        for (const Json& element : json) {
             elements.push_back(untyped(element));
+        }
         const Cim_Type type = elements.empty() ? Cim_Type::string : elements.front().type();
         return Cim_Value::array(type, std::move(elements));
     }
-    if (json.is_null())
+    if (json.is_null()) {
         return {};
+    }
     throw Value_Error("an object cannot stand here");
 }
 
@@ -98,60 +109,71 @@ tvrmof::Feature element_of(const tvrmof::Typed& declared) {
 Cim_Value value_from_json(const Json& json, const tvrmof::Typed& declared,
                           const tvrmof::Schema* schema, const std::string& name_space) {
     const Cim_Type type = declared_type(declared);
-    if (json.is_null())
+    if (json.is_null()) {
         return Cim_Value::null(type, declared.is_array);
+    }
     if (declared.is_array) {
-        if (!json.is_array())
+        if (!json.is_array()) {
             throw Value_Error(std::string("takes an array of ") + type_name(type) + ", not " +
                               json_text(json, -1));
+        }
         const tvrmof::Feature element = element_of(declared);
         std::vector<Cim_Value> elements;
-        for (const Json& each : json)
+        for (const Json& each : json) {
             elements.push_back(value_from_json(each, element, schema, name_space));
+        }
         return Cim_Value::array(type, std::move(elements));
     }
-    if (type == Cim_Type::instance)
+    if (type == Cim_Type::instance) {
         return instance_from_json(json, schema, name_space);
+    }
     const bool text =
         type == Cim_Type::string || type == Cim_Type::datetime || type == Cim_Type::reference;
-    if (json.is_structured() || (text && !json.is_string()))
+    if (json.is_structured() || (text && !json.is_string())) {
         throw Value_Error(std::string("takes ") + type_name(type) + ", not " + json_text(json, -1));
-    if (type == Cim_Type::string)
+    }
+    if (type == Cim_Type::string) {
         return json.get<std::string>();
+    }
     return parse_value(json.is_string() ? json.get<std::string>() : json.dump(), declared, schema,
                        name_space);
 }
 
 Cim_Instance instance_from_json(const Json& json, const tvrmof::Schema* schema,
                                 const std::string& name_space) {
-    if (!json.is_object() || !json.contains("class") || !json["class"].is_string())
+    if (!json.is_object() || !json.contains("class") || !json["class"].is_string()) {
         throw Value_Error("an instance is an object with \"class\" and \"properties\"");
+    }
     Cim_Instance instance;
     instance.path.class_name = json["class"].get<std::string>();
     instance.path.name_space = name_space;
     for (const auto& [name, value] : json.items()) {
-        if (name == "namespace" && value.is_string())
+        if (name == "namespace" && value.is_string()) {
             instance.path.name_space = value.get<std::string>();
-        else if (name == "properties" ? !value.is_object() : name != "class" && name != "path")
+        } else if (name == "properties" ? !value.is_object() : name != "class" && name != "path") {
             throw Value_Error("instance of " + instance.path.class_name + ": \"" + name +
                               "\" cannot stand here; \"class\", \"namespace\" (text) and "
                               "\"properties\" (object) can");
+        }
     }
     const tvrmof::Class* model = nullptr;
     if (schema != nullptr) {
         model = schema->find(instance.path.class_name);
-        if (model == nullptr)
+        if (model == nullptr) {
             throw Value_Error("the schema has no class " + instance.path.class_name);
+        }
         instance.path.class_name = model->name;
     }
-    if (!json.contains("properties"))
+    if (!json.contains("properties")) {
         return instance;
+    }
     for (const auto& [name, value] : json["properties"].items()) {
         const std::string place = instance.path.class_name + "." + name + ": ";
         const tvrmof::Feature* feature = model == nullptr ? nullptr : model->find(name);
         if (model != nullptr &&
-            (feature == nullptr || feature->kind == tvrmof::Feature_Kind::method))
+            (feature == nullptr || feature->kind == tvrmof::Feature_Kind::method)) {
             throw Value_Error(place + "the class has no such property");
+        }
         try {
             Cim_Value read = feature == nullptr ? untyped(value)
                                                 : value_from_json(value, *feature, schema,
@@ -161,31 +183,38 @@ Cim_Instance instance_from_json(const Json& json, const tvrmof::Schema* schema,
             throw Value_Error(place + error.what());
         }
     }
-    if (model != nullptr)
-        for (const tvrmof::Feature* key : model->keys())
-            if (const Cim_Value* value = instance.properties.find(key->name))
+    if (model != nullptr) {
+        for (const tvrmof::Feature* key : model->keys()) {
+            if (const Cim_Value* value = instance.properties.find(key->name)) {
                 instance.path.keys.set(key->name, *value);
+            }
+        }
+    }
     return instance;
 }
 
 std::vector<Cim_Instance> read_instances(const std::string& file, const tvrmof::Schema* schema) {
     std::ifstream stream(file);
-    if (!stream)
+    if (!stream) {
         throw Start_Error("instance file " + file + ": cannot be read");
+    }
     std::vector<Cim_Instance> instances;
     std::size_t index = 0;
     try {
         const Json json = Json::parse(stream);
         const Json* list = &json;
-        if (json.is_object() && json.contains("instances"))
+        if (json.is_object() && json.contains("instances")) {
             list = &json["instances"];
-        if (!list->is_array())
+        }
+        if (!list->is_array()) {
             throw Value_Error("takes an array of instances, or an object with \"instances\"");
+        }
         for (const Json& each : *list) {
             instances.push_back(instance_from_json(each, schema, "root/tavrin"));
-            if (instances.back().path.keys.empty() && schema != nullptr)
+            if (instances.back().path.keys.empty() && schema != nullptr) {
                 throw Value_Error("instance of " + instances.back().class_name() +
                                   " has none of its keys");
+            }
             ++index;
         }
     } catch (const Json::parse_error& error) {

@@ -20,18 +20,21 @@ bool is_identifier(std::string_view text) {
 }
 
 std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && text.front() == ' ')
+    while (!text.empty() && text.front() == ' ') {
         text.remove_prefix(1);
-    while (!text.empty() && text.back() == ' ')
+    }
+    while (!text.empty() && text.back() == ' ') {
         text.remove_suffix(1);
+    }
     return text;
 }
 
 template <class Number> std::optional<Number> number(std::string_view text, int base) {
     Number value{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-    if (error != std::errc() || end != text.data() + text.size())
+    if (error != std::errc() || end != text.data() + text.size()) {
         return std::nullopt;
+    }
     return value;
 }
 
@@ -40,38 +43,47 @@ std::optional<Cim_Value> integer(std::string_view text) {
     const bool hexadecimal =
         text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
     if (const auto value = hexadecimal ? number<std::uint64_t>(text.substr(2), 16)
-                                       : number<std::uint64_t>(text, 10))
+                                       : number<std::uint64_t>(text, 10)) {
         return Cim_Value(*value);
-    if (const auto value = number<std::int64_t>(text, 10))
+    }
+    if (const auto value = number<std::int64_t>(text, 10)) {
         return Cim_Value(*value);
+    }
     return std::nullopt;
 }
 
 Cim_Value integer_of(Cim_Type type, std::string_view text) {
     const std::optional<Cim_Value> value = integer(text);
-    if (!value)
+    if (!value) {
         throw Value_Error(std::string("takes a number (") + type_name(type) + "), not \"" +
                           std::string(text) + "\"");
-    if (value->type() == Cim_Type::uint64)
+    }
+    if (value->type() == Cim_Type::uint64) {
         return Cim_Value::unsigned_of(type, value->as_uint());
+    }
     return Cim_Value::signed_of(type, value->as_int());
 }
 
 std::optional<bool> boolean(std::string_view text) {
-    if (same_name(text, "true"))
+    if (same_name(text, "true")) {
         return true;
-    if (same_name(text, "false"))
+    }
+    if (same_name(text, "false")) {
         return false;
+    }
     return std::nullopt;
 }
 
 Cim_Value untyped_key(std::string_view text, bool quoted) {
-    if (quoted)
+    if (quoted) {
         return Cim_Value(text);
-    if (const auto value = boolean(text))
+    }
+    if (const auto value = boolean(text)) {
         return *value;
-    if (const auto value = integer(text))
+    }
+    if (const auto value = integer(text)) {
         return *value;
+    }
     return Cim_Value(text);
 }
 
@@ -85,8 +97,9 @@ public:
     std::string_view name() {
         const std::size_t end = _text.find('=', _at);
         const std::string_view name = trimmed(_text.substr(_at, end - _at));
-        if (end == std::string_view::npos || !is_identifier(name))
+        if (end == std::string_view::npos || !is_identifier(name)) {
             fail("takes KEY=VALUE, not \"" + std::string(_text.substr(_at)) + "\"");
+        }
         _at = end + 1;
         return name;
     }
@@ -106,10 +119,12 @@ public:
             word.text = trimmed(_text.substr(_at, end - _at));
             _at = end;
         }
-        if (!at_end() && _text[_at] != ',')
+        if (!at_end() && _text[_at] != ',') {
             fail("takes a comma before \"" + std::string(_text.substr(_at)) + "\"");
-        if (_at + 1 == _text.size())
+        }
+        if (_at + 1 == _text.size()) {
             fail("ends with a comma");
+        }
         ++_at;
         return word;
     }
@@ -129,8 +144,9 @@ private:
             }
             word += c;
         }
-        if (at_end())
+        if (at_end()) {
             fail("a quotation mark is missing");
+        }
         ++_at;
         return word;
     }
@@ -141,8 +157,9 @@ private:
 
 std::string key_list(const tvrmof::Class& model) {
     std::string list;
-    for (const tvrmof::Feature* key : model.keys())
+    for (const tvrmof::Feature* key : model.keys()) {
         list += (list.empty() ? "" : ", ") + key->name;
+    }
     return list.empty() ? "none" : list;
 }
 
@@ -151,15 +168,17 @@ std::string key_list(const tvrmof::Class& model) {
 Cim_Value parse_value(std::string_view text, const tvrmof::Typed& declared,
                       const tvrmof::Schema* schema, const std::string& name_space) {
     const Cim_Type type = declared_type(declared);
-    if (text == "NULL")
+    if (text == "NULL") {
         return Cim_Value::null(type, declared.is_array);
+    }
     if (declared.is_array || type == Cim_Type::instance) {
         const Json json = Json::parse(text, nullptr, false);
-        if (json.is_discarded())
+        if (json.is_discarded()) {
             throw Value_Error(std::string("takes ") +
                               (declared.is_array ? "an array such as [1, 2] or [\"a\", \"b\"]"
                                                  : "an instance as a JSON object") +
                               ", not \"" + std::string(text) + "\"");
+        }
         return value_from_json(json, declared, schema, name_space);
     }
     switch (type) {
@@ -170,16 +189,18 @@ Cim_Value parse_value(std::string_view text, const tvrmof::Typed& declared,
     case Cim_Type::reference:
         return parse_path(text, schema, name_space);
     case Cim_Type::boolean:
-        if (const auto value = boolean(text))
+        if (const auto value = boolean(text)) {
             return *value;
+        }
         throw Value_Error("takes TRUE or FALSE, not \"" + std::string(text) + "\"");
     case Cim_Type::real32:
     case Cim_Type::real64: {
         double value = 0;
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-        if (error != std::errc() || end != text.data() + text.size())
+        if (error != std::errc() || end != text.data() + text.size()) {
             throw Value_Error(std::string("takes a number (") + type_name(type) + "), not \"" +
                               std::string(text) + "\"");
+        }
         return type == Cim_Type::real32 ? Cim_Value(static_cast<float>(value)) : Cim_Value(value);
     }
     default:
@@ -205,22 +226,27 @@ Cim_Path parse_path(std::string_view text, const tvrmof::Schema* schema,
     const std::size_t end = std::min(text.find('.', at), text.size());
     path.class_name = trimmed(text.substr(at, end - at));
     Key_Reader reader(text, std::min(end + 1, text.size()));
-    if (!is_identifier(path.class_name))
+    if (!is_identifier(path.class_name)) {
         reader.fail("takes a class name, not \"" + path.class_name + "\"");
-    if (end + 1 == text.size())
+    }
+    if (end + 1 == text.size()) {
         reader.fail("takes KEY=VALUE after the point");
+    }
 
     const tvrmof::Class* model = schema == nullptr ? nullptr : schema->find(path.class_name);
-    if (model != nullptr)
+    if (model != nullptr) {
         path.class_name = model->name;
+    }
     while (!reader.at_end()) {
         const std::string name(reader.name());
         const Key_Reader::Word word = reader.value();
         const tvrmof::Feature* key = model == nullptr ? nullptr : model->find(name);
-        if (model != nullptr && (key == nullptr || !key->is_key()))
+        if (model != nullptr && (key == nullptr || !key->is_key())) {
             reader.fail(model->name + " has no key " + name + "; its keys are " + key_list(*model));
-        if (path.keys.has(name))
+        }
+        if (path.keys.has(name)) {
             reader.fail("key " + name + " stands there twice");
+        }
         if (key == nullptr) {
             path.keys.push_back({name, untyped_key(word.text, word.quoted)});
             continue;

@@ -36,9 +36,11 @@ constexpr Type_Fact type_facts[] = {
 };
 
 const Type_Fact& fact(Cim_Type type) noexcept {
-    for (const Type_Fact& each : type_facts)
-        if (each.type == type)
+    for (const Type_Fact& each : type_facts) {
+        if (each.type == type) {
             return each;
+        }
+    }
     return type_facts[0];
 }
 
@@ -76,8 +78,9 @@ std::string real_text(double value) {
     char buffer[64];
     const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
     std::string text(buffer, end);
-    if (text.find_first_not_of("-0123456789") == std::string::npos)
+    if (text.find_first_not_of("-0123456789") == std::string::npos) {
         text += ".0";
+    }
     return text;
 }
 
@@ -120,10 +123,12 @@ Cim_Value Cim_Value::null(Cim_Type type, bool array) noexcept {
 }
 
 Cim_Value Cim_Value::array(Cim_Type type, std::vector<Cim_Value> elements) {
-    for (const Cim_Value& element : elements)
-        if (element._array || element._type != type)
+    for (const Cim_Value& element : elements) {
+        if (element._array || element._type != type) {
             throw Value_Error(std::string("an array of ") + type_name(type) +
                               " cannot hold an element of " + type_name(element._type));
+        }
+    }
     Cim_Value value = null(type, true);
     value._content = std::move(elements);
     return value;
@@ -131,120 +136,144 @@ Cim_Value Cim_Value::array(Cim_Type type, std::vector<Cim_Value> elements) {
 
 Cim_Value Cim_Value::unsigned_of(Cim_Type type, std::uint64_t value) {
     const Type_Fact& range = fact(type);
-    if (range.most == 0)
+    if (range.most == 0) {
         throw Value_Error(std::string(range.name) + " is not an integer");
-    if (value > range.most)
+    }
+    if (value > range.most) {
         throw Value_Error(std::to_string(value) + " is beyond " + range.name + ", at most " +
                           std::to_string(range.most));
-    if (range.least < 0)
+    }
+    if (range.least < 0) {
         return Cim_Value(type, static_cast<std::int64_t>(value));
+    }
     return Cim_Value(type, value);
 }
 
 Cim_Value Cim_Value::signed_of(Cim_Type type, std::int64_t value) {
-    if (value >= 0)
+    if (value >= 0) {
         return unsigned_of(type, static_cast<std::uint64_t>(value));
+    }
     const Type_Fact& range = fact(type);
-    if (range.most == 0)
+    if (range.most == 0) {
         throw Value_Error(std::string(range.name) + " is not an integer");
-    if (value < range.least)
+    }
+    if (value < range.least) {
         throw Value_Error(std::to_string(value) + " is below " + range.name + ", at least " +
                           std::to_string(range.least));
+    }
     return Cim_Value(type, value);
 }
 
 void Cim_Value::fail(const char* wanted) const {
     std::string found = is_null() ? "NULL" : type_name(_type);
-    if (_array)
+    if (_array) {
         found += "[]";
+    }
     throw Value_Error("value is " + found + ", not " + wanted);
 }
 
 bool Cim_Value::as_bool() const {
-    if (const bool* value = std::get_if<bool>(&_content))
+    if (const bool* value = std::get_if<bool>(&_content)) {
         return *value;
+    }
     fail("boolean");
 }
 
 std::uint64_t Cim_Value::as_uint() const {
-    if (const auto* value = std::get_if<std::uint64_t>(&_content))
+    if (const auto* value = std::get_if<std::uint64_t>(&_content)) {
         return *value;
+    }
     const auto* value = std::get_if<std::int64_t>(&_content);
-    if (value != nullptr && *value >= 0)
+    if (value != nullptr && *value >= 0) {
         return static_cast<std::uint64_t>(*value);
+    }
     fail("an unsigned integer");
 }
 
 std::int64_t Cim_Value::as_int() const {
-    if (const auto* value = std::get_if<std::int64_t>(&_content))
+    if (const auto* value = std::get_if<std::int64_t>(&_content)) {
         return *value;
+    }
     const auto* value = std::get_if<std::uint64_t>(&_content);
-    if (value != nullptr && *value <= static_cast<std::uint64_t>(INT64_MAX))
+    if (value != nullptr && *value <= static_cast<std::uint64_t>(INT64_MAX)) {
         return static_cast<std::int64_t>(*value);
+    }
     fail("a signed integer");
 }
 
 double Cim_Value::as_real() const {
-    if (const double* value = std::get_if<double>(&_content))
+    if (const double* value = std::get_if<double>(&_content)) {
         return *value;
-    if (const auto* value = std::get_if<std::int64_t>(&_content))
+    }
+    if (const auto* value = std::get_if<std::int64_t>(&_content)) {
         return static_cast<double>(*value);
-    if (const auto* value = std::get_if<std::uint64_t>(&_content))
+    }
+    if (const auto* value = std::get_if<std::uint64_t>(&_content)) {
         return static_cast<double>(*value);
+    }
     fail("a number");
 }
 
 const std::string& Cim_Value::as_string() const {
-    if (const auto* value = std::get_if<std::string>(&_content))
+    if (const auto* value = std::get_if<std::string>(&_content)) {
         return *value;
+    }
     fail("string");
 }
 
 const Cim_Datetime& Cim_Value::as_datetime() const {
-    if (const auto* value = std::get_if<Cim_Datetime>(&_content))
+    if (const auto* value = std::get_if<Cim_Datetime>(&_content)) {
         return *value;
+    }
     fail("datetime");
 }
 
 const Cim_Path& Cim_Value::as_path() const {
-    if (const auto* value = std::get_if<std::shared_ptr<const Cim_Path>>(&_content))
+    if (const auto* value = std::get_if<std::shared_ptr<const Cim_Path>>(&_content)) {
         return **value;
+    }
     fail("a reference");
 }
 
 const Cim_Instance& Cim_Value::as_instance() const {
-    if (const auto* value = std::get_if<std::shared_ptr<const Cim_Instance>>(&_content))
+    if (const auto* value = std::get_if<std::shared_ptr<const Cim_Instance>>(&_content)) {
         return **value;
+    }
     fail("an instance");
 }
 
 const std::vector<Cim_Value>& Cim_Value::elements() const {
-    if (const auto* value = std::get_if<std::vector<Cim_Value>>(&_content))
+    if (const auto* value = std::get_if<std::vector<Cim_Value>>(&_content)) {
         return *value;
+    }
     fail("an array");
 }
 
 std::vector<std::string> Cim_Value::as_strings() const {
     std::vector<std::string> texts;
-    for (const Cim_Value& element : elements())
+    for (const Cim_Value& element : elements()) {
         texts.push_back(element.as_string());
+    }
     return texts;
 }
 
 std::vector<std::uint64_t> Cim_Value::as_uints() const {
     std::vector<std::uint64_t> numbers;
-    for (const Cim_Value& element : elements())
+    for (const Cim_Value& element : elements()) {
         numbers.push_back(element.as_uint());
+    }
     return numbers;
 }
 
 std::string Cim_Value::literal() const {
-    if (is_null())
+    if (is_null()) {
         return "NULL";
+    }
     if (_array) {
         std::string text = "{";
-        for (const Cim_Value& element : elements())
+        for (const Cim_Value& element : elements()) {
             text += (text.size() > 1 ? ", " : "") + element.literal();
+        }
         return text + "}";
     }
     switch (_type) {
@@ -264,20 +293,25 @@ std::string Cim_Value::literal() const {
 }
 
 std::string Cim_Value::plain() const {
-    if (is_null())
+    if (is_null()) {
         return {};
+    }
     if (_array) {
         std::string text;
-        for (const Cim_Value& element : elements())
+        for (const Cim_Value& element : elements()) {
             text += (&element == elements().data() ? "" : ", ") + element.plain();
+        }
         return text;
     }
-    if (const auto* value = std::get_if<std::uint64_t>(&_content))
+    if (const auto* value = std::get_if<std::uint64_t>(&_content)) {
         return std::to_string(*value);
-    if (const auto* value = std::get_if<std::int64_t>(&_content))
+    }
+    if (const auto* value = std::get_if<std::int64_t>(&_content)) {
         return std::to_string(*value);
-    if (const auto* value = std::get_if<double>(&_content))
+    }
+    if (const auto* value = std::get_if<double>(&_content)) {
         return real_text(*value);
+    }
     switch (_type) {
     case Cim_Type::string:
         return as_string();
@@ -292,12 +326,15 @@ std::string Cim_Value::plain() const {
 
 bool Cim_Value::operator==(const Cim_Value& other) const {
     if (_type != other._type || _array != other._array ||
-        _content.index() != other._content.index())
+        _content.index() != other._content.index()) {
         return false;
-    if (const auto* path = std::get_if<std::shared_ptr<const Cim_Path>>(&_content))
+    }
+    if (const auto* path = std::get_if<std::shared_ptr<const Cim_Path>>(&_content)) {
         return **path == other.as_path();
-    if (const auto* instance = std::get_if<std::shared_ptr<const Cim_Instance>>(&_content))
+    }
+    if (const auto* instance = std::get_if<std::shared_ptr<const Cim_Instance>>(&_content)) {
         return **instance == other.as_instance();
+    }
     return _content == other._content;
 }
 
@@ -308,9 +345,11 @@ bool Named_Value::operator==(const Named_Value& other) const {
 }
 
 const Cim_Value* Named_Values::find(std::string_view name) const noexcept {
-    for (const Named_Value& each : *this)
-        if (same_name(each.name, name))
+    for (const Named_Value& each : *this) {
+        if (same_name(each.name, name)) {
             return &each.value;
+        }
+    }
     return nullptr;
 }
 
@@ -324,10 +363,11 @@ const Cim_Value& Named_Values::operator[](std::string_view name) const noexcept 
 }
 
 void Named_Values::set(std::string_view name, Cim_Value value) {
-    if (Cim_Value* present = find(name))
+    if (Cim_Value* present = find(name)) {
         *present = std::move(value);
-    else
+    } else {
         push_back({std::string(name), std::move(value)});
+    }
 }
 
 // ---- paths and instances
@@ -337,10 +377,12 @@ Cim_Path::Cim_Path(std::string space, std::string name, Named_Values key_values)
 
 std::string Cim_Path::text() const {
     std::string text;
-    if (!host.empty())
+    if (!host.empty()) {
         text += "//" + host + "/";
-    if (!name_space.empty())
+    }
+    if (!name_space.empty()) {
         text += name_space + ":";
+    }
     text += class_name;
     char separator = '.';
     for (const Named_Value& key : keys) {
@@ -362,8 +404,9 @@ std::string Cim_Instance::text() const {
     std::string text = "instance of " + class_name() + " {\n";
     for (const Named_Value& property : properties) {
         std::string value = property.value.literal();
-        for (std::size_t at = 0; (at = value.find('\n', at)) != std::string::npos; at += 5)
+        for (std::size_t at = 0; (at = value.find('\n', at)) != std::string::npos; at += 5) {
             value.insert(at + 1, "    "); // an embedded instance
+        }
         text += "    " + property.name + " = " + value + ";\n";
     }
     return text + "}";

@@ -102,8 +102,9 @@ public:
     static Cim_Value array(Cim_Type type, std::vector<Cim_Value> elements = {});
     template <class T> static Cim_Value array_of(std::initializer_list<T> elements) {
         Cim_Type type = Cim_Type::string;
-        if constexpr (!std::is_convertible_v<T, std::string_view>)
+        if constexpr (!std::is_convertible_v<T, std::string_view>) {
             type = Cim_Value(T{}).type();
+        }
         return array(type, std::vector<Cim_Value>(elements.begin(), elements.end()));
     }
     // An integer or char16 of any width. Throws Value_Error if the number doesn't fit.

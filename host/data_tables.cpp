@@ -14,8 +14,9 @@ CMPIStatus status(CMPIrc rc) noexcept {
 }
 
 void set(CMPIStatus* to, CMPIrc rc) noexcept {
-    if (to != nullptr)
+    if (to != nullptr) {
         *to = status(rc);
+    }
 }
 
 std::string_view text_of(const char* chars) noexcept {
@@ -32,25 +33,28 @@ template <class O> O* self(const typename O::Pair* pair, const char* operation, 
 
 template <class O> CMPIStatus release(typename O::Pair* pair) {
     O* const object = static_cast<O*>(pair);
-    if (object == nullptr || !object->tracker.release(*object))
+    if (object == nullptr || !object->tracker.release(*object)) {
         return status(CMPI_RC_ERR_INVALID_HANDLE);
+    }
     return status(CMPI_RC_OK);
 }
 
 // Clones of strings, arrays and the like: a copy of the content in an object of its own.
 template <class O> typename O::Pair* clone(const typename O::Pair* pair, CMPIStatus* rc) {
     O* const object = self<O>(pair, "clone", rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return nullptr;
+    }
     if constexpr (std::is_same_v<O, Result_Object>) {
         set(rc, CMPI_RC_ERR_NOT_SUPPORTED); // a result ends with its call
         return nullptr;
-    } else if constexpr (std::is_same_v<O, Args_Object>)
+    } else if constexpr (std::is_same_v<O, Args_Object>) {
         return books_of(*object).make_args(*object->content, true);
-    else if constexpr (std::is_same_v<O, Context_Object>)
+    } else if constexpr (std::is_same_v<O, Context_Object>) {
         return books_of(*object).make_context(*object->content, true);
-    else
+    } else {
         return books_of(*object).make(typename O::Value(*object->content), true);
+    }
 }
 
 constexpr CMPIData no_data(CMPIValueState state) noexcept {
@@ -73,15 +77,17 @@ CMPIData named(Books& books, const Named_Values& values, const char* name, CMPIr
 
 CMPIData at(Books& books, const Named_Values& values, CMPICount index, CMPIString** name,
             CMPIrc none, CMPIStatus* rc, CMPIValueState state = CMPI_goodValue) {
-    if (name != nullptr)
+    if (name != nullptr) {
         *name = nullptr;
+    }
     if (index >= values.size()) {
         set(rc, none);
         return missing;
     }
     const Named_Value& value = values.begin()[index];
-    if (name != nullptr)
+    if (name != nullptr) {
         *name = books.make(value.name);
+    }
     return books.data(value.value, state);
 }
 
@@ -111,8 +117,9 @@ CMPIType array_type(const CMPIArray* array, CMPIStatus* rc) {
 
 CMPIData array_get(const CMPIArray* array, CMPICount index, CMPIStatus* rc) {
     Array_Object* const object = self<Array_Object>(array, "getElementAt", rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return bad;
+    }
     if (index >= object->content->elements.size()) {
         set(rc, CMPI_RC_ERR_NO_SUCH_PROPERTY);
         return missing;
@@ -124,17 +131,21 @@ CMPIStatus array_set(const CMPIArray* array, CMPICount index, const CMPIValue* v
                      CMPIType type) {
     CMPIStatus rc;
     Array_Object* const object = self<Array_Object>(array, "setElementAt", &rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return rc;
+    }
     Books& books = books_of(*object);
     Array_Content& content = *object->content;
-    if (index >= content.elements.size())
+    if (index >= content.elements.size()) {
         return status(CMPI_RC_ERR_NO_SUCH_PROPERTY);
+    }
     Cim_Value element;
-    if (const CMPIrc code = books.plain(value, type, element); code != CMPI_RC_OK)
+    if (const CMPIrc code = books.plain(value, type, element); code != CMPI_RC_OK) {
         return status(code);
-    if (element.type() == Cim_Type::none)
+    }
+    if (element.type() == Cim_Type::none) {
         element = Cim_Value::null(content.type);
+    }
     if (element.is_array() || element.type() != content.type) {
         books.fault(Fault_Kind::schema_mismatch, "an element of " +
                                                      type_text(element.type(), element.is_array()) +
@@ -167,8 +178,9 @@ CMPIBoolean datetime_is_interval(const CMPIDateTime* datetime, CMPIStatus* rc) {
 template <std::string Cim_Path::*Member>
 CMPIStatus path_set(const CMPIObjectPath* path, const char* text) {
     CMPIStatus rc;
-    if (Path_Object* const object = self<Path_Object>(path, "a setter", &rc))
+    if (Path_Object* const object = self<Path_Object>(path, "a setter", &rc)) {
         (*object->content).*Member = text_of(text);
+    }
     return rc;
 }
 
@@ -182,12 +194,14 @@ CMPIStatus path_add_key(const CMPIObjectPath* path, const char* key, const CMPIV
                         const CMPIType type) {
     CMPIStatus rc;
     Path_Object* const object = self<Path_Object>(path, "addKey", &rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return rc;
+    }
     Books& books = books_of(*object);
     Cim_Value plain;
-    if (const CMPIrc code = books.plain(value, type, plain); code != CMPI_RC_OK)
+    if (const CMPIrc code = books.plain(value, type, plain); code != CMPI_RC_OK) {
         return status(code);
+    }
     const Cim_Path& content = *object->content;
     const tvrmof::Class* const model =
         books.schema == nullptr ? nullptr : books.schema->find(content.class_name);
@@ -232,27 +246,31 @@ CMPICount path_key_count(const CMPIObjectPath* path, CMPIStatus* rc) {
 CMPIStatus path_take_name_space(const CMPIObjectPath* path, const CMPIObjectPath* source) {
     CMPIStatus rc;
     Path_Object* const object = self<Path_Object>(path, "setNameSpaceFromObjectPath", &rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return rc;
+    }
     const auto* from = argument<Path_Object>(books_of(*object), source, "setNameSpace");
-    if (from == nullptr)
+    if (from == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
+    }
     object->content->name_space = from->content->name_space;
     return rc;
 }
 
 CMPIStatus path_take_host(const CMPIObjectPath* path, const CMPIObjectPath* source) {
     const CMPIStatus rc = path_take_name_space(path, source);
-    if (rc.rc == CMPI_RC_OK)
+    if (rc.rc == CMPI_RC_OK) {
         static_cast<Path_Object*>(const_cast<CMPIObjectPath*>(path))->content->host =
             static_cast<const Path_Object*>(source)->content->host;
+    }
     return rc;
 }
 
 const tvrmof::Class* class_of(const CMPIObjectPath* path, CMPIStatus* rc) {
     Path_Object* const object = self<Path_Object>(path, "a qualifier's getter", rc);
-    if (object == nullptr || books_of(*object).schema == nullptr)
+    if (object == nullptr || books_of(*object).schema == nullptr) {
         return nullptr;
+    }
     return books_of(*object).schema->find(object->content->class_name);
 }
 
@@ -261,8 +279,9 @@ CMPIData qualifier(const CMPIObjectPath* path, const tvrmof::Qualifiers* qualifi
     const tvrmof::Qualifier* const found =
         qualifiers == nullptr ? nullptr : qualifiers->find(text_of(name));
     if (found == nullptr) {
-        if (rc == nullptr || rc->rc == CMPI_RC_OK)
+        if (rc == nullptr || rc->rc == CMPI_RC_OK) {
             set(rc, CMPI_RC_ERR_NOT_FOUND);
+        }
         return missing;
     }
     const Cim_Value value =
@@ -302,8 +321,9 @@ CMPIString* path_text(const CMPIObjectPath* path, CMPIStatus* rc) {
 
 CMPIData instance_property(const CMPIInstance* instance, const char* name, CMPIStatus* rc) {
     Instance_Object* const object = self<Instance_Object>(instance, "getProperty", rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return bad;
+    }
     const bool key = object->content->is_key(text_of(name));
     return named(books_of(*object), object->content->instance.properties, name,
                  CMPI_RC_ERR_NO_SUCH_PROPERTY, rc, key ? CMPI_keyValue : CMPI_goodValue);
@@ -312,8 +332,9 @@ CMPIData instance_property(const CMPIInstance* instance, const char* name, CMPIS
 CMPIData instance_property_at(const CMPIInstance* instance, CMPICount index, CMPIString** name,
                               CMPIStatus* rc) {
     Instance_Object* const object = self<Instance_Object>(instance, "getPropertyAt", rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return bad;
+    }
     const Named_Values& properties = object->content->instance.properties;
     const bool key =
         index < properties.size() && object->content->is_key(properties.begin()[index].name);
@@ -331,14 +352,16 @@ CMPIStatus instance_set(const CMPIInstance* instance, const char* name, const CM
                         CMPIType type) {
     CMPIStatus rc;
     Instance_Object* const object = self<Instance_Object>(instance, "setProperty", &rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return rc;
+    }
     Books& books = books_of(*object);
     Instance_Content& content = *object->content;
     std::string_view property = text_of(name);
     Cim_Value plain;
-    if (const CMPIrc code = books.plain(value, type, plain); code != CMPI_RC_OK)
+    if (const CMPIrc code = books.plain(value, type, plain); code != CMPI_RC_OK) {
         return status(code);
+    }
     if (content.model != nullptr) {
         const tvrmof::Feature* const feature = content.model->find(property);
         if (feature == nullptr || feature->kind == tvrmof::Feature_Kind::method) {
@@ -346,8 +369,9 @@ CMPIStatus instance_set(const CMPIInstance* instance, const char* name, const CM
                                                          std::string(property) + " does not exist");
             return status(CMPI_RC_ERR_NO_SUCH_PROPERTY);
         }
-        if (plain.type() == Cim_Type::none)
+        if (plain.type() == Cim_Type::none) {
             plain = Cim_Value::null(declared_type(*feature), feature->is_array);
+        }
         if (!fits(*feature, plain.type(), plain.is_array())) {
             books.fault(Fault_Kind::schema_mismatch,
                         "property " + content.model->name + "." + feature->name + " is " +
@@ -357,8 +381,9 @@ CMPIStatus instance_set(const CMPIInstance* instance, const char* name, const CM
         }
     }
     // What the filter keeps out is no error: the client didn't ask for it.
-    if (content.passes(property))
+    if (content.passes(property)) {
         content.instance.properties.set(property, std::move(plain));
+    }
     return status(CMPI_RC_OK);
 }
 
@@ -376,21 +401,25 @@ CMPIObjectPath* instance_path(const CMPIInstance* instance, CMPIStatus* rc) {
 CMPIStatus instance_set_path(const CMPIInstance* instance, const CMPIObjectPath* path) {
     CMPIStatus rc;
     Instance_Object* const object = self<Instance_Object>(instance, "setObjectPath", &rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return rc;
+    }
     const auto* from = argument<Path_Object>(books_of(*object), path, "setObjectPath");
-    if (from == nullptr)
+    if (from == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
+    }
     object->content->instance.path = *from->content;
     return rc;
 }
 
 std::optional<std::vector<std::string>> names(const char** list) {
-    if (list == nullptr)
+    if (list == nullptr) {
         return std::nullopt;
+    }
     std::vector<std::string> result;
-    for (; *list != nullptr; ++list)
+    for (; *list != nullptr; ++list) {
         result.emplace_back(*list);
+    }
     return result;
 }
 
@@ -398,8 +427,9 @@ CMPIStatus instance_filter(const CMPIInstance* instance, const char** properties
                            const char** key_list) {
     CMPIStatus rc;
     Instance_Object* const object = self<Instance_Object>(instance, "setPropertyFilter", &rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return rc;
+    }
     Instance_Content& content = *object->content;
     content.allowed = names(properties);
     content.keys = names(key_list);
@@ -414,11 +444,13 @@ CMPIStatus args_add(const CMPIArgs* args, const char* name, const CMPIValue* val
                     const CMPIType type) {
     CMPIStatus rc;
     Args_Object* const object = self<Args_Object>(args, "addArg", &rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return rc;
+    }
     Cim_Value plain;
-    if (const CMPIrc code = books_of(*object).plain(value, type, plain); code != CMPI_RC_OK)
+    if (const CMPIrc code = books_of(*object).plain(value, type, plain); code != CMPI_RC_OK) {
         return status(code);
+    }
     object->content->set(text_of(name), std::move(plain));
     return rc;
 }
@@ -446,8 +478,9 @@ CMPICount args_count(const CMPIArgs* args, CMPIStatus* rc) {
 
 CMPIData enumeration_next(const CMPIEnumeration* enumeration, CMPIStatus* rc) {
     Enumeration_Object* const object = self<Enumeration_Object>(enumeration, "getNext", rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return bad;
+    }
     Enumeration_Content& content = *object->content;
     if (content.next >= content.items.size()) {
         set(rc, CMPI_RC_ERR_FAILED);
@@ -463,8 +496,9 @@ CMPIBoolean enumeration_has_next(const CMPIEnumeration* enumeration, CMPIStatus*
 
 CMPIArray* enumeration_array(const CMPIEnumeration* enumeration, CMPIStatus* rc) {
     Enumeration_Object* const object = self<Enumeration_Object>(enumeration, "toArray", rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return nullptr;
+    }
     const Enumeration_Content& content = *object->content;
     return books_of(*object).make(Array_Content{content.type, content.items});
 }
@@ -495,11 +529,13 @@ CMPIStatus context_add(const CMPIContext* context, const char* name, const CMPIV
                        const CMPIType type) {
     CMPIStatus rc;
     Context_Object* const object = self<Context_Object>(context, "addEntry", &rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return rc;
+    }
     Cim_Value plain;
-    if (const CMPIrc code = books_of(*object).plain(value, type, plain); code != CMPI_RC_OK)
+    if (const CMPIrc code = books_of(*object).plain(value, type, plain); code != CMPI_RC_OK) {
         return status(code);
+    }
     object->content->set(text_of(name), std::move(plain));
     return rc;
 }
@@ -509,8 +545,9 @@ CMPIStatus context_add(const CMPIContext* context, const char* name, const CMPIV
 // The answer that a return goes to, or null with the code set.
 Answer* open_answer(const CMPIResult* result, const char* operation, CMPIStatus* rc) {
     Result_Object* const object = self<Result_Object>(result, operation, rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return nullptr;
+    }
     Answer* const answer = object->content->answer;
     if (answer->done) {
         object->tracker.fault(Fault_Kind::result_after_done,
@@ -524,13 +561,15 @@ Answer* open_answer(const CMPIResult* result, const char* operation, CMPIStatus*
 CMPIStatus result_data(const CMPIResult* result, const CMPIValue* value, const CMPIType type) {
     CMPIStatus rc;
     Answer* const answer = open_answer(result, "returnData", &rc);
-    if (answer == nullptr)
+    if (answer == nullptr) {
         return rc;
+    }
     Cim_Value plain;
     if (const CMPIrc code =
             books_of(*static_cast<const Result_Object*>(result)).plain(value, type, plain);
-        code != CMPI_RC_OK)
+        code != CMPI_RC_OK) {
         return status(code);
+    }
     answer->data.push_back(std::move(plain));
     return rc;
 }
@@ -538,12 +577,14 @@ CMPIStatus result_data(const CMPIResult* result, const CMPIValue* value, const C
 CMPIStatus result_instance(const CMPIResult* result, const CMPIInstance* instance) {
     CMPIStatus rc;
     Answer* const answer = open_answer(result, "returnInstance", &rc);
-    if (answer == nullptr)
+    if (answer == nullptr) {
         return rc;
+    }
     const auto* object = argument<Instance_Object>(
         books_of(*static_cast<const Result_Object*>(result)), instance, "returnInstance");
-    if (object == nullptr)
+    if (object == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
+    }
     answer->instances.push_back(object->content->instance);
     return rc;
 }
@@ -551,20 +592,23 @@ CMPIStatus result_instance(const CMPIResult* result, const CMPIInstance* instanc
 CMPIStatus result_path(const CMPIResult* result, const CMPIObjectPath* path) {
     CMPIStatus rc;
     Answer* const answer = open_answer(result, "returnObjectPath", &rc);
-    if (answer == nullptr)
+    if (answer == nullptr) {
         return rc;
+    }
     const auto* object = argument<Path_Object>(books_of(*static_cast<const Result_Object*>(result)),
                                                path, "returnObjectPath");
-    if (object == nullptr)
+    if (object == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
+    }
     answer->paths.push_back(*object->content);
     return rc;
 }
 
 CMPIStatus result_done(const CMPIResult* result) {
     CMPIStatus rc;
-    if (Answer* const answer = open_answer(result, "returnDone", &rc))
+    if (Answer* const answer = open_answer(result, "returnDone", &rc)) {
         answer->done = true;
+    }
     return rc;
 }
 
@@ -585,16 +629,18 @@ std::optional<std::string> selected_class(std::string_view query) {
         words.emplace_back(query.substr(at, end - at));
         at = end;
     }
-    if (words.size() == 4 && same_name(words[0], "select") && same_name(words[2], "from"))
+    if (words.size() == 4 && same_name(words[0], "select") && same_name(words[2], "from")) {
         return words[3];
+    }
     return std::nullopt;
 }
 
 CMPIBoolean select_evaluate(const CMPISelectExp* select, const CMPIInstance* instance,
                             CMPIStatus* rc) {
     Select_Object* const object = self<Select_Object>(select, "evaluate", rc);
-    if (object == nullptr)
+    if (object == nullptr) {
         return 0;
+    }
     Books& books = books_of(*object);
     const auto* tested = argument<Instance_Object>(books, instance, "evaluate");
     const std::optional<std::string> wanted = selected_class(object->content->query);
@@ -613,14 +659,16 @@ CMPIString* select_string(const CMPISelectExp* select, CMPIStatus* rc) {
 }
 
 CMPISelectCond* select_condition(const CMPISelectExp* select, CMPIStatus* rc) {
-    if (self<Select_Object>(select, "getDOC or getCOD", rc) != nullptr)
+    if (self<Select_Object>(select, "getDOC or getCOD", rc) != nullptr) {
         set(rc, CMPI_RC_ERR_NOT_SUPPORTED);
+    }
     return nullptr;
 }
 
 CMPIBoolean select_accessor(const CMPISelectExp* select, CMPIAccessor*, void*, CMPIStatus* rc) {
-    if (self<Select_Object>(select, "evaluateUsingAccessor", rc) != nullptr)
+    if (self<Select_Object>(select, "evaluateUsingAccessor", rc) != nullptr) {
         set(rc, CMPI_RC_ERR_NOT_SUPPORTED);
+    }
     return 0;
 }
 
@@ -686,8 +734,9 @@ Tables make_tables(int version) {
         t.instance.setPropertyWithOrigin = nullptr;
         t.result.returnError = nullptr;
     }
-    if (version < 210)
+    if (version < 210) {
         t.string.newCharsCP = nullptr;
+    }
     fill_makers(t, version);
     fill_broker(t, version);
     return t;

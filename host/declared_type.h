@@ -12,10 +12,12 @@ inline Cim_Type declared_type(const tvrmof::Typed& declared) noexcept {
         Cim_Type::boolean, Cim_Type::uint8,  Cim_Type::sint8,  Cim_Type::uint16,  Cim_Type::sint16,
         Cim_Type::uint32,  Cim_Type::sint32, Cim_Type::uint64, Cim_Type::sint64,  Cim_Type::real32,
         Cim_Type::real64,  Cim_Type::char16, Cim_Type::string, Cim_Type::datetime};
-    if (declared.is_reference)
+    if (declared.is_reference) {
         return Cim_Type::reference;
-    if (declared.is_embedded_instance() || declared.is_embedded_object())
+    }
+    if (declared.is_embedded_instance() || declared.is_embedded_object()) {
         return Cim_Type::instance;
+    }
     return types[static_cast<unsigned>(declared.type)];
 }
 

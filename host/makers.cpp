@@ -11,8 +11,9 @@ namespace tvrhost {
 namespace {
 
 void set(CMPIStatus* to, CMPIrc rc) noexcept {
-    if (to != nullptr)
+    if (to != nullptr) {
         *to = {rc, nullptr};
+    }
 }
 
 std::string text_of(const char* chars) {
@@ -77,8 +78,9 @@ CMPIDateTime* new_datetime_chars(const CMPIBroker* broker, const char* text, CMP
 
 CMPISelectExp* new_select(const CMPIBroker* broker, const char* query, const char* language,
                           CMPIArray** projection, CMPIStatus* rc) {
-    if (projection != nullptr)
+    if (projection != nullptr) {
         *projection = nullptr;
+    }
     set(rc, CMPI_RC_OK);
     return side_of(broker).books.make(Select_Content{text_of(query), text_of(language)});
 }
@@ -88,8 +90,9 @@ CMPIBoolean path_is_a(const CMPIBroker* broker, const CMPIObjectPath* path, cons
     Books& books = side_of(broker).books;
     const auto* object = argument<Path_Object>(books, path, "classPathIsA");
     set(rc, object == nullptr ? CMPI_RC_ERR_INVALID_PARAMETER : CMPI_RC_OK);
-    if (object == nullptr)
+    if (object == nullptr) {
         return 0;
+    }
     const std::string wanted = text_of(class_name);
     const std::string& found = object->content->class_name;
     return same_name(found, wanted) ||
@@ -104,8 +107,9 @@ struct Any_Pair {
 
 // "CMPIString" and the like, or null for what is none of ours.
 const char* kind_of(const Tables& ft, const void* object) noexcept {
-    if (object == nullptr)
+    if (object == nullptr) {
         return nullptr;
+    }
     const void* const table = static_cast<const Any_Pair*>(object)->ft;
     const std::pair<const void*, const char*> kinds[] = {
         {&ft.string, "CMPIString"},           {&ft.array, "CMPIArray"},
@@ -113,9 +117,11 @@ const char* kind_of(const Tables& ft, const void* object) noexcept {
         {&ft.instance, "CMPIInstance"},       {&ft.args, "CMPIArgs"},
         {&ft.enumeration, "CMPIEnumeration"}, {&ft.context, "CMPIContext"},
         {&ft.result, "CMPIResult"},           {&ft.select, "CMPISelectExp"}};
-    for (const auto& [known, kind] : kinds)
-        if (table == known)
+    for (const auto& [known, kind] : kinds) {
+        if (table == known) {
             return kind;
+        }
+    }
     return nullptr;
 }
 
@@ -141,22 +147,26 @@ CMPIString* object_text(const CMPIBroker* broker, const void* object, CMPIStatus
         set(rc, alive == nullptr ? CMPI_RC_ERR_INVALID_HANDLE : CMPI_RC_OK);
         return alive == nullptr ? nullptr : books.make(std::string(convert(*alive->content)));
     };
-    if (name == "CMPIString")
+    if (name == "CMPIString") {
         return text(
             argument<String_Object>(books, static_cast<const CMPIString*>(object), "toString"),
             [](const std::string& chars) { return chars; });
-    if (name == "CMPIObjectPath")
+    }
+    if (name == "CMPIObjectPath") {
         return text(
             argument<Path_Object>(books, static_cast<const CMPIObjectPath*>(object), "toString"),
             [](const Cim_Path& path) { return path.text(); });
-    if (name == "CMPIInstance")
+    }
+    if (name == "CMPIInstance") {
         return text(
             argument<Instance_Object>(books, static_cast<const CMPIInstance*>(object), "toString"),
             [](const Instance_Content& content) { return content.instance.text(); });
-    if (name == "CMPIDateTime")
+    }
+    if (name == "CMPIDateTime") {
         return text(
             argument<Datetime_Object>(books, static_cast<const CMPIDateTime*>(object), "toString"),
             [](const Cim_Datetime& datetime) { return datetime.text(); });
+    }
     return type_text(broker, object, rc);
 }
 
@@ -235,9 +245,10 @@ CMPIStatus log(const CMPIBroker* broker, const char* origin, const char* text,
                const CMPIString* string) {
     Broker_Side& side = side_of(broker);
     const auto* object = argument<String_Object>(side.books, string, "logging");
-    if (side.options.on_log)
+    if (side.options.on_log) {
         side.options.on_log(text_of(origin) + ": " +
                             (object == nullptr ? text_of(text) : *object->content));
+    }
     return {CMPI_RC_OK, nullptr};
 }
 
@@ -259,8 +270,9 @@ CMPIError* new_error(const CMPIBroker*, const char*, const char*, const char*,
 }
 
 CMPIStatus open_messages(const CMPIBroker*, const char*, CMPIMsgFileHandle* handle) {
-    if (handle != nullptr)
+    if (handle != nullptr) {
         *handle = nullptr; // the default messages are used
+    }
     return {CMPI_RC_OK, nullptr};
 }
 

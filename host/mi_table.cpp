@@ -41,30 +41,36 @@ const char* kind_name(Kind kind) noexcept {
 // ---- Module
 
 Module::Module(const Options& options) : _lookup(options.factories) {
-    if (_lookup || options.module.empty())
+    if (_lookup || options.module.empty()) {
         return;
+    }
     _handle = dlopen(options.module.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (_handle == nullptr)
+    if (_handle == nullptr) {
         throw Start_Error("module " + options.module + ": " + dlerror());
+    }
 }
 
 Module::~Module() {
-    if (_handle != nullptr)
+    if (_handle != nullptr) {
         dlclose(_handle);
+    }
 }
 
 Any_Function Module::find(const std::string& name) const {
-    if (_lookup)
+    if (_lookup) {
         return _lookup(name);
-    if (_handle == nullptr)
+    }
+    if (_handle == nullptr) {
         return nullptr;
+    }
     return reinterpret_cast<Any_Function>(dlsym(_handle, name.c_str()));
 }
 
 Any_Function Module::factory(const std::string& class_name, Kind kind) const {
     const std::string end = std::string("_Create_") + kind_name(kind) + "MI";
-    if (const Any_Function found = find(class_name + end))
+    if (const Any_Function found = find(class_name + end)) {
         return found;
+    }
     return find(class_name + "_Provider" + end);
 }
 
@@ -77,11 +83,13 @@ Mi_Table::Mi_Table(const Module& module, const CMPIBroker& broker, Books& books,
 Mi_Table::~Mi_Table() = default;
 
 Mi_Table::Entry::~Entry() {
-    if (_table == nullptr)
+    if (_table == nullptr) {
         return;
+    }
     const std::lock_guard lock(_table->_mutex);
-    if (--_state->in_flight == 0)
+    if (--_state->in_flight == 0) {
         _table->_changed.notify_all();
+    }
 }
 
 std::size_t Mi_Table::index(Kind kind) noexcept {
@@ -90,15 +98,18 @@ std::size_t Mi_Table::index(Kind kind) noexcept {
 
 Mi_Table::Class_State& Mi_Table::state_of(const std::string& class_name) {
     std::string name = class_name;
-    if (_books.schema != nullptr)
-        if (const tvrmof::Class* model = _books.schema->find(class_name))
+    if (_books.schema != nullptr) {
+        if (const tvrmof::Class* model = _books.schema->find(class_name)) {
             name = model->name;
+        }
+    }
     std::unique_ptr<Class_State>& state = _classes[name];
     if (state == nullptr) {
         state = std::make_unique<Class_State>();
         state->name = name;
-        for (const Kind kind : kinds)
+        for (const Kind kind : kinds) {
             state->factories[index(kind)] = _module.factory(name, kind);
+        }
     }
     return *state;
 }
@@ -111,8 +122,9 @@ bool Mi_Table::serves(const std::string& class_name, Kind kind) {
 Named_Values Mi_Table::context_entries() const {
     Named_Values entries;
     entries.set(CMPIPrincipal, _options.principal);
-    if (!_options.name_spaces.empty())
+    if (!_options.name_spaces.empty()) {
         entries.set(CMPIInitNameSpace, _options.name_spaces.front());
+    }
     return entries;
 }
 
@@ -155,9 +167,10 @@ Mi_Table::Entry Mi_Table::enter(const std::string& class_name, Kind kind) {
     const bool nested = Scope_Frame::top(_books) != nullptr;
     std::unique_lock lock(_mutex);
     Class_State& state = state_of(class_name);
-    if (state.factories[index(kind)] == nullptr)
+    if (state.factories[index(kind)] == nullptr) {
         return {CMPI_RC_ERR_NOT_SUPPORTED,
                 state.name + " has no " + kind_name(kind) + " factory in the module"};
+    }
     for (;;) {
         void* const mi = state.mis[index(kind)];
         // A class about to be cleaned up still takes what the requests in it ask for.
@@ -166,15 +179,18 @@ Mi_Table::Entry Mi_Table::enter(const std::string& class_name, Kind kind) {
             ++state.in_flight;
             return {*this, state, mi};
         }
-        if (_closed)
+        if (_closed) {
             return {CMPI_RC_ERR_FAILED, "the object manager has shut down"};
-        if (state.phase == Phase::idle)
+        }
+        if (state.phase == Phase::idle) {
             break;
-        if (!nested)
+        }
+        if (!nested) {
             _changed.wait(lock);
-        else if (state.phase == Phase::cleaning || state.loader == std::this_thread::get_id() ||
-                 _changed.wait_for(lock, patience) == std::cv_status::timeout)
+        } else if (state.phase == Phase::cleaning || state.loader == std::this_thread::get_id() ||
+                   _changed.wait_for(lock, patience) == std::cv_status::timeout) {
             return {CMPI_RC_ERR_FAILED, state.name + " is being loaded or cleaned up"};
+        }
     }
     state.phase = Phase::loading;
     state.loader = std::this_thread::get_id();
@@ -183,11 +199,13 @@ Mi_Table::Entry Mi_Table::enter(const std::string& class_name, Kind kind) {
     lock.lock();
     state.phase = Phase::idle;
     _changed.notify_all();
-    if (mi == nullptr)
+    if (mi == nullptr) {
         return {CMPI_RC_ERR_FAILED,
                 state.name + ": the " + kind_name(kind) + " factory made nothing"};
-    if (state.load_order.empty())
+    }
+    if (state.load_order.empty()) {
         _load_order.push_back(&state);
+    }
     state.mis[index(kind)] = mi;
     state.load_order.push_back(kind);
     ++state.in_flight;
@@ -202,10 +220,11 @@ bool Mi_Table::clean_up(Class_State& state, bool terminating, std::unique_lock<s
     state.phase = Phase::cleaning;
     const auto empty = [&] { return state.in_flight == 0; };
     bool gone = true;
-    if (_closed)
+    if (_closed) {
         gone = _changed.wait_for(lock, patience, empty);
-    else
+    } else {
         _changed.wait(lock, empty);
+    }
     std::vector<Kind> kept;
     while (gone && !state.load_order.empty()) {
         const Kind kind = state.load_order.back();
@@ -214,8 +233,9 @@ bool Mi_Table::clean_up(Class_State& state, bool terminating, std::unique_lock<s
         lock.unlock();
         const CMPIStatus status = clean_up_mi(state, kind, mi, terminating);
         lock.lock();
-        if (status.rc != CMPI_RC_OK)
+        if (status.rc != CMPI_RC_OK) {
             rc = status.rc;
+        }
         const bool stays = !terminating && (status.rc == CMPI_RC_DO_NOT_UNLOAD ||
                                             status.rc == CMPI_RC_NEVER_UNLOAD);
         if (stays) {
@@ -227,10 +247,12 @@ bool Mi_Table::clean_up(Class_State& state, bool terminating, std::unique_lock<s
                                                           rc_name(status.rc));
         }
     }
-    if (gone)
+    if (gone) {
         state.load_order = std::move(kept);
-    if (state.load_order.empty())
+    }
+    if (state.load_order.empty()) {
         std::erase(_load_order, &state);
+    }
     state.phase = Phase::idle;
     _changed.notify_all();
     return gone;
@@ -247,8 +269,9 @@ void Mi_Table::shutdown() {
     std::unique_lock lock(_mutex);
     _closed = true;
     _changed.notify_all();
-    for (auto& [name, state] : _classes)
+    for (auto& [name, state] : _classes) {
         _changed.wait_for(lock, patience, [&each = *state] { return each.phase == Phase::idle; });
+    }
     while (!_load_order.empty()) {
         Class_State& state = *_load_order.back();
         int rc = CMPI_RC_OK;

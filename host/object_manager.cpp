@@ -56,10 +56,12 @@ Answer refusal(int rc, std::string message) {
 class Property_List {
 public:
     explicit Property_List(const Properties& properties) {
-        if (!properties)
+        if (!properties) {
             return;
-        for (const std::string& property : *properties)
+        }
+        for (const std::string& property : *properties) {
             _names.push_back(property.c_str());
+        }
         _names.push_back(nullptr);
     }
     const char** get() { return _names.empty() ? nullptr : _names.data(); }
@@ -91,16 +93,19 @@ void append(Answer& answer, Answer&& other) {
 } // namespace
 
 std::string rc_name(int rc) {
-    for (const Code_Name& each : code_names)
-        if (each.rc == rc)
+    for (const Code_Name& each : code_names) {
+        if (each.rc == rc) {
             return each.name;
+        }
+    }
     return "code " + std::to_string(rc);
 }
 
 const Cim_Instance& Answer::instance() const {
-    if (instances.size() != 1)
+    if (instances.size() != 1) {
         throw Value_Error("the answer holds " + std::to_string(instances.size()) +
                           " instances, not one (" + rc_name(rc) + ")");
+    }
     return instances.front();
 }
 
@@ -176,8 +181,9 @@ struct Object_Manager::Rep {
 namespace {
 
 std::shared_ptr<const tvrmof::Schema> schema_of(const Options& options) {
-    if (options.schema != nullptr || options.mof.empty())
+    if (options.schema != nullptr || options.mof.empty()) {
         return options.schema;
+    }
     try {
         return std::make_shared<const tvrmof::Schema>(tvrmof::read_files(options.mof));
     } catch (const tvrmof::Error& error) {
@@ -202,8 +208,9 @@ template <class MI, class Invoke>
 Answer Object_Manager::Rep::call(const std::string& class_name, Kind kind, const char* operation,
                                  const Call& how, Invoke invoke) {
     Mi_Table::Entry entry = mis.enter(class_name, kind);
-    if (entry.mi == nullptr)
+    if (entry.mi == nullptr) {
         return refusal(entry.rc, std::move(entry.message));
+    }
     Answer answer;
     const Scope_Frame scope(books, std::string(operation) + " " + class_name);
     Named_Values entries;
@@ -214,8 +221,9 @@ Answer Object_Manager::Rep::call(const std::string& class_name, Kind kind, const
     context->is_argument = result->is_argument = true;
     const CMPIStatus status = invoke(static_cast<MI*>(entry.mi), context, result, answer);
     answer.rc = status.rc;
-    if (const auto* text = argument<String_Object>(books, status.msg, "a status's message"))
+    if (const auto* text = argument<String_Object>(books, status.msg, "a status's message")) {
         answer.message = *text->content;
+    }
     return answer;
 }
 
@@ -225,8 +233,9 @@ bool Object_Manager::Rep::registered_in(const std::string& name_space) const {
 }
 
 Answer Object_Manager::Rep::unknown(const std::string& class_name, const char* kind) const {
-    if (schema != nullptr && schema->find(class_name) != nullptr)
+    if (schema != nullptr && schema->find(class_name) != nullptr) {
         return refusal(CMPI_RC_ERR_NOT_SUPPORTED, class_name + " is served with no " + kind);
+    }
     return refusal(CMPI_RC_ERR_INVALID_CLASS, "there is no class " + class_name);
 }
 
@@ -251,14 +260,17 @@ template <class Ask>
 Answer Object_Manager::Rep::each_class(const std::string& name_space, const std::string& class_name,
                                        const Call& how, bool names, const Properties& properties,
                                        Ask ask) {
-    if (!how.through.empty())
+    if (!how.through.empty()) {
         return ask(how.through, Cim_Path(name_space, class_name));
+    }
     std::vector<std::string> classes = {class_name};
     if (const tvrmof::Class* const top = schema == nullptr ? nullptr : schema->find(class_name)) {
         classes = {top->name};
-        for (const std::unique_ptr<tvrmof::Class>& each : schema->classes())
-            if (each.get() != top && each->is_a(*top))
+        for (const std::unique_ptr<tvrmof::Class>& each : schema->classes()) {
+            if (each.get() != top && each->is_a(*top)) {
                 classes.push_back(each->name);
+            }
+        }
     }
     Answer answer;
     answer.done = true;
@@ -272,18 +284,21 @@ Answer Object_Manager::Rep::each_class(const std::string& name_space, const std:
         const std::lock_guard lock(instances_mutex);
         for (const Cim_Instance& instance : instances) {
             if (!same_name(instance.class_name(), each) ||
-                !same_name(instance.path.name_space, name_space))
+                !same_name(instance.path.name_space, name_space)) {
                 continue;
+            }
             anybody = true;
-            if (names)
+            if (names) {
                 answer.paths.push_back(instance.path);
-            else
+            } else {
                 answer.instances.push_back(filtered(instance, properties));
+            }
         }
     }
-    if (!anybody)
+    if (!anybody) {
         return refusal(CMPI_RC_ERR_INVALID_CLASS,
                        "nobody serves " + class_name + " in " + name_space);
+    }
     return answer;
 }
 
@@ -345,8 +360,9 @@ Answer Object_Manager::get_instance(const Cim_Path& path, const Properties& prop
 Answer Object_Manager::create_instance(const Cim_Path& path, const Cim_Instance& instance,
                                        const Call& how) {
     const std::string& served = how.through.empty() ? path.class_name : how.through;
-    if (!_rep->mis.serves(served, Kind::instance))
+    if (!_rep->mis.serves(served, Kind::instance)) {
         return _rep->unknown(served, "instances");
+    }
     return _rep->call<CMPIInstanceMI>(
         served, Kind::instance, "createInstance", how,
         [&](CMPIInstanceMI* mi, const CMPIContext* context, const CMPIResult* result, Answer&) {
@@ -360,8 +376,9 @@ Answer Object_Manager::modify_instance(const Cim_Path& path, const Cim_Instance&
     if (how.through.empty()) {
         const std::lock_guard lock(_rep->instances_mutex);
         if (Cim_Instance* const found = _rep->given(path)) {
-            for (const Named_Value& each : _rep->filtered(instance, properties).properties)
+            for (const Named_Value& each : _rep->filtered(instance, properties).properties) {
                 found->properties.set(each.name, each.value);
+            }
             Answer answer;
             answer.done = true;
             answer.paths.push_back(path);
@@ -369,8 +386,9 @@ Answer Object_Manager::modify_instance(const Cim_Path& path, const Cim_Instance&
         }
     }
     const std::string& served = how.through.empty() ? path.class_name : how.through;
-    if (!_rep->mis.serves(served, Kind::instance))
+    if (!_rep->mis.serves(served, Kind::instance)) {
         return _rep->unknown(served, "instances");
+    }
     return _rep->call<CMPIInstanceMI>(
         served, Kind::instance, "modifyInstance", how,
         [&](CMPIInstanceMI* mi, const CMPIContext* context, const CMPIResult* result, Answer&) {
@@ -391,8 +409,9 @@ Answer Object_Manager::delete_instance(const Cim_Path& path, const Call& how) {
         }
     }
     const std::string& served = how.through.empty() ? path.class_name : how.through;
-    if (!_rep->mis.serves(served, Kind::instance))
+    if (!_rep->mis.serves(served, Kind::instance)) {
         return _rep->unknown(served, "instances");
+    }
     return _rep->call<CMPIInstanceMI>(
         served, Kind::instance, "deleteInstance", how,
         [&](CMPIInstanceMI* mi, const CMPIContext* context, const CMPIResult* result, Answer&) {
@@ -404,8 +423,9 @@ Answer Object_Manager::exec_query(const std::string& name_space, const std::stri
                                   const std::string& query, const std::string& language,
                                   const Call& how) {
     const std::string& served = how.through.empty() ? class_name : how.through;
-    if (!_rep->mis.serves(served, Kind::instance))
+    if (!_rep->mis.serves(served, Kind::instance)) {
         return _rep->unknown(served, "instances");
+    }
     return _rep->call<CMPIInstanceMI>(
         served, Kind::instance, "execQuery", how,
         [&](CMPIInstanceMI* mi, const CMPIContext* context, const CMPIResult* result, Answer&) {
@@ -423,31 +443,35 @@ void Object_Manager::Rep::check_method(const Cim_Path& path, const std::string& 
     const tvrmof::Class* const model = schema == nullptr ? nullptr : schema->find(path.class_name);
     const tvrmof::Feature* const declared =
         model == nullptr ? nullptr : model->find(method, tvrmof::Feature_Kind::method);
-    if (declared == nullptr || !answer.ok())
+    if (declared == nullptr || !answer.ok()) {
         return;
+    }
     const std::string place = model->name + "." + declared->name;
     const Cim_Value& value = answer.return_value();
-    if (value.type() != Cim_Type::none && !fits(*declared, value.type(), value.is_array()))
+    if (value.type() != Cim_Type::none && !fits(*declared, value.type(), value.is_array())) {
         books.fault(Fault_Kind::schema_mismatch,
                     place + " returned " + type_text(value.type(), value.is_array()));
+    }
     for (const Named_Value& out : answer.out) {
         const tvrmof::Parameter* const parameter = declared->parameter(out.name);
-        if (parameter == nullptr || !parameter->out())
+        if (parameter == nullptr || !parameter->out()) {
             books.fault(Fault_Kind::schema_mismatch,
                         place + " has no output parameter " + out.name);
-        else if (out.value.type() != Cim_Type::none &&
-                 !fits(*parameter, out.value.type(), out.value.is_array()))
+        } else if (out.value.type() != Cim_Type::none &&
+                   !fits(*parameter, out.value.type(), out.value.is_array())) {
             books.fault(Fault_Kind::schema_mismatch,
                         place + ": output parameter " + out.name + " as " +
                             type_text(out.value.type(), out.value.is_array()));
+        }
     }
 }
 
 Answer Object_Manager::invoke_method(const Cim_Path& path, const std::string& method,
                                      const Arguments& in, const Call& how) {
     const std::string& served = how.through.empty() ? path.class_name : how.through;
-    if (!_rep->mis.serves(served, Kind::method))
+    if (!_rep->mis.serves(served, Kind::method)) {
         return _rep->unknown(served, "methods");
+    }
     Answer whole =
         _rep->call<CMPIMethodMI>(served, Kind::method, "invokeMethod", how,
                                  [&](CMPIMethodMI* mi, const CMPIContext* context,
@@ -456,8 +480,9 @@ Answer Object_Manager::invoke_method(const Cim_Path& path, const std::string& me
                                      const CMPIStatus status = mi->ft->invokeMethod(
                                          mi, context, result, _rep->books.make(Cim_Path(path)),
                                          method.c_str(), _rep->books.make_args(in), out);
-                                     if (out->content != nullptr)
+                                     if (out->content != nullptr) {
                                          answer.out = std::move(*out->content);
+                                     }
                                      return status;
                                  });
     _rep->check_method(path, method, whole);
@@ -479,19 +504,23 @@ template <class Ask>
 Answer Object_Manager::Rep::each_association(const Cim_Path& path,
                                              const std::string& association_class, const Call& how,
                                              Ask ask) {
-    if (!how.through.empty())
+    if (!how.through.empty()) {
         return ask(how.through);
-    if (schema == nullptr || schema->find(path.class_name) == nullptr)
+    }
+    if (schema == nullptr || schema->find(path.class_name) == nullptr) {
         return refusal(CMPI_RC_ERR_INVALID_CLASS, "there is no class " + path.class_name);
-    if (!association_class.empty() && schema->find(association_class) == nullptr)
+    }
+    if (!association_class.empty() && schema->find(association_class) == nullptr) {
         return refusal(CMPI_RC_ERR_INVALID_PARAMETER, "there is no class " + association_class);
+    }
     Answer answer;
     answer.done = true;
     for (const std::unique_ptr<tvrmof::Class>& each : schema->classes()) {
         if (each->is_association() &&
             (association_class.empty() || is_a(each->name, association_class)) &&
-            has_end(*each, path) && mis.serves(each->name, Kind::association))
+            has_end(*each, path) && mis.serves(each->name, Kind::association)) {
             append(answer, ask(each->name));
+        }
     }
     return answer;
 }
@@ -563,12 +592,14 @@ Answer Object_Manager::reference_names(const Cim_Path& path, const std::string& 
 // ---- indications
 
 void Object_Manager::Rep::deliver(Indication indication) {
-    if (options.on_indication)
+    if (options.on_indication) {
         options.on_indication(indication);
+    }
     const std::lock_guard lock(indications_mutex);
     indications.push_back(std::move(indication));
-    if (indications.size() > indication_limit)
+    if (indications.size() > indication_limit) {
         indications.pop_front();
+    }
     indication_came.notify_all();
 }
 
@@ -580,8 +611,9 @@ Answer Object_Manager::Rep::filter_call(const std::string& name_space,
                                         const Call& how, const char* operation, int step,
                                         Invoke invoke) {
     const std::string& served = how.through.empty() ? class_name : how.through;
-    if (!mis.serves(served, Kind::indication))
+    if (!mis.serves(served, Kind::indication)) {
         return unknown(served, "indications");
+    }
     bool edge = false;
     if (step != 0) {
         const std::lock_guard lock(indications_mutex);
@@ -610,8 +642,9 @@ CMPIStatus call_with_filter(bool older,
                                                  Arguments...),
                             CMPIIndicationMI* mi, const CMPIContext* context,
                             const CMPIResult* result, Arguments... arguments) {
-    if (!older)
+    if (!older) {
         return member(mi, context, arguments...);
+    }
     using Older =
         CMPIStatus (*)(CMPIIndicationMI*, const CMPIContext*, const CMPIResult*, Arguments...);
     return reinterpret_cast<Older>(reinterpret_cast<void (*)()>(member))(mi, context, result,
@@ -663,17 +696,19 @@ Answer Object_Manager::must_poll(const std::string& name_space, const std::strin
         [&](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
             using Older = CMPIStatus (*)(CMPIIndicationMI*, const CMPIContext*,
                                          const CMPISelectExp*, const char*, const CMPIObjectPath*);
-            if (_rep->options.older_indication_arguments)
+            if (_rep->options.older_indication_arguments) {
                 return reinterpret_cast<Older>(reinterpret_cast<void (*)()>(mi->ft->mustPoll))(
                     mi, context, filter.expression, filter.class_name, filter.path);
+            }
             return mi->ft->mustPoll(mi, context, result, filter.expression, filter.class_name,
                                     filter.path);
         });
 }
 
 Answer Object_Manager::enable_indications(const std::string& class_name, const Call& how) {
-    if (!_rep->mis.serves(class_name, Kind::indication))
+    if (!_rep->mis.serves(class_name, Kind::indication)) {
         return _rep->unknown(class_name, "indications");
+    }
     return _rep->call<CMPIIndicationMI>(
         class_name, Kind::indication, "enableIndications", how,
         [](CMPIIndicationMI* mi, const CMPIContext* context, const CMPIResult*, Answer&) {
@@ -682,8 +717,9 @@ Answer Object_Manager::enable_indications(const std::string& class_name, const C
 }
 
 Answer Object_Manager::disable_indications(const std::string& class_name, const Call& how) {
-    if (!_rep->mis.serves(class_name, Kind::indication))
+    if (!_rep->mis.serves(class_name, Kind::indication)) {
         return _rep->unknown(class_name, "indications");
+    }
     return _rep->call<CMPIIndicationMI>(
         class_name, Kind::indication, "disableIndications", how,
         [](CMPIIndicationMI* mi, const CMPIContext* context, const CMPIResult*, Answer&) {
@@ -693,8 +729,9 @@ Answer Object_Manager::disable_indications(const std::string& class_name, const 
 
 std::optional<Indication> Object_Manager::next_indication(std::chrono::milliseconds wait) {
     std::unique_lock lock(_rep->indications_mutex);
-    if (!_rep->indication_came.wait_for(lock, wait, [&] { return !_rep->indications.empty(); }))
+    if (!_rep->indication_came.wait_for(lock, wait, [&] { return !_rep->indications.empty(); })) {
         return std::nullopt;
+    }
     Indication indication = std::move(_rep->indications.front());
     _rep->indications.pop_front();
     return indication;
@@ -715,9 +752,11 @@ Object_Manager::Object_Manager(Options options)
 
 Object_Manager::~Object_Manager() {
     shutdown();
-    if (_rep->books.has_unseen_faults())
-        for (const Fault& fault : _rep->books.faults())
+    if (_rep->books.has_unseen_faults()) {
+        for (const Fault& fault : _rep->books.faults()) {
             std::cerr << "object manager: " << fault.text << '\n';
+        }
+    }
 }
 
 const tvrmof::Schema* Object_Manager::schema() const noexcept {
@@ -732,13 +771,15 @@ Cim_Path Object_Manager::path_of(const std::string& name_space, const std::strin
                                  const Named_Values& properties) const {
     const tvrmof::Class* const model =
         _rep->schema == nullptr ? nullptr : _rep->schema->find(class_name);
-    if (model == nullptr)
+    if (model == nullptr) {
         throw Value_Error("the schema has no class " + class_name);
+    }
     Cim_Path path(name_space, model->name);
     for (const tvrmof::Feature* key : model->keys()) {
         const Cim_Value* const value = properties.find(key->name);
-        if (value == nullptr || value->is_null())
+        if (value == nullptr || value->is_null()) {
             throw Value_Error(model->name + " wants the key " + key->name);
+        }
         path.keys.push_back({key->name, *value});
     }
     return path;
@@ -753,8 +794,9 @@ int Object_Manager::unload(const std::string& class_name, bool terminating) {
 }
 
 void Object_Manager::shutdown() {
-    if (_rep->is_shut_down.exchange(true))
+    if (_rep->is_shut_down.exchange(true)) {
         return;
+    }
     _rep->mis.shutdown();
     _rep->books.report_leaks();
 }

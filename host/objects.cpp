@@ -28,10 +28,12 @@ bool contains(const std::vector<std::string>& names, std::string_view name) noex
 } // namespace
 
 bool Instance_Content::is_key(std::string_view property) const noexcept {
-    if (keys)
+    if (keys) {
         return contains(*keys, property);
-    if (instance.path.keys.has(property))
+    }
+    if (instance.path.keys.has(property)) {
         return true;
+    }
     const tvrmof::Feature* const feature = model == nullptr ? nullptr : model->find(property);
     return feature != nullptr && feature->is_key();
 }
@@ -184,8 +186,9 @@ namespace {
 
 // The plain type of a code without the array bit; `none` for a code that no value has.
 Cim_Type plain_type(unsigned code) noexcept {
-    if (code == CMPI_chars)
+    if (code == CMPI_chars) {
         return Cim_Type::string;
+    }
     const auto type = static_cast<Cim_Type>(code);
     return std::strcmp(type_name(type), "none") == 0 ? Cim_Type::none : type;
 }
@@ -194,8 +197,9 @@ Cim_Type plain_type(unsigned code) noexcept {
 // over; one that has ended is an error.
 template <class O, class Convert>
 CMPIrc take(Books& books, const typename O::Pair* pair, Convert convert) {
-    if (pair == nullptr)
+    if (pair == nullptr) {
         return CMPI_RC_OK;
+    }
     O* const object = argument<O>(books, pair, "taking over");
     return object == nullptr ? CMPI_RC_ERR_INVALID_HANDLE : convert(*object->content);
 }
@@ -209,8 +213,9 @@ CMPIrc Books::plain(const CMPIValue* value, CMPIType type, Cim_Value& plain_valu
     }
     const bool array = (type & CMPI_ARRAY) != 0;
     const Cim_Type wanted = plain_type(type & ~static_cast<unsigned>(CMPI_ARRAY));
-    if (wanted == Cim_Type::none)
+    if (wanted == Cim_Type::none) {
         return CMPI_RC_ERR_INVALID_DATA_TYPE;
+    }
     if (value == nullptr) {
         plain_value = Cim_Value::null(wanted, array);
         return CMPI_RC_OK;
@@ -220,7 +225,7 @@ CMPIrc Books::plain(const CMPIValue* value, CMPIType type, Cim_Value& plain_valu
         return CMPI_RC_OK;
     }
     plain_value = Cim_Value::null(wanted, array);
-    if (array)
+    if (array) {
         return take<Array_Object>(*this, value->array, [&](const Array_Content& content) {
             if (content.type != wanted) {
                 fault(Fault_Kind::schema_mismatch,
@@ -231,6 +236,7 @@ CMPIrc Books::plain(const CMPIValue* value, CMPIType type, Cim_Value& plain_valu
             plain_value = Cim_Value::array(wanted, content.elements);
             return CMPI_RC_OK;
         });
+    }
     const auto copy = [&](const auto& content) {
         plain_value = content;
         return CMPI_RC_OK;

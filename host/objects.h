@@ -104,8 +104,9 @@ template <class O> decltype(O::ft) table_of(const Tables& tables) noexcept;
 // The object behind a pair that the module hands in as an argument; null, with a fault, if it isn't
 // alive or isn't ours, and null without a fault for null.
 template <class O> O* argument(Books& books, const typename O::Pair* pair, const char* operation) {
-    if (pair == nullptr)
+    if (pair == nullptr) {
         return nullptr;
+    }
     if (pair->ft != table_of<O>(books.ft)) {
         books.fault(Fault_Kind::foreign_object,
                     std::string(operation) + " with an object of another kind or origin");

@@ -33,14 +33,16 @@ Scope_Frame::~Scope_Frame() {
 }
 
 void Scope_Frame::abandon() noexcept {
-    if (Tracker* const tracker = std::exchange(_tracker, nullptr))
+    if (Tracker* const tracker = std::exchange(_tracker, nullptr)) {
         tracker->collect(std::move(_objects));
+    }
 }
 
 Scope_Frame* Scope_Frame::top(const Tracker& tracker) noexcept {
     Scope_Frame* frame = innermost;
-    while (frame != nullptr && frame->_tracker != &tracker)
+    while (frame != nullptr && frame->_tracker != &tracker) {
         frame = frame->_below;
+    }
     return frame;
 }
 
@@ -78,9 +80,10 @@ bool Tracker::release(Tracked& object) noexcept {
               std::string(object.kind) + " released after " + end_of(state) + place());
         return false;
     }
-    if (object.is_argument)
+    if (object.is_argument) {
         fault(Fault_Kind::argument_release,
               std::string(object.kind) + " of a call released by the module" + place());
+    }
     object.drop();
     --_live;
     if (object.is_clone) {
@@ -88,8 +91,9 @@ bool Tracker::release(Tracked& object) noexcept {
         {
             const std::lock_guard lock(_mutex);
             auto node = _clones.extract(&object);
-            if (!node.empty())
+            if (!node.empty()) {
                 ended.push_back(std::move(node.mapped().object));
+            }
         }
         bury(std::move(ended));
     }
@@ -106,16 +110,18 @@ void Tracker::end_context(Tracked& context) noexcept {
     {
         const std::lock_guard lock(_mutex);
         auto node = _clones.extract(&context);
-        if (!node.empty())
+        if (!node.empty()) {
             ended.push_back(std::move(node.mapped().object));
+        }
     }
     bury(std::move(ended));
 }
 
 bool Tracker::is_live(const Tracked& object, const char* operation) {
     const State state = object.state;
-    if (state == State::live)
+    if (state == State::live) {
         return true;
+    }
     fault(state == State::released ? Fault_Kind::use_after_release : Fault_Kind::use_after_scope,
           std::string(operation) + " of a " + object.kind + " after " + end_of(state) + place());
     return false;
@@ -133,8 +139,9 @@ void Tracker::collect(Objects objects) noexcept {
 }
 
 void Tracker::bury(Objects objects) {
-    if (objects.empty())
+    if (objects.empty()) {
         return;
+    }
     std::vector<Objects> forgotten; // freed without the lock
     const std::lock_guard lock(_mutex);
     _tombstone_count += objects.size();
@@ -162,12 +169,13 @@ CMPIStatus Tracker::attach(Tracked& context) {
         attached = _attached.contains(&context);
     }
     const char* wrong = nullptr;
-    if (!prepared)
+    if (!prepared) {
         wrong = "attachThread with a context that prepareAttachThread did not make";
-    else if (attached)
+    } else if (attached) {
         wrong = "attachThread with a context that a thread is attached with";
-    else if (Scope_Frame::top(*this) != nullptr)
+    } else if (Scope_Frame::top(*this) != nullptr) {
         wrong = "attachThread on a thread that is in a call or attached";
+    }
     if (wrong != nullptr) {
         fault(Fault_Kind::thread_mismatch, wrong + place());
         return {CMPI_RC_ERR_FAILED, nullptr};
@@ -208,8 +216,9 @@ std::string Tracker::place() const {
 void Tracker::fault(Fault_Kind kind, const std::string& text) {
     const std::lock_guard lock(_mutex);
     _unseen = true;
-    if (_faults.size() < fault_limit)
+    if (_faults.size() < fault_limit) {
         _faults.push_back({kind, text});
+    }
 }
 
 std::vector<Fault> Tracker::faults() const {
@@ -246,8 +255,9 @@ void Tracker::report_leaks() {
                   clone.place);
     }
     Objects ended;
-    for (auto& [key, clone] : left)
+    for (auto& [key, clone] : left) {
         ended.push_back(std::move(clone.object));
+    }
     for (auto& [key, frame] : attached) {
         frame->abandon();
         // The thread may look at its frames as long as it lives.

@@ -31,17 +31,19 @@ void prepare(CLI::App& app) {
 
 std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ostream& out) {
     std::vector<std::string> commands;
-    for (const CLI::App* command : app.get_subcommands({}))
+    for (const CLI::App* command : app.get_subcommands({})) {
         commands.push_back(command->get_name());
+    }
     try {
         app.parse(std::move(words));
         return std::nullopt;
     } catch (const CLI::CallForHelp&) {
-        for (const CLI::App* command : app.get_subcommands())
+        for (const CLI::App* command : app.get_subcommands()) {
             if (command->parsed()) {
                 out << command->help();
                 return success;
             }
+        }
         out << app.help();
         return success;
     } catch (const CLI::CallForAllHelp&) {
@@ -52,19 +54,24 @@ std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ost
         return success;
     } catch (const CLI::ParseError& error) {
         const CLI::App* command = nullptr;
-        for (const CLI::App* each : app.get_subcommands())
+        for (const CLI::App* each : app.get_subcommands()) {
             command = each;
+        }
         const std::vector<std::string> left = app.remaining(true);
-        if (command == nullptr && !left.empty() && !left.front().starts_with('-'))
+        if (command == nullptr && !left.empty() && !left.front().starts_with('-')) {
             throw Usage_Error("there is no command '" + left.front() + "'" +
                               suggestion(left.front(), commands) + "; --help lists them");
+        }
         std::string list;
-        if (command == nullptr)
-            for (const std::string& each : commands)
+        if (command == nullptr) {
+            for (const std::string& each : commands) {
                 list += (list.empty() ? "" : ", ") + each;
+            }
+        }
         if (command == nullptr && left.empty() &&
-            dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
+            dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
             throw Usage_Error("a command is missing: " + list);
+        }
         throw Usage_Error(first_line(error.what()) + "; 'tvrcim " +
                           (command == nullptr ? "" : command->get_name() + " ") +
                           "--help' tells the usage");

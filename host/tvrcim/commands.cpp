@@ -29,11 +29,13 @@ void print_json(Session& session, const Json& json) {
 
 void print_values(Session& session, const tvrhost::Named_Values& values) {
     std::size_t width = 0;
-    for (const Named_Value& value : values)
+    for (const Named_Value& value : values) {
         width = std::max(width, value.name.size());
-    for (const Named_Value& value : values)
+    }
+    for (const Named_Value& value : values) {
         session.out << "  " << value.name << std::string(width - value.name.size(), ' ') << " = "
                     << value.value.literal() << '\n';
+    }
 }
 
 void print_instance(Session& session, const Cim_Instance& instance) {
@@ -46,8 +48,9 @@ void print_instance(Session& session, const Cim_Instance& instance) {
 std::string signature(const tvrmof::Feature& method) {
     std::string text = method.name + "(";
     for (const tvrmof::Parameter& parameter : method.parameters) {
-        if (&parameter != method.parameters.data())
+        if (&parameter != method.parameters.data()) {
             text += ", ";
+        }
         text += parameter.out() ? (parameter.in() ? "in out " : "out ") : "";
         text += (parameter.is_reference
                      ? parameter.target + " ref"
@@ -63,11 +66,14 @@ std::vector<std::string> offers(Session& session, const tvrmof::Class& model) {
     const std::pair<Kind, const char*> kinds[] = {{Kind::instance, "instances"},
                                                   {Kind::association, "association"},
                                                   {Kind::indication, "indications"}};
-    for (const auto& [kind, word] : kinds)
-        if (session.manager.serves(model.name, kind))
+    for (const auto& [kind, word] : kinds) {
+        if (session.manager.serves(model.name, kind)) {
             words.emplace_back(word);
-    if (session.manager.serves(model.name, Kind::method) && !model.methods().empty())
+        }
+    }
+    if (session.manager.serves(model.name, Kind::method) && !model.methods().empty()) {
         words.push_back(std::to_string(model.methods().size()) + " methods");
+    }
     return words;
 }
 
@@ -76,8 +82,9 @@ Json class_json(Session& session, const tvrmof::Class& model) {
     json["super"] = model.super == nullptr ? Json(nullptr) : Json(model.super->name);
     json["namespace"] = session.name_space_of(model);
     json["offers"] = Json::array();
-    for (const std::string& word : offers(session, model))
+    for (const std::string& word : offers(session, model)) {
         json["offers"].push_back(word);
+    }
     json["properties"] = Json::array();
     json["methods"] = Json::array();
     for (const tvrmof::Feature* feature : model.features) {
@@ -116,45 +123,52 @@ void classes(Session& session, const std::string& pattern, bool all) {
     const bool wild = pattern.find_first_of("*?") != std::string::npos;
     if (!pattern.empty() && !wild) {
         const tvrmof::Class& model = session.find_class(pattern);
-        if (session.format == Format::json)
+        if (session.format == Format::json) {
             print_json(session, class_json(session, model));
-        else
+        } else {
             describe_class(session, model);
+        }
         return;
     }
     Json json = Json::array();
     std::vector<std::vector<std::string>> rows = {{"CLASS", "OFFERS"}};
     for (const auto& model : session.manager.schema()->classes()) {
         if (!(pattern.empty() || matches(pattern, model->name)) ||
-            !(all || session.is_served(*model)))
+            !(all || session.is_served(*model))) {
             continue;
+        }
         if (session.format == Format::json) {
             json.push_back(class_json(session, *model));
             continue;
         }
         std::string words;
-        for (const std::string& word : offers(session, *model))
+        for (const std::string& word : offers(session, *model)) {
             words += (words.empty() ? "" : ", ") + word;
+        }
         rows.push_back({model->name, words});
     }
-    if (rows.size() == 1 && json.empty())
+    if (rows.size() == 1 && json.empty()) {
         throw Usage_Error("no class matches '" + pattern + "'" +
                           (all ? "" : "; --all adds those that the module doesn't serve"));
-    if (session.format == Format::json)
+    }
+    if (session.format == Format::json) {
         print_json(session, json);
-    else
+    } else {
         print_table(session.out, rows);
+    }
 }
 
 // ---- instances
 
 tvrhost::Properties properties_of(Session& session, const tvrmof::Class& model,
                                   const std::vector<std::string>& names) {
-    if (names.empty())
+    if (names.empty()) {
         return std::nullopt;
+    }
     std::vector<std::string> properties;
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
         properties.push_back(session.find_feature(model, name, Feature_Kind::property).name);
+    }
     return properties;
 }
 
@@ -172,18 +186,22 @@ void enumerate(Session& session, const std::string& class_name,
     Session::check(answer, model.name);
     if (session.format == Format::json) {
         Json json = Json::array();
-        for (const Cim_Path& path : answer.paths)
+        for (const Cim_Path& path : answer.paths) {
             json.push_back(to_json(path));
-        for (const Cim_Instance& instance : answer.instances)
+        }
+        for (const Cim_Instance& instance : answer.instances) {
             json.push_back(to_json(instance));
+        }
         print_json(session, json);
         return;
     }
-    for (const Cim_Path& path : answer.paths)
+    for (const Cim_Path& path : answer.paths) {
         session.out << path.text() << '\n';
+    }
     for (const Cim_Instance& instance : answer.instances) {
-        if (&instance != answer.instances.data())
+        if (&instance != answer.instances.data()) {
             session.out << '\n';
+        }
         print_instance(session, instance);
     }
 }
@@ -199,10 +217,11 @@ void get(Session& session, const std::string& text, const std::vector<std::strin
     }
     Session::check(answer, path.text());
     for (const Cim_Instance& instance : answer.instances) {
-        if (session.format == Format::json)
+        if (session.format == Format::json) {
             print_json(session, to_json(instance));
-        else
+        } else {
             print_instance(session, instance);
+        }
     }
 }
 
@@ -214,9 +233,10 @@ void modify(Session& session, const std::string& text, const std::vector<std::st
     for (const std::string& each : values) {
         const auto [name, value] = split_assignment(each);
         const tvrmof::Feature& property = session.find_feature(model, name, Feature_Kind::property);
-        if (property.is_key())
+        if (property.is_key()) {
             throw Usage_Error(property.name + " is a key of " + model.name +
                               " and cannot be changed");
+        }
         instance.properties.set(property.name,
                                 session.read_value(value, property, path.name_space));
         changed.push_back(property.name);
@@ -236,15 +256,18 @@ void call(Session& session, const std::string& text, const std::string& method_n
         const tvrmof::Parameter* const parameter = method.parameter(name);
         if (parameter == nullptr || !parameter->in()) {
             std::vector<std::string> names;
-            for (const tvrmof::Parameter& known : method.parameters)
-                if (known.in())
+            for (const tvrmof::Parameter& known : method.parameters) {
+                if (known.in()) {
                     names.push_back(known.name);
+                }
+            }
             const std::string near = suggestion(name, names);
             throw Usage_Error(model.name + "." + method.name + " takes no argument " + name +
                               (near.empty() ? "; it is " + signature(method) : near));
         }
-        if (in.has(parameter->name))
+        if (in.has(parameter->name)) {
             throw Usage_Error("argument " + parameter->name + " stands there twice");
+        }
         in.set(parameter->name, session.read_value(value, *parameter, path.name_space));
     }
     Answer answer;
@@ -255,8 +278,9 @@ void call(Session& session, const std::string& text, const std::string& method_n
     Session::check(answer, path.text() + " " + method.name);
     if (session.format == Format::json) {
         Json out = Json::object();
-        for (const Named_Value& value : answer.out)
+        for (const Named_Value& value : answer.out) {
             out[value.name] = to_json(value.value);
+        }
         print_json(session, {{"method", method.name},
                              {"returnValue", to_json(answer.return_value())},
                              {"out", std::move(out)}});

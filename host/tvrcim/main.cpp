@@ -29,8 +29,9 @@ public:
     }
     ~Runtime_Log() {
         std::ifstream messages(_directory.path() / ".cimple" / "messages");
-        for (std::string line; std::getline(messages, line);)
+        for (std::string line; std::getline(messages, line);) {
             std::cerr << line << '\n';
+        }
     }
     Runtime_Log(const Runtime_Log&) = delete;
     Runtime_Log& operator=(const Runtime_Log&) = delete;
@@ -55,8 +56,9 @@ struct Settings {
 
 int run(const Settings& settings, const Command& command, bool shell) {
     std::optional<Runtime_Log> log;
-    if (!settings.log_level.empty())
+    if (!settings.log_level.empty()) {
         log.emplace(settings.log_level);
+    }
     tvrhost::Options options;
     options.module = settings.module.empty() ? module_file().string() : settings.module;
     options.mof = {mof_file().string()};
@@ -64,8 +66,9 @@ int run(const Settings& settings, const Command& command, bool shell) {
     options.on_log = [](const std::string& text) { std::cerr << text << '\n'; };
     tvrhost::Object_Manager manager(std::move(options));
     Session session(manager, settings.format, settings.name_space, std::cout);
-    if (shell)
+    if (shell) {
         return run_shell(session, std::cin, isatty(STDIN_FILENO) != 0);
+    }
     command(session);
     std::cout << std::flush;
     return success;
@@ -88,8 +91,9 @@ int start(int argc, char** argv) {
     app.add_option_function<std::string>(
            "-o,--output",
            [&settings](const std::string& word) {
-               if (word != "text" && word != "json")
+               if (word != "text" && word != "json") {
                    throw Usage_Error("--output is text or json, not '" + word + "'");
+               }
                settings.format = word == "json" ? Format::json : Format::text;
            },
            "text or json")
@@ -108,15 +112,19 @@ int start(int argc, char** argv) {
 
     std::vector<std::string> words(argv + 1, argv + argc);
     std::reverse(words.begin(), words.end());
-    if (const std::optional<int> over = parse(app, std::move(words), std::cout))
+    if (const std::optional<int> over = parse(app, std::move(words), std::cout)) {
         return *over;
-    if (log->count() != 0 && settings.log_level.empty())
+    }
+    if (log->count() != 0 && settings.log_level.empty()) {
         settings.log_level = "DBG";
-    if (!settings.log_level.empty() && !is_log_level(settings.log_level))
+    }
+    if (!settings.log_level.empty() && !is_log_level(settings.log_level)) {
         throw Usage_Error("--log is FATAL, ERR, WARN, INFO or DBG, not '" + settings.log_level +
                           "'");
-    if (sim->count() != 0 && !is_simulated())
+    }
+    if (sim->count() != 0 && !is_simulated()) {
         return run_simulated(argv, settings.scenario);
+    }
     return run(settings, command, shell->parsed());
 }
 

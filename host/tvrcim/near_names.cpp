@@ -9,8 +9,9 @@ namespace {
 
 std::string lower(std::string_view text) {
     std::string result(text);
-    for (char& c : result)
+    for (char& c : result) {
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
     return result;
 }
 
@@ -26,8 +27,9 @@ std::size_t distance(const std::string& a, const std::string& b) {
             }
             const std::size_t changed = edits[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
             edits[i][j] = std::min({edits[i - 1][j] + 1, edits[i][j - 1] + 1, changed});
-            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
                 edits[i][j] = std::min(edits[i][j], edits[i - 2][j - 2] + 1);
+            }
         }
     }
     return edits[a.size()][b.size()];
@@ -44,26 +46,30 @@ std::vector<std::string> near_names(std::string_view name, const std::vector<std
         const std::string candidate = lower(each);
         const std::size_t edits = distance(wanted, candidate);
         const std::size_t at = candidate.find(wanted);
-        if (edits <= limit)
+        if (edits <= limit) {
             found.emplace_back(edits, each);
-        else if (wanted.size() > 2 && at != std::string::npos)
+        } else if (wanted.size() > 2 && at != std::string::npos) {
             found.emplace_back(limit + candidate.size() - wanted.size(), each);
+        }
     }
     std::sort(found.begin(), found.end());
     found.resize(std::min(found.size(), most));
     std::vector<std::string> result;
-    for (auto& [edits, each] : found)
+    for (auto& [edits, each] : found) {
         result.push_back(std::move(each));
+    }
     return result;
 }
 
 std::string suggestion(std::string_view name, const std::vector<std::string>& names) {
     const std::vector<std::string> near = near_names(name, names);
-    if (near.empty())
+    if (near.empty()) {
         return {};
+    }
     std::string text = "; did you mean " + near.front();
-    for (std::size_t i = 1; i < near.size(); ++i)
+    for (std::size_t i = 1; i < near.size(); ++i) {
         text += (i + 1 == near.size() ? " or " : ", ") + near[i];
+    }
     return text + "?";
 }
 

@@ -18,17 +18,20 @@ fs::path find(const char* what, const char* hint, const fs::path& build,
     const fs::path root = own_file().parent_path().parent_path();
     const std::vector<fs::path> tried = {root / build, root / installed,
                                          fs::path(TVR_INSTALL_PREFIX) / installed};
-    for (const fs::path& each : tried)
-        if (std::error_code error; fs::exists(each, error))
+    for (const fs::path& each : tried) {
+        if (std::error_code error; fs::exists(each, error)) {
             return each;
+        }
+    }
     throw Usage_Error(std::string("the ") + what + " is neither " + tried[0].string() + " nor " +
                       tried[2].string() + hint);
 }
 
 bool can_open(const char* library) {
     void* const handle = dlopen(library, RTLD_LAZY | RTLD_LOCAL);
-    if (handle != nullptr)
+    if (handle != nullptr) {
         dlclose(handle);
+    }
     return handle != nullptr;
 }
 

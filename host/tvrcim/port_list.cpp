@@ -36,12 +36,15 @@ std::uint64_t number(const Cim_Value& value) {
 
 std::string type_of(const Cim_Instance& port) {
     const std::string other = port["OtherPortType"].plain();
-    if (!other.empty())
+    if (!other.empty()) {
         return other;
+    }
     const std::uint64_t code = number(port["PortType"]);
-    for (const Port_Type& each : port_types)
-        if (each.code == code)
+    for (const Port_Type& each : port_types) {
+        if (each.code == code) {
             return each.name;
+        }
+    }
     return std::to_string(code);
 }
 
@@ -62,18 +65,20 @@ void list_ports(Session& session) {
         answer = session.manager.enumerate_instances(session.name_space_of(model), model.name);
     }
     Session::check(answer, model.name);
-    if (answer.instances.empty() && !adapter_libraries_present())
+    if (answer.instances.empty() && !adapter_libraries_present()) {
         throw Cim_Error("this machine has no adapter libraries (libHBAAPI.so, and liblrmapi.so or "
                         "librmapi.so); --sim shows simulated adapters");
+    }
     if (session.format == Format::json) {
         Json json = Json::array();
-        for (const Cim_Instance& port : answer.instances)
+        for (const Cim_Instance& port : answer.instances) {
             json.push_back({{"wwpn", to_json(port["DeviceID"])},
                             {"model", to_json(port["Description"])},
                             {"firmware", to_json(port["OperationalFirmware"])},
                             {"state", port["StatusDescriptions"].plain()},
                             {"speed", number(port["Speed"])},
                             {"type", type_of(port)}});
+        }
         session.out << tvrhost::json_text(json) << '\n';
         return;
     }
@@ -83,10 +88,11 @@ void list_ports(Session& session) {
     }
     std::vector<std::vector<std::string>> rows = {
         {"WWPN", "MODEL", "FIRMWARE", "STATE", "SPEED", "TYPE"}};
-    for (const Cim_Instance& port : answer.instances)
+    for (const Cim_Instance& port : answer.instances) {
         rows.push_back({port["DeviceID"].plain(), port["Description"].plain(),
                         port["OperationalFirmware"].plain(), port["StatusDescriptions"].plain(),
                         speed_of(port), type_of(port)});
+    }
     print_table(session.out, rows);
 }
 

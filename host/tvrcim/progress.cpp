@@ -8,13 +8,15 @@
 namespace tvrcim {
 
 Progress::Progress(std::string what) : _what(std::move(what)) {
-    if (isatty(STDERR_FILENO) != 0)
+    if (isatty(STDERR_FILENO) != 0) {
         _thread = std::thread([this] { show(); });
+    }
 }
 
 Progress::~Progress() {
-    if (!_thread.joinable())
+    if (!_thread.joinable()) {
         return;
+    }
     {
         const std::lock_guard lock(_mutex);
         _over = true;
@@ -27,8 +29,9 @@ void Progress::show() {
     using namespace std::chrono_literals;
     const auto start = std::chrono::steady_clock::now();
     std::unique_lock lock(_mutex);
-    if (_ended.wait_for(lock, 500ms, [this] { return _over; }))
+    if (_ended.wait_for(lock, 500ms, [this] { return _over; })) {
         return;
+    }
     do {
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(
             std::chrono::steady_clock::now() - start);

@@ -35,12 +35,14 @@ template <class Fits>
 std::vector<Cim_Path> fitting(const std::vector<Cim_Path>& paths, const Cim_Path& wanted,
                               Fits fits) {
     std::vector<Cim_Path> result;
-    for (const Cim_Path& path : paths)
+    for (const Cim_Path& path : paths) {
         if (std::all_of(wanted.keys.begin(), wanted.keys.end(), [&](const Named_Value& key) {
                 const Cim_Value* const value = path.keys.find(key.name);
                 return value != nullptr && fits(*value, key.value);
-            }))
+            })) {
             result.push_back(path);
+        }
+    }
     return result;
 }
 
@@ -53,8 +55,9 @@ std::string telling_key(const std::vector<Cim_Path>& paths) {
         std::vector<std::string> values;
         for (const Cim_Path& path : paths) {
             std::string value = path.keys[key.name].literal();
-            if (std::find(values.begin(), values.end(), value) == values.end())
+            if (std::find(values.begin(), values.end(), value) == values.end()) {
                 values.push_back(std::move(value));
+            }
         }
         if (values.size() > best_values.size()) {
             best = key.name;
@@ -62,8 +65,9 @@ std::string telling_key(const std::vector<Cim_Path>& paths) {
         }
     }
     std::string text = best + " is ";
-    for (std::size_t i = 0; i < std::min(shown, best_values.size()); ++i)
+    for (std::size_t i = 0; i < std::min(shown, best_values.size()); ++i) {
         text += (i == 0 ? "" : ", ") + best_values[i];
+    }
     return best_values.size() > shown ? text + " and so on" : text;
 }
 
@@ -75,16 +79,19 @@ Session::Session(tvrhost::Object_Manager& object_manager, Format output_format,
       _name_space(std::move(name_space)) {}
 
 const tvrmof::Class& Session::find_class(const std::string& name) const {
-    if (const tvrmof::Class* const model = manager.schema()->find(name))
+    if (const tvrmof::Class* const model = manager.schema()->find(name)) {
         return *model;
+    }
     // Names of the module's own classes come first.
     std::vector<std::string> served;
     std::vector<std::string> others;
-    for (const auto& each : manager.schema()->classes())
+    for (const auto& each : manager.schema()->classes()) {
         (is_served(*each) ? served : others).push_back(each->name);
+    }
     std::string near = suggestion(name, served);
-    if (near.empty())
+    if (near.empty()) {
         near = suggestion(name, others);
+    }
     throw Usage_Error("there is no class " + name +
                       (near.empty() ? "; 'tvrcim classes' lists them" : near));
 }
@@ -93,12 +100,15 @@ const tvrmof::Feature& Session::find_feature(const tvrmof::Class& model, const s
                                              tvrmof::Feature_Kind kind) const {
     const bool method = kind == tvrmof::Feature_Kind::method;
     const tvrmof::Feature* const found = model.find(name);
-    if (found != nullptr && (found->kind == tvrmof::Feature_Kind::method) == method)
+    if (found != nullptr && (found->kind == tvrmof::Feature_Kind::method) == method) {
         return *found;
+    }
     std::vector<std::string> names;
-    for (const tvrmof::Feature* each : model.features)
-        if ((each->kind == tvrmof::Feature_Kind::method) == method)
+    for (const tvrmof::Feature* each : model.features) {
+        if ((each->kind == tvrmof::Feature_Kind::method) == method) {
             names.push_back(each->name);
+        }
+    }
     const std::string near = suggestion(name, names);
     throw Usage_Error(
         model.name + " has no " + kind_text(kind) + " " + name +
@@ -106,11 +116,14 @@ const tvrmof::Feature& Session::find_feature(const tvrmof::Class& model, const s
 }
 
 std::string Session::name_space_of(const tvrmof::Class& model) const {
-    if (!_name_space.empty())
+    if (!_name_space.empty()) {
         return _name_space;
-    for (const char* interop : interop_classes)
-        if (manager.schema()->is_a(model.name, interop))
+    }
+    for (const char* interop : interop_classes) {
+        if (manager.schema()->is_a(model.name, interop)) {
             return interop_name_space;
+        }
+    }
     return default_name_space;
 }
 
@@ -120,8 +133,9 @@ bool Session::is_served(const tvrmof::Class& model) const {
 }
 
 void Session::check(const tvrhost::Answer& answer, const std::string& what) {
-    if (answer.ok())
+    if (answer.ok()) {
         return;
+    }
     throw Cim_Error(what + ": " + tvrhost::rc_name(answer.rc) +
                     (answer.message.empty() ? "" : ", " + answer.message));
 }
@@ -134,10 +148,12 @@ Cim_Path Session::find_path(const std::string& text) {
         throw Usage_Error(error.what());
     }
     const tvrmof::Class& model = find_class(wanted.class_name);
-    if (wanted.name_space.empty())
+    if (wanted.name_space.empty()) {
         wanted.name_space = name_space_of(model);
-    if (!model.keys().empty() && wanted.keys.size() == model.keys().size())
+    }
+    if (!model.keys().empty() && wanted.keys.size() == model.keys().size()) {
         return wanted;
+    }
 
     tvrhost::Answer answer;
     {
@@ -148,22 +164,27 @@ Cim_Path Session::find_path(const std::string& text) {
     std::vector<Cim_Path> found =
         fitting(answer.paths, wanted,
                 [](const Cim_Value& value, const Cim_Value& key) { return value == key; });
-    if (found.empty())
+    if (found.empty()) {
         found = fitting(answer.paths, wanted, begins_with);
-    if (found.size() == 1)
+    }
+    if (found.size() == 1) {
         return found.front();
-    if (found.empty() && answer.paths.empty())
+    }
+    if (found.empty() && answer.paths.empty()) {
         throw Cim_Error(text + ": " + wanted.class_name + " has no instances");
-    if (found.empty())
+    }
+    if (found.empty()) {
         throw Cim_Error(text + ": no such instance; " + telling_key(answer.paths));
+    }
     throw Usage_Error(text + " fits " + std::to_string(found.size()) + " instances; " +
                       telling_key(found));
 }
 
 Cim_Value Session::read_value(const std::string& text, const tvrmof::Typed& declared,
                               const std::string& name_space) {
-    if (declared.is_reference && !declared.is_array && text != "NULL")
+    if (declared.is_reference && !declared.is_array && text != "NULL") {
         return find_path(text);
+    }
     try {
         return tvrhost::parse_value(text, declared, manager.schema(), name_space);
     } catch (const tvrhost::Value_Error& error) {
@@ -173,8 +194,9 @@ Cim_Value Session::read_value(const std::string& text, const tvrmof::Typed& decl
 
 std::pair<std::string, std::string> split_assignment(const std::string& text) {
     const std::size_t at = text.find('=');
-    if (at == std::string::npos || at == 0)
+    if (at == std::string::npos || at == 0) {
         throw Usage_Error("'" + text + "' is not NAME=VALUE");
+    }
     return {text.substr(0, at), text.substr(at + 1)};
 }
 
@@ -182,8 +204,9 @@ void print_table(std::ostream& out, const std::vector<std::vector<std::string>>&
     std::vector<std::size_t> widths;
     for (const auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i)
+        for (std::size_t i = 0; i < row.size(); ++i) {
             widths[i] = std::max(widths[i], row[i].size());
+        }
     }
     for (const auto& row : rows) {
         std::string line;

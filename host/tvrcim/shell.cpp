@@ -17,8 +17,9 @@ std::vector<std::string> split_words(const std::string& line) {
     for (std::size_t i = 0; i < line.size(); ++i) {
         const char c = line[i];
         if (c == ' ' || c == '\t' || c == '\r') {
-            if (in_word)
+            if (in_word) {
                 words.push_back(std::exchange(word, {}));
+            }
             in_word = false;
             continue;
         }
@@ -27,26 +28,31 @@ std::vector<std::string> split_words(const std::string& line) {
         if (c == '\\' && i + 1 < line.size()) {
             word += line[++i];
         } else if (c == '"' || c == '\'') {
-            if (keep && c == '"')
+            if (keep && c == '"') {
                 word += c;
+            }
             for (++i; i < line.size() && line[i] != c; ++i) {
                 if (line[i] == '\\' && c == '"' && i + 1 < line.size()) {
-                    if (keep)
+                    if (keep) {
                         word += '\\';
+                    }
                     ++i;
                 }
                 word += line[i];
             }
-            if (i == line.size())
+            if (i == line.size()) {
                 throw Usage_Error("a quotation mark is missing");
-            if (keep && c == '"')
+            }
+            if (keep && c == '"') {
                 word += c;
+            }
         } else {
             word += c;
         }
     }
-    if (in_word)
+    if (in_word) {
         words.push_back(std::move(word));
+    }
     return words;
 }
 
@@ -54,14 +60,17 @@ int run_shell(Session& session, std::istream& in, bool prompt) {
     int status = success;
     std::string line;
     for (;;) {
-        if (prompt)
+        if (prompt) {
             session.out << "tvrcim> " << std::flush;
-        if (!std::getline(in, line))
+        }
+        if (!std::getline(in, line)) {
             break;
+        }
         status = guarded([&] {
             std::vector<std::string> words = split_words(line);
-            if (words.empty() || words.front().starts_with('#'))
+            if (words.empty() || words.front().starts_with('#')) {
                 return status;
+            }
             if (words.size() == 1 && (words.front() == "exit" || words.front() == "quit")) {
                 in.setstate(std::ios::eofbit);
                 return status;
@@ -71,17 +80,20 @@ int run_shell(Session& session, std::istream& in, bool prompt) {
             prepare(app);
             add_commands(app, command);
             std::reverse(words.begin(), words.end());
-            if (const std::optional<int> over = parse(app, words, session.out))
+            if (const std::optional<int> over = parse(app, words, session.out)) {
                 return *over;
+            }
             command(session);
             session.out << std::flush;
             return int{success};
         });
-        if (in.eof())
+        if (in.eof()) {
             break;
+        }
     }
-    if (prompt)
+    if (prompt) {
         session.out << '\n';
+    }
     return status;
 }
 

@@ -24,8 +24,9 @@ constexpr char marker[] = "TVRCIM_SIMULATED";
 volatile std::sig_atomic_t child = 0;
 
 void pass_on(int signal) {
-    if (child > 0)
+    if (child > 0) {
         kill(static_cast<pid_t>(child), signal);
+    }
 }
 
 // While the child runs, what would end this process goes to the child, so that the private
@@ -44,8 +45,9 @@ public:
     Signals_To_Child& operator=(const Signals_To_Child&) = delete;
 
     void restore() const {
-        for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i) {
             sigaction(passed[i], &_before[i], nullptr);
+        }
     }
 
 private:
@@ -58,8 +60,9 @@ private:
 void copy_banner(const fs::path& prefix, const char* file) {
     std::ifstream from(file);
     std::ofstream to(prefix / fs::path(file).relative_path());
-    if (from.peek() != std::ifstream::traits_type::eof())
+    if (from.peek() != std::ifstream::traits_type::eof()) {
         to << from.rdbuf();
+    }
 }
 
 std::string joined(const fs::path& first, const char* rest) {
@@ -70,9 +73,10 @@ std::string joined(const fs::path& first, const char* rest) {
 
 Private_Directory::Private_Directory() {
     std::string pattern = (fs::temp_directory_path() / "tvrcim-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
+    if (mkdtemp(pattern.data()) == nullptr) {
         throw Usage_Error("cannot make a directory below " + fs::temp_directory_path().string() +
                           ": " + std::strerror(errno));
+    }
     _path = pattern;
 }
 
@@ -86,26 +90,30 @@ bool is_simulated() noexcept {
 }
 
 int run_simulated(char** arguments, const std::string& scenario) {
-    if (!scenario.empty() && !std::ifstream(scenario))
+    if (!scenario.empty() && !std::ifstream(scenario)) {
         throw Usage_Error("scenario " + scenario + ": cannot be read");
+    }
     const fs::path simulator = simulator_directory();
     const std::string self = own_file().string();
     const Private_Directory prefix;
-    for (const char* directory : {"etc", "proc", "var/log"})
+    for (const char* directory : {"etc", "proc", "var/log"}) {
         fs::create_directories(prefix.path() / directory);
+    }
     copy_banner(prefix.path(), "/proc/version");
     copy_banner(prefix.path(), "/etc/issue");
 
     setenv(marker, "1", 1);
     setenv("TAVRIN_FC_PREFIX", prefix.path().c_str(), 1);
     setenv("LD_LIBRARY_PATH", joined(simulator, getenv("LD_LIBRARY_PATH")).c_str(), 1);
-    if (!scenario.empty())
+    if (!scenario.empty()) {
         setenv("TVRSIM_SCENARIO", fs::absolute(scenario).c_str(), 1);
+    }
 
     const Signals_To_Child signals;
     const pid_t pid = fork();
-    if (pid < 0)
+    if (pid < 0) {
         throw Usage_Error(std::string("cannot start a process: ") + std::strerror(errno));
+    }
     if (pid == 0) {
         signals.restore();
         execv(self.c_str(), arguments);
@@ -117,8 +125,9 @@ int run_simulated(char** arguments, const std::string& scenario) {
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     child = 0;
-    if (WIFSIGNALED(status))
+    if (WIFSIGNALED(status)) {
         return 128 + WTERMSIG(status);
+    }
     return WEXITSTATUS(status);
 }
 

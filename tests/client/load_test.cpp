@@ -20,6 +20,12 @@ std::string process_file(const char* name) {
     return text.str();
 }
 
+// Sanitizers have threads of their own.
+std::size_t threads() {
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
+}
+
 std::size_t open_files() {
     const std::filesystem::directory_iterator files("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(files), end(files)));
@@ -90,6 +96,7 @@ TEST_F(Client, TheAgentLivesFromTheFirstClassToTheLast) {
 
 // In its own life a module may log, start threads, open files and libraries. Nothing of it stays.
 TEST_F(Client, NothingIsLeftOfTheModuleOnceItIsClosed) {
+    const std::size_t threads_before = threads();
     directory.write("etc/tavrin_fc_provider.dmp", "2,5,1\n" + directory.file("provider.log"));
     EXPECT_EQ(enumerate("TVRHBA_FCPort").instances.size(), 4u);
     EXPECT_NE(process_file("maps").find("libtavrin_fc_provider"), std::string::npos);
@@ -105,7 +112,7 @@ TEST_F(Client, NothingIsLeftOfTheModuleOnceItIsClosed) {
         stop();
     }
     EXPECT_EQ(open_files(), files);
-    EXPECT_THAT(process_file("status"), testing::HasSubstr("\nThreads:\t1\n"));
+    EXPECT_EQ(threads(), threads_before);
 }
 
 // Each class of the catalogue answers, whether its instances are built yet or not.
