@@ -7,72 +7,57 @@
 #include "access/method_wrapper.h"
 
 #include <cstdio>
-#include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
-#include <string_view>
 #include <unistd.h>
 
 using namespace cimple;
 
 namespace {
 
-void print(const char* what, long value) {
-    printf("%s=%ld ", what, value);
+void printOpenLibraries() {
+    printf("open=");
+    for (const char* name : {"libHBAAPI.so", "liblrmapi.so", "librmapi.so"}) {
+        void* handle = dlopen(name, RTLD_NOW | RTLD_NOLOAD);
+        printf("%d", handle != nullptr);
+        if (handle != nullptr) {
+            dlclose(handle);
+        }
+    }
+    printf(" ");
 }
 
-bool run(std::string_view command, const char* argument) {
+void run(const std::string& command) {
     constexpr HBA_WWN port{{0x10, 0, 0, 0, 0, 0, 0, 0x77}};
     if (command == "load") {
-        print("load", loadManagementLibraries());
+        printf("load=%u ", loadManagementLibraries());
         printf("missing=%u%u%u ", hbaApiMissing.load(), lrmApiMissing.load(), rmApiMissing.load());
+        printOpenLibraries();
     } else if (command == "unload") {
-        print("unload", unloadManagementLibraries());
-    } else if (command == "count") {
-        print("count", rm::HBA_GetNumberOfAdapters());
-    } else if (command == "close") {
+        printf("unload=%u ", unloadManagementLibraries());
+        printOpenLibraries();
+    } else if (command == "calls") {
+        printf("count=%u ", rm::HBA_GetNumberOfAdapters());
         rm::HBA_CloseAdapter(5);
-    } else if (command == "init") {
-        print("init", rm::LRM_InitLib());
-    } else if (command == "stats") {
         uint32_t size = 0;
-        print("stats", rm::LRM_GetPortStatistics(port, nullptr, &size));
-        print("size", size);
-    } else if (command == "local") {
+        const uint32_t stats = rm::LRM_GetPortStatistics(port, nullptr, &size);
         uint32_t isLocal = 0;
-        print("local", rm::RM_IsLocalHBA(port, &isLocal));
-    } else if (command == "twice") {
-        void* first = libraryHandles[LRMAPI_LIBRARY];
-        print("twice", loadDynamicLibrary(LRMAPI_LIBRARY, "lrmapi"));
-        print("same", first == libraryHandles[LRMAPI_LIBRARY]);
-    } else if (command == "open?") {
-        void* handle = dlopen(argument, RTLD_NOW | RTLD_NOLOAD);
-        print(argument, handle != nullptr);
-    } else if (command == "install") {
-        // The library whose file was empty is there from now on.
-        std::filesystem::rename(std::string(argument) + ".later", argument);
+        printf("init=%d stats=%u/%u local=%u ", rm::LRM_InitLib(), stats, size,
+               rm::RM_IsLocalHBA(port, &isLocal));
     } else if (command == "wrapper") {
         static const TVR_MethodWrapper wrapper;
-        print("pid", getpid());
+        printf("pid=%d ", getpid());
     } else {
-        return false;
+        // The library whose file was empty is there from now on.
+        std::filesystem::rename(command + ".later", command);
     }
-    return true;
 }
 
 } // namespace
 
 int main(int, char** argv) {
-    while (const char* command = *++argv) {
-        const bool needsArgument =
-            std::strcmp(command, "open?") == 0 || std::strcmp(command, "install") == 0;
-        if (needsArgument) {
-            ++argv;
-        }
-        if (!run(command, *argv)) {
-            fprintf(stderr, "unknown command %s\n", command);
-            return 2;
-        }
+    while (*++argv != nullptr) {
+        run(*argv);
     }
     return 0;
 }

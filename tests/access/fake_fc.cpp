@@ -1,6 +1,5 @@
 #include "tests/access/fake_fc.h"
 
-#include <cstdio>
 #include <cstring>
 #include <mutex>
 
@@ -17,40 +16,23 @@ uint32_t enter(const char* entryPoint) {
     std::lock_guard lock(mutex);
     ++libraries.calls[entryPoint];
     std::deque<uint32_t>& statuses = libraries.statuses[entryPoint];
-    if (statuses.empty()) {
-        return 0;
+    const uint32_t status = statuses.empty() ? 0 : statuses.front();
+    if (!statuses.empty()) {
+        statuses.pop_front();
     }
-    const uint32_t status = statuses.front();
-    statuses.pop_front();
     return status;
 }
 
-std::string toText(const HBA_WWN& wwn) {
-    char text[17];
-    for (int i = 0; i < 8; ++i) {
-        snprintf(text + 2 * i, 3, "%02X", wwn.wwn[i]);
-    }
-    return text;
-}
-
-fake::Adapter* adapterOf(HBA_HANDLE handle) {
-    return handle == 0 || handle > libraries.adapters.size() ? nullptr
-                                                             : &libraries.adapters[handle - 1];
-}
-
-// The port of a name, with its adapter.
-fake::Port* portOf(const HBA_WWN& name, fake::Adapter** owner = nullptr) {
+// The port of a name with its adapter, or nulls.
+std::pair<fake::Adapter*, fake::Port*> portOf(const HBA_WWN& name) {
     for (fake::Adapter& adapter : libraries.adapters) {
         for (fake::Port& port : adapter.ports) {
             if (std::memcmp(&port.record.PortWWN, &name, sizeof name) == 0) {
-                if (owner != nullptr) {
-                    *owner = &adapter;
-                }
-                return &port;
+                return {&adapter, &port};
             }
         }
     }
-    return nullptr;
+    return {};
 }
 
 // An attribute buffer is a row of these, each followed by its bytes, up to one with identifier 0.
@@ -84,6 +66,16 @@ uint32_t fill(const fake::Attributes& attributes, void* buffer, uint32_t* size) 
     return RM_STATUS_OK;
 }
 
+// A failing call leaves rubbish.
+template <class Record> HBA_STATUS copy(uint32_t status, const Record& from, Record* to) {
+    if (status != 0) {
+        std::memset(to, 0x5A, sizeof *to);
+    } else {
+        *to = from;
+    }
+    return status;
+}
+
 } // namespace
 
 extern "C" {
@@ -98,13 +90,11 @@ HBA_UINT32 HBA_GetNumberOfAdapters() {
 }
 
 HBA_STATUS HBA_GetAdapterName(HBA_UINT32 index, char* name) {
-    if (const uint32_t status = enter(__func__)) {
-        return status;
+    const uint32_t status = enter(__func__);
+    if (status != 0 || index >= libraries.adapters.size()) {
+        return status != 0 ? status : HBA_STATUS_ERROR_ILLEGAL_INDEX;
     }
-    if (index >= libraries.adapters.size()) {
-        return HBA_STATUS_ERROR_ILLEGAL_INDEX;
-    }
-    // As it is written on paper, without an end when the name fills the buffer.
+    // Without an end when the name fills the buffer.
     std::strncpy(name, libraries.adapters[index].name.c_str(), 256);
     return HBA_STATUS_OK;
 }
@@ -132,27 +122,16 @@ void HBA_RefreshInformation(HBA_HANDLE) {
 }
 
 HBA_STATUS HBA_GetAdapterAttributes(HBA_HANDLE handle, HBA_ADAPTERATTRIBUTES* attributes) {
-    // A failing call leaves rubbish.
-    if (const uint32_t status = enter(__func__)) {
-        std::memset(attributes, 0x5A, sizeof *attributes);
-        return status;
-    }
-    *attributes = adapterOf(handle)->record;
-    return HBA_STATUS_OK;
+    const uint32_t status = enter(__func__);
+    return copy(status, libraries.adapters.at(handle - 1).record, attributes);
 }
 
 HBA_STATUS HBA_GetAdapterPortAttributes(HBA_HANDLE handle, HBA_UINT32 index,
                                         HBA_PORTATTRIBUTES* attributes) {
-    if (const uint32_t status = enter(__func__)) {
-        std::memset(attributes, 0x5A, sizeof *attributes);
-        return status;
-    }
-    const fake::Adapter* adapter = adapterOf(handle);
-    if (index >= adapter->ports.size()) {
-        return HBA_STATUS_ERROR_ILLEGAL_INDEX;
-    }
-    *attributes = adapter->ports[index].record;
-    return HBA_STATUS_OK;
+    const uint32_t status = enter(__func__);
+    const std::vector<fake::Port>& ports = libraries.adapters.at(handle - 1).ports;
+    return index < ports.size() ? copy(status, ports[index].record, attributes)
+                                : HBA_STATUS_ERROR_ILLEGAL_INDEX;
 }
 
 int32_t LRM_InitLib() {
@@ -162,42 +141,23 @@ int32_t LRM_InitLib() {
 
 RM_STATUS LRM_GetHBAAttributes(HBA_WWN name, void* buffer, uint32_t* size) {
     const uint32_t status = enter(__func__);
-    fake::Adapter* adapter = nullptr;
-    if (status != 0 || portOf(name, &adapter) == nullptr) {
-        return status != 0 ? status : static_cast<uint32_t>(RM_STATUS_ERROR);
-    }
-    return fill(adapter->attributes, buffer, size);
+    return status != 0 ? status : fill(portOf(name).first->attributes, buffer, size);
 }
 
 RM_STATUS LRM_GetPortAttributes(HBA_WWN name, void* buffer, uint32_t* size) {
     const uint32_t status = enter(__func__);
-    const fake::Port* port = portOf(name);
-    if (status != 0 || port == nullptr) {
-        return status != 0 ? status : static_cast<uint32_t>(RM_STATUS_ERROR);
-    }
-    return fill(port->attributes, buffer, size);
+    return status != 0 ? status : fill(portOf(name).second->attributes, buffer, size);
 }
 
 RM_STATUS LRM_GetPortStatistics(HBA_WWN name, void* buffer, uint32_t* size) {
     const uint32_t status = enter(__func__);
-    const fake::Port* port = portOf(name);
-    if (status != 0 || port == nullptr) {
-        return status != 0 ? status : static_cast<uint32_t>(RM_STATUS_ERROR);
-    }
-    return fill(port->statistics, buffer, size);
+    return status != 0 ? status : fill(portOf(name).second->statistics, buffer, size);
 }
 
 RM_STATUS LRM_GetDriverType(HBA_WWN name, uint32_t* type) {
-    *type = 0xBAD;
-    if (const uint32_t status = enter(__func__)) {
-        return status;
-    }
-    fake::Adapter* adapter = nullptr;
-    if (portOf(name, &adapter) == nullptr) {
-        return RM_STATUS_ERROR;
-    }
-    *type = adapter->driverType;
-    return RM_STATUS_OK;
+    const uint32_t status = enter(__func__);
+    *type = status != 0 ? 0xBAD : portOf(name).first->driverType;
+    return status;
 }
 
 void* RM_GetAttributeValue(void* buffer, uint16_t id, uint16_t* length, RM_STATUS* status) {
@@ -219,19 +179,7 @@ void* RM_GetAttributeValue(void* buffer, uint16_t id, uint16_t* length, RM_STATU
 }
 
 RM_STATUS RM_IsLocalHBA(HBA_WWN name, uint32_t* isLocal) {
-    if (const uint32_t status = enter(__func__)) {
-        return status;
-    }
-    *isLocal = libraries.localPorts[toText(name)] ? 1 : 0;
-    return RM_STATUS_OK;
-}
-
-RM_STATUS RM_StatusString(RM_STATUS status, char* text, uint32_t size) {
-    const auto found = libraries.statusTexts.find(status);
-    if (found == libraries.statusTexts.end()) {
-        return RM_STATUS_ERROR;
-    }
-    std::strncpy(text, found->second.c_str(), size);
-    return RM_STATUS_OK;
+    *isLocal = portOf(name).second != nullptr;
+    return enter(__func__);
 }
 }

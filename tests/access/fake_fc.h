@@ -48,8 +48,6 @@ struct Libraries {
     // Runs in every call before it is answered, with the name of the entry point.
     std::function<void(const std::string&)> entered;
     std::function<int32_t()> initLib; // what LRM_InitLib does, else 0
-    std::map<RM_STATUS, std::string> statusTexts;
-    std::map<std::string, bool> localPorts; // by 16-digit name
 };
 
 using Access = Libraries* (*)();

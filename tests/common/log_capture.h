@@ -16,7 +16,6 @@ public:
     struct Line {
         uint32 level;
         std::string file;
-        uint32 line;
         std::string text;
     };
 
@@ -25,13 +24,10 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    void Log(uint32 level, const char* file, uint32 line, const char* text) override {
+    void Log(uint32 level, const char* file, uint32, const char* text) override {
         std::lock_guard lock(m_mutex);
-        m_lines.push_back({level, file, line, text});
+        m_lines.push_back({level, file, text});
     }
-    void open() override { ++opened; }
-    void close() override { ++closed; }
-    void clear() override { ++cleared; }
 
     std::vector<Line> lines() const {
         std::lock_guard lock(m_mutex);
@@ -47,10 +43,6 @@ public:
         m_lines.clear();
         return texts;
     }
-
-    int opened = 0;
-    int closed = 0;
-    int cleared = 0;
 
 private:
     mutable std::mutex m_mutex;
