@@ -80,8 +80,6 @@ protected:
         std::vector<std::string> result;
         for (const Cim_Instance& instance : answer.instances)
             result.push_back(instance["Name"].plain());
-        for (const Cim_Path& path : answer.paths)
-            result.push_back(path.keys["Name"].plain());
         return result;
     }
 

@@ -12,12 +12,12 @@ using ::testing::HasSubstr;
 
 class Lifecycle : public Host_Fixture {
 protected:
+    Lifecycle() { thing.enumerate = hand_out("a", 1); }
     Answer ask() { return om().enumerate_instances("root/x", "Test_Thing"); }
+    Scripted_Class& thing = module.add("Test_Thing");
 };
 
 TEST_F(Lifecycle, an_mi_is_made_at_first_use_and_cleaned_up_once) {
-    Scripted_Class& thing = module.add("Test_Thing");
-    thing.enumerate = hand_out("a", 1);
     om();
     EXPECT_EQ(thing.made, 0);
     ask();
@@ -25,30 +25,24 @@ TEST_F(Lifecycle, an_mi_is_made_at_first_use_and_cleaned_up_once) {
     EXPECT_EQ(thing.made, 1);
     om().invoke_method(thing_path("a", 1), "Turn");
     EXPECT_EQ(thing.made, 2) << "one for each kind";
-    om().shutdown();
-    EXPECT_EQ(thing.cleaned_up, 2);
-    om().shutdown();
-    EXPECT_EQ(thing.cleaned_up, 2);
-    EXPECT_EQ(ask().rc, CMPI_RC_ERR_FAILED) << "nothing is loaded after the end";
-    EXPECT_EQ(thing.made, 2);
-}
-
-TEST_F(Lifecycle, a_class_can_be_unloaded_and_comes_back) {
-    Scripted_Class& thing = module.add("Test_Thing");
-    thing.enumerate = hand_out("a", 1);
-    ask();
     EXPECT_EQ(om().unload("Test_Thing"), CMPI_RC_OK);
-    EXPECT_EQ(thing.cleaned_up, 1);
+    EXPECT_EQ(thing.cleaned_up, 2);
     EXPECT_EQ(om().unload("Test_Thing"), CMPI_RC_OK) << "nothing is left to clean up";
     EXPECT_TRUE(ask().ok());
-    EXPECT_EQ(thing.made, 2);
+    om().shutdown();
+    om().shutdown();
+    EXPECT_EQ(thing.cleaned_up, 3);
+    EXPECT_EQ(ask().rc, CMPI_RC_ERR_FAILED) << "nothing is loaded after the end";
+    EXPECT_EQ(thing.made, 3);
 }
 
-TEST_F(Lifecycle, an_mi_may_refuse_to_go_until_the_end) {
-    Scripted_Class& thing = module.add("Test_Thing");
-    thing.enumerate = hand_out("a", 1);
+TEST_F(Lifecycle, an_mi_may_refuse_to_be_made_and_to_go) {
+    bool works = false;
+    thing.make = [&] { return works; };
+    EXPECT_THAT(ask().message, HasSubstr("made nothing"));
+    works = true;
+    EXPECT_TRUE(ask().ok());
     thing.cleanup = [](Request&) { return CMPI_RC_DO_NOT_UNLOAD; };
-    ask();
     EXPECT_EQ(om().unload("Test_Thing"), CMPI_RC_DO_NOT_UNLOAD);
     EXPECT_TRUE(ask().ok());
     EXPECT_EQ(thing.made, 1) << "it stayed";
@@ -56,39 +50,8 @@ TEST_F(Lifecycle, an_mi_may_refuse_to_go_until_the_end) {
     EXPECT_THAT(faults(), ElementsAre(Fault_Kind::missing_cleanup));
 }
 
-TEST_F(Lifecycle, a_factory_that_makes_nothing_fails_the_request_alone) {
-    Scripted_Class& thing = module.add("Test_Thing");
-    thing.enumerate = hand_out("a", 1);
-    bool works = false;
-    thing.make = [&] { return works; };
-    const Answer answer = ask();
-    EXPECT_EQ(answer.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_THAT(answer.message, HasSubstr("made nothing"));
-    works = true;
-    EXPECT_TRUE(ask().ok());
-}
-
-TEST_F(Lifecycle, a_factory_runs_in_a_scope_with_a_context) {
-    Scripted_Class& thing = module.add("Test_Thing");
-    thing.enumerate = hand_out("a", 1);
-    thing.load = [](Request& r) {
-        const CMPIData space = CMGetContextEntry(r.context, CMPIInitNameSpace, nullptr);
-        EXPECT_STREQ(CMGetCharPtr(space.value.string), "root/x");
-        CMNewString(r.broker, "left", nullptr);
-        return CMPI_RC_OK;
-    };
-    thing.cleanup = [](Request& r) {
-        CMNewString(r.broker, "left", nullptr);
-        return CMPI_RC_OK;
-    };
-    ask();
-    EXPECT_EQ(om().live_objects(), 0u);
-}
-
-TEST_F(Lifecycle, loading_may_call_up_but_not_into_what_is_being_loaded) {
-    Scripted_Class& thing = module.add("Test_Thing");
+TEST_F(Lifecycle, loading_has_a_scope_and_may_call_up_but_not_into_what_is_being_loaded) {
     Scripted_Class& other = module.add("Test_Other");
-    thing.enumerate = hand_out("a", 1);
     other.enumerate = [](Request&) { return CMPI_RC_OK; };
     const auto call_up = [](Request& r, const char* class_name) {
         CMPIStatus rc;
@@ -99,34 +62,21 @@ TEST_F(Lifecycle, loading_may_call_up_but_not_into_what_is_being_loaded) {
     thing.load = [&](Request& r) {
         EXPECT_EQ(call_up(r, "Test_Other"), CMPI_RC_OK);
         EXPECT_EQ(call_up(r, "Test_Thing"), CMPI_RC_ERR_FAILED);
+        const CMPIData space = CMGetContextEntry(r.context, CMPIInitNameSpace, nullptr);
+        EXPECT_STREQ(CMGetCharPtr(space.value.string), "root/x");
+        return CMPI_RC_OK;
+    };
+    thing.cleanup = [](Request& r) {
+        CMNewString(r.broker, "left", nullptr);
         return CMPI_RC_OK;
     };
     EXPECT_TRUE(ask().ok());
     EXPECT_EQ(other.made, 1);
     EXPECT_EQ(thing.made, 1);
-}
-
-TEST_F(Lifecycle, requests_of_several_threads_share_one_load) {
-    Scripted_Class& thing = module.add("Test_Thing");
-    std::atomic<int> inside{0};
-    std::promise<void> meeting;
-    const std::shared_future<void> met = meeting.get_future().share();
-    thing.enumerate = [&](Request& r) {
-        if (++inside == 2)
-            meeting.set_value();
-        EXPECT_EQ(met.wait_for(std::chrono::seconds(20)), std::future_status::ready);
-        CMReturnInstance(r.result, new_thing(r, "a", 1));
-        return CMPI_RC_OK;
-    };
-    om();
-    std::thread other([&] { EXPECT_TRUE(ask().ok()); });
-    EXPECT_TRUE(ask().ok());
-    other.join();
-    EXPECT_EQ(thing.made, 1);
+    EXPECT_EQ(om().live_objects(), 0u);
 }
 
 TEST_F(Lifecycle, a_class_is_not_cleaned_up_while_a_request_is_in_it) {
-    Scripted_Class& thing = module.add("Test_Thing");
     std::promise<void> entered;
     std::promise<void> go_on;
     std::atomic<bool> in_request{false};
@@ -160,9 +110,7 @@ TEST_F(Lifecycle, a_class_is_not_cleaned_up_while_a_request_is_in_it) {
 
 // Requests, unloads and up-calls at random: nothing is lost, nothing hangs.
 TEST_F(Lifecycle, requests_and_unloads_from_many_threads) {
-    Scripted_Class& thing = module.add("Test_Thing");
     Scripted_Class& other = module.add("Test_Other");
-    thing.enumerate = hand_out("a", 1);
     other.enumerate = [](Request& r) {
         CMPIStatus rc;
         CMPIObjectPath* const path = CMNewObjectPath(r.broker, "root/x", "Test_Thing", nullptr);
@@ -186,27 +134,6 @@ TEST_F(Lifecycle, requests_and_unloads_from_many_threads) {
         thread.join();
     om().shutdown();
     EXPECT_EQ(thing.made, thing.cleaned_up);
-}
-
-TEST_F(Lifecycle, what_cannot_start_tells_why) {
-    const auto error = [&] {
-        try {
-            Object_Manager{options};
-        } catch (const Start_Error& start) {
-            return std::string(start.what());
-        }
-        return std::string("no error");
-    };
-    options.factories = nullptr;
-    options.module = "/nonexistent.so";
-    EXPECT_THAT(error(), HasSubstr("module /nonexistent.so: "));
-    options.module.clear();
-    options.schema = nullptr;
-    options.mof = {"/nonexistent.mof"};
-    EXPECT_THAT(error(), HasSubstr("MOF: "));
-    options.mof.clear();
-    options.instance_file = "/nonexistent.json";
-    EXPECT_THAT(error(), HasSubstr("instance file /nonexistent.json"));
 }
 
 } // namespace

@@ -1,10 +1,11 @@
-// A small class model for the tests of the object manager.
+// A small class model, and what else the tests of the object manager share.
 #ifndef TVR_TESTS_HOST_SAMPLE_MODEL_H
 #define TVR_TESTS_HOST_SAMPLE_MODEL_H
 
 #include "schema/mof_reader.h"
 
 #include <memory>
+#include <string>
 
 namespace tvrtest {
 
@@ -18,7 +19,6 @@ inline std::shared_ptr<const tvrmof::Schema> sample_model() {
             uint32 Count;
             sint8 Offset;
             boolean Ready;
-            real64 Ratio;
             string Words[];
             datetime Since;
             uint32 Turn([In] uint16 Steps, [In] string Label, [In] Test_Thing REF Other,
@@ -43,6 +43,16 @@ inline std::shared_ptr<const tvrmof::Schema> sample_model() {
         };
     )",
                                                                     "sample"));
+}
+
+// The text of the error that `work` ends with.
+template <class Work> std::string error_of(Work work) {
+    try {
+        work();
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+    return "no error";
 }
 
 } // namespace tvrtest

@@ -26,12 +26,12 @@ namespace tvrtest {
 // What a call brought along; null or empty where the operation has no such thing.
 struct Request {
     const CMPIBroker* broker;
-    const CMPIContext* context;
+    const CMPIContext* context = nullptr;
     const CMPIResult* result = nullptr;
     const CMPIObjectPath* path = nullptr;
     const char** properties = nullptr;
     const CMPIInstance* instance = nullptr;
-    std::string word{}; // method, role, query: the first text of the call
+    std::vector<std::string> words{}; // classes, roles, method, query, in the order of the call
     const CMPIArgs* in = nullptr;
     CMPIArgs* out = nullptr;
     const CMPISelectExp* filter = nullptr;
@@ -72,12 +72,13 @@ public:
 
     tvrhost::Factory_Lookup factories() const {
         return [this](const std::string& name) -> tvrhost::Any_Function {
+            static constexpr std::array made_by = {factory_of<0>, factory_of<1>, factory_of<2>};
             for (std::size_t i = 0; i < _classes.size(); ++i) {
                 const Scripted_Class& each = *_classes[i];
                 for (const char letter : each.kinds) {
                     const auto kind = static_cast<tvrhost::Kind>(letter);
                     if (name == each.name + "_Create_" + tvrhost::kind_name(kind) + "MI")
-                        return factory(i, kind);
+                        return made_by[i](kind);
                 }
             }
             return nullptr;
@@ -85,143 +86,77 @@ public:
     }
 
 private:
-    static constexpr std::size_t slot_count = 4;
-    static std::array<Scripted_Class*, slot_count>& slots() {
-        static std::array<Scripted_Class*, slot_count> classes;
+    static std::array<Scripted_Class*, 3>& slots() {
+        static std::array<Scripted_Class*, 3> classes;
         return classes;
     }
 
-    template <class MI> static Scripted_Class& of(MI* mi) {
-        return *static_cast<Scripted_Class*>(mi->hdl);
-    }
-    static CMPIStatus run(const Script& script, Request request) {
-        return {script ? script(request) : CMPI_RC_ERR_NOT_SUPPORTED, nullptr};
-    }
-    static std::string text(const char* chars) { return chars == nullptr ? "" : chars; }
+    static void take(Request& r, const CMPIContext* context) { r.context = context; }
+    static void take(Request& r, const CMPIResult* result) { r.result = result; }
+    static void take(Request& r, const CMPIObjectPath* path) { r.path = path; }
+    static void take(Request& r, const char** properties) { r.properties = properties; }
+    static void take(Request& r, const CMPIInstance* instance) { r.instance = instance; }
+    static void take(Request& r, const char* word) { r.words.push_back(word ? word : ""); }
+    static void take(Request& r, const CMPIArgs* in) { r.in = in; }
+    static void take(Request& r, CMPIArgs* out) { r.out = out; }
+    static void take(Request& r, const CMPISelectExp* filter) { r.filter = filter; }
+    static void take(Request& r, CMPIBoolean edge) { r.edge = edge != 0; }
 
-    template <class MI> static CMPIStatus cleanup(MI* mi, const CMPIContext* context, CMPIBoolean) {
-        ++of(mi).cleaned_up;
-        return run(of(mi).cleanup, {of(mi).broker, context});
-    }
-
-    static const CMPIInstanceMIFT& table(CMPIInstanceMI*) {
-        using MI = CMPIInstanceMI*;
-        using C = const CMPIContext*;
-        using R = const CMPIResult*;
-        using P = const CMPIObjectPath*;
-        static const CMPIInstanceMIFT ft = {
-            100,
-            100,
-            "instance",
-            cleanup<CMPIInstanceMI>,
-            [](MI mi, C c, R r, P p) {
-                return run(of(mi).enumerate_names, {of(mi).broker, c, r, p});
-            },
-            [](MI mi, C c, R r, P p, const char** list) {
-                return run(of(mi).enumerate, {of(mi).broker, c, r, p, list});
-            },
-            [](MI mi, C c, R r, P p, const char** list) {
-                return run(of(mi).get, {of(mi).broker, c, r, p, list});
-            },
-            [](MI mi, C c, R r, P p, const CMPIInstance* i) {
-                return run(of(mi).create, {of(mi).broker, c, r, p, nullptr, i});
-            },
-            [](MI mi, C c, R r, P p, const CMPIInstance* i, const char** list) {
-                return run(of(mi).modify, {of(mi).broker, c, r, p, list, i});
-            },
-            [](MI mi, C c, R r, P p) {
-                return run(of(mi).remove, {of(mi).broker, c, r, p});
-            },
-            [](MI mi, C c, R r, P p, const char* query, const char*) {
-                return run(of(mi).query, {of(mi).broker, c, r, p, nullptr, nullptr, text(query)});
-            },
-            nullptr};
-        return ft;
+    // An entry of a function table: runs a script with what the call brought along.
+    template <Script Scripted_Class::*script, class MI, class... Arguments>
+    static CMPIStatus on(MI* mi, Arguments... arguments) {
+        Scripted_Class& self = *static_cast<Scripted_Class*>(mi->hdl);
+        if constexpr (script == &Scripted_Class::cleanup)
+            ++self.cleaned_up;
+        Request request{self.broker};
+        (take(request, arguments), ...);
+        return {self.*script ? (self.*script)(request) : CMPI_RC_ERR_NOT_SUPPORTED, nullptr};
     }
 
-    static const CMPIMethodMIFT& table(CMPIMethodMI*) {
-        static const CMPIMethodMIFT ft = {
-            100, 100, "method", cleanup<CMPIMethodMI>,
-            [](CMPIMethodMI* mi, const CMPIContext* c, const CMPIResult* r, const CMPIObjectPath* p,
-               const char* method, const CMPIArgs* in, CMPIArgs* out) {
-                return run(of(mi).invoke,
-                           {of(mi).broker, c, r, p, nullptr, nullptr, text(method), in, out});
-            }};
-        return ft;
+    using C = Scripted_Class;
+    static CMPIInstanceMIFT table(CMPIInstanceMI*) {
+        return {100,
+                100,
+                "instance",
+                on<&C::cleanup>,
+                on<&C::enumerate_names>,
+                on<&C::enumerate>,
+                on<&C::get>,
+                on<&C::create>,
+                on<&C::modify>,
+                on<&C::remove>,
+                on<&C::query>,
+                nullptr};
     }
-
-    static const CMPIAssociationMIFT& table(CMPIAssociationMI*) {
-        using MI = CMPIAssociationMI*;
-        using C = const CMPIContext*;
-        using R = const CMPIResult*;
-        using P = const CMPIObjectPath*;
-        using T = const char*;
-        static const CMPIAssociationMIFT ft = {
-            100,
-            100,
-            "association",
-            cleanup<CMPIAssociationMI>,
-            [](MI mi, C c, R r, P p, T, T, T role, T, const char** list) {
-                return run(of(mi).associators, {of(mi).broker, c, r, p, list, nullptr, text(role)});
-            },
-            [](MI mi, C c, R r, P p, T, T, T role, T) {
-                return run(of(mi).associator_names,
-                           {of(mi).broker, c, r, p, nullptr, nullptr, text(role)});
-            },
-            [](MI mi, C c, R r, P p, T, T role, const char** list) {
-                return run(of(mi).references, {of(mi).broker, c, r, p, list, nullptr, text(role)});
-            },
-            [](MI mi, C c, R r, P p, T, T role) {
-                return run(of(mi).reference_names,
-                           {of(mi).broker, c, r, p, nullptr, nullptr, text(role)});
-            },
-            nullptr,
-            nullptr};
-        return ft;
+    static CMPIMethodMIFT table(CMPIMethodMI*) {
+        return {100, 100, "method", on<&C::cleanup>, on<&C::invoke>};
     }
-
-    static Request filter_request(CMPIIndicationMI* mi, const CMPIContext* c,
-                                  const CMPISelectExp* filter, const CMPIObjectPath* path,
-                                  bool edge) {
-        Request request{of(mi).broker, c, nullptr, path};
-        request.filter = filter;
-        request.edge = edge;
-        return request;
+    static CMPIAssociationMIFT table(CMPIAssociationMI*) {
+        return {100,
+                100,
+                "association",
+                on<&C::cleanup>,
+                on<&C::associators>,
+                on<&C::associator_names>,
+                on<&C::references>,
+                on<&C::reference_names>,
+                nullptr,
+                nullptr};
     }
-
-    static const CMPIIndicationMIFT& table(CMPIIndicationMI*) {
-        using MI = CMPIIndicationMI*;
-        using C = const CMPIContext*;
-        using F = const CMPISelectExp*;
-        using P = const CMPIObjectPath*;
-        using T = const char*;
-        static const CMPIIndicationMIFT ft = {
-            100,
-            100,
-            "indication",
-            cleanup<CMPIIndicationMI>,
-            [](MI mi, C c, F f, T, P p, T) {
-                return run(of(mi).authorize, filter_request(mi, c, f, p, false));
-            },
-            [](MI mi, C c, const CMPIResult*, F f, T, P p) {
-                return run(of(mi).poll, filter_request(mi, c, f, p, false));
-            },
-            [](MI mi, C c, F f, T, P p, CMPIBoolean first) {
-                return run(of(mi).activate, filter_request(mi, c, f, p, first != 0));
-            },
-            [](MI mi, C c, F f, T, P p, CMPIBoolean last) {
-                return run(of(mi).deactivate, filter_request(mi, c, f, p, last != 0));
-            },
-            [](MI mi, C c) {
-                return run(of(mi).enable, {of(mi).broker, c});
-            },
-            [](MI mi, C c) {
-                return run(of(mi).disable, {of(mi).broker, c});
-            },
-            nullptr,
-            nullptr,
-            nullptr};
-        return ft;
+    static CMPIIndicationMIFT table(CMPIIndicationMI*) {
+        return {100,
+                100,
+                "indication",
+                on<&C::cleanup>,
+                on<&C::authorize>,
+                on<&C::poll>,
+                on<&C::activate>,
+                on<&C::deactivate>,
+                on<&C::enable>,
+                on<&C::disable>,
+                nullptr,
+                nullptr,
+                nullptr};
     }
 
     template <std::size_t index, class MI, MI Scripted_Class::*Member>
@@ -235,8 +170,9 @@ private:
         if (made.load)
             made.load(request);
         MI& mi = made.*Member;
+        static const auto functions = table(&mi);
         mi.hdl = &made;
-        mi.ft = &table(&mi);
+        mi.ft = &functions;
         return &mi;
     }
 
@@ -244,30 +180,13 @@ private:
         const auto any = [](auto* function) {
             return reinterpret_cast<tvrhost::Any_Function>(function);
         };
-        switch (kind) {
-        case tvrhost::Kind::instance:
-            return any(create<index, CMPIInstanceMI, &Scripted_Class::instance_mi>);
-        case tvrhost::Kind::method:
-            return any(create<index, CMPIMethodMI, &Scripted_Class::method_mi>);
-        case tvrhost::Kind::association:
-            return any(create<index, CMPIAssociationMI, &Scripted_Class::association_mi>);
-        case tvrhost::Kind::indication:
-            return any(create<index, CMPIIndicationMI, &Scripted_Class::indication_mi>);
-        }
-        return nullptr;
-    }
-
-    static tvrhost::Any_Function factory(std::size_t index, tvrhost::Kind kind) {
-        switch (index) {
-        case 0:
-            return factory_of<0>(kind);
-        case 1:
-            return factory_of<1>(kind);
-        case 2:
-            return factory_of<2>(kind);
-        default:
-            return factory_of<3>(kind);
-        }
+        if (kind == tvrhost::Kind::instance)
+            return any(create<index, CMPIInstanceMI, &C::instance_mi>);
+        if (kind == tvrhost::Kind::method)
+            return any(create<index, CMPIMethodMI, &C::method_mi>);
+        if (kind == tvrhost::Kind::association)
+            return any(create<index, CMPIAssociationMI, &C::association_mi>);
+        return any(create<index, CMPIIndicationMI, &C::indication_mi>);
     }
 
     std::vector<std::unique_ptr<Scripted_Class>> _classes;

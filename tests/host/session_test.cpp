@@ -20,23 +20,15 @@ TEST(Near_Names, finds_what_was_meant) {
     const std::vector<std::string> names = {"TVRHBA_FCPort", "TVRHBA_FCPortStatistics",
                                             "TVRHBA_Product", "TVRHBA_TapeDrive"};
     EXPECT_THAT(near_names("tvrhba_fcprot", names), ElementsAre("TVRHBA_FCPort"));
-    EXPECT_THAT(near_names("FCPort", names),
-                ElementsAre("TVRHBA_FCPort", "TVRHBA_FCPortStatistics"));
-    EXPECT_THAT(near_names("zzz", names), IsEmpty());
-    EXPECT_THAT(near_names("", names), IsEmpty());
-    EXPECT_EQ(suggestion("product", names), "; did you mean TVRHBA_Product?");
     EXPECT_EQ(suggestion("fcport", names),
               "; did you mean TVRHBA_FCPort or TVRHBA_FCPortStatistics?");
 }
 
 TEST(Near_Names, patterns_match_whole_names) {
-    EXPECT_TRUE(matches("*port*", "TVRHBA_FCPort"));
-    EXPECT_TRUE(matches("TVRHBA_F?Port", "TVRHBA_FCPort"));
-    EXPECT_TRUE(matches("*", ""));
+    EXPECT_TRUE(matches("TVRHBA_F?port*", "TVRHBA_FCPort"));
     EXPECT_TRUE(matches("a*b*c", "aXbYbc"));
     EXPECT_FALSE(matches("a*b*c", "aXbYb"));
     EXPECT_FALSE(matches("port", "TVRHBA_FCPort"));
-    EXPECT_FALSE(matches("?", ""));
 }
 
 TEST(Shell_Words, are_split_as_people_expect) {
@@ -44,9 +36,8 @@ TEST(Shell_Words, are_split_as_people_expect) {
     EXPECT_THAT(split_words("get A.b=\"c d\",e=\"f\\\"g\""),
                 ElementsAre("get", "A.b=\"c d\",e=\"f\\\"g\""));
     EXPECT_THAT(split_words("get 'A.b=\"c d\"'"), ElementsAre("get", "A.b=\"c d\""));
-    EXPECT_THAT(split_words("set A \"w=[1, 2]\" x=\\ y"),
-                ElementsAre("set", "A", "w=[1, 2]", "x= y"));
-    EXPECT_THAT(split_words("a ''"), ElementsAre("a", ""));
+    EXPECT_THAT(split_words("set A \"w=[1, 2]\" x=\\ y ''"),
+                ElementsAre("set", "A", "w=[1, 2]", "x= y", ""));
     EXPECT_THAT(split_words(""), IsEmpty());
     EXPECT_THROW(split_words("get 'A"), Usage_Error);
     EXPECT_THROW(split_words("get A=\"b"), Usage_Error);
@@ -55,17 +46,14 @@ TEST(Shell_Words, are_split_as_people_expect) {
 class Session_Test : public Host_Fixture {
 protected:
     Session_Test() {
-        thing = &module.add("Test_Thing");
-        thing->enumerate_names = [](Request& r) {
+        thing.enumerate_names = [](Request& r) {
             for (const char* name : {"alpha", "alpine", "beta"})
                 CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, name, 1), nullptr));
             CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, "beta", 2), nullptr));
-            CMReturnDone(r.result);
-            return CMPI_RC_OK;
+            return CMReturnDone(r.result).rc;
         };
         module.add("Test_Other").enumerate_names = [](Request& r) {
-            CMReturnDone(r.result);
-            return CMPI_RC_OK;
+            return CMReturnDone(r.result).rc;
         };
     }
 
@@ -74,81 +62,63 @@ protected:
             made.emplace(om(), Format::text, "root/x", out);
         return *made;
     }
-
-    // The complaint about a path: its kind and text.
     std::string complaint(const std::string& path) {
-        try {
-            session().find_path(path);
-        } catch (const Usage_Error& error) {
-            return std::string("usage: ") + error.what();
-        } catch (const Cim_Error& error) {
-            return std::string("cim: ") + error.what();
-        }
-        return "none";
+        return error_of([&] { session().find_path(path); });
     }
 
-    // Runs lines through the shell; the status of the last.
+    // Runs lines through the shell; the status of the last, with the errors in `errors`.
     int shell(const std::string& lines) {
         std::istringstream in(lines);
-        return run_shell(session(), in, false);
+        testing::internal::CaptureStderr();
+        const int status = run_shell(session(), in, false);
+        errors = testing::internal::GetCapturedStderr();
+        return status;
     }
 
-    Scripted_Class* thing;
+    Scripted_Class& thing = module.add("Test_Thing");
     std::ostringstream out;
+    std::string errors;
     std::optional<Session> made;
 };
 
 TEST_F(Session_Test, a_path_is_completed_where_one_instance_fits) {
-    const Cim_Path alpha = thing_path("alpha", 1);
-    EXPECT_EQ(session().find_path("Test_Thing.Name=alpha"), alpha);
-    EXPECT_EQ(session().find_path("test_thing.name=\"alpha\""), alpha);
-    EXPECT_EQ(session().find_path("Test_Thing.Name=alph"), alpha) << "a beginning";
+    EXPECT_EQ(session().find_path("test_thing.name=\"alpha\""), thing_path("alpha", 1));
+    EXPECT_EQ(session().find_path("Test_Thing.Name=alph"), thing_path("alpha", 1)) << "a beginning";
     EXPECT_EQ(session().find_path("Test_Thing.Slot=2"), thing_path("beta", 2));
     // All keys: taken as it stands, whether there is such an instance or not.
     EXPECT_EQ(session().find_path("Test_Thing.Name=x,Slot=9"), thing_path("x", 9));
-    EXPECT_EQ(session().find_path("root/z:Test_Thing.Name=x,Slot=9").name_space, "root/z");
-}
 
-TEST_F(Session_Test, a_path_that_does_not_fit_tells_why) {
-    EXPECT_EQ(complaint("Test_Thing.Name=al"),
-              "usage: Test_Thing.Name=al fits 2 instances; Name is \"alpha\", \"alpine\"");
     EXPECT_EQ(complaint("Test_Thing.Name=beta"),
-              "usage: Test_Thing.Name=beta fits 2 instances; Slot is 1, 2");
-    EXPECT_THAT(complaint("Test_Thing.Name=gamma"),
-                HasSubstr("cim: Test_Thing.Name=gamma: no such instance; Name is \"alpha\""));
-    EXPECT_THAT(complaint("Test_Other"), HasSubstr("cim: Test_Other: Test_Other has no instances"));
-    EXPECT_THAT(complaint("Test_Thin.Name=a"), HasSubstr("did you mean Test_Thing?"));
-    EXPECT_THAT(complaint("Test_Thing.Nome=a"), HasSubstr("usage: path"));
+              "Test_Thing.Name=beta fits 2 instances; Slot is 1, 2");
+    EXPECT_THAT(complaint("Test_Thing.Name=gamma"), HasSubstr("no such instance; Name is \"alp"));
+    EXPECT_THAT(complaint("Test_Other"), HasSubstr("Test_Other has no instances"));
     EXPECT_THAT(complaint("Test_Special.Name=a"), HasSubstr("CMPI_RC_ERR_INVALID_CLASS"));
 }
 
 TEST_F(Session_Test, set_sends_typed_values_and_the_names_of_what_changes) {
-    thing->modify = [](Request& r) {
+    thing.modify = [](Request& r) {
         EXPECT_EQ(CMGetProperty(r.instance, "Count", nullptr).value.uint32, 5u);
-        EXPECT_STREQ(CMGetCharPtr(CMGetProperty(r.instance, "Name", nullptr).value.string),
-                     "alpha");
         EXPECT_STREQ(r.properties[0], "Count");
         EXPECT_STREQ(r.properties[1], "Words");
         EXPECT_EQ(r.properties[2], nullptr);
         return CMPI_RC_OK;
     };
     EXPECT_EQ(shell("set Test_Thing.Name=alpha count=5 'Words=[\"a\", \"b\"]'"), success);
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(shell("set Test_Thing.Name=alpha Name=x"), usage_error);
-    EXPECT_EQ(shell("set Test_Thing.Name=alpha Cuont=5"), usage_error);
-    EXPECT_EQ(shell("set Test_Thing.Name=alpha Count=x"), usage_error);
-    EXPECT_EQ(shell("set Test_Thing.Name=alpha Count"), usage_error);
-    EXPECT_EQ(shell("set Test_Thing.Name=alpha"), usage_error);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "tvrcim: Name is a key of Test_Thing and cannot be changed\n"
-              "tvrcim: Test_Thing has no property Cuont; did you mean Count?\n"
-              "tvrcim: Count: takes a number (uint32), not \"x\"\n"
-              "tvrcim: 'Count' is not NAME=VALUE\n"
-              "tvrcim: PROP=VALUE is required; 'tvrcim set --help' tells the usage\n");
+    EXPECT_EQ(shell("set Test_Thing.Name=alpha Name=x\n"
+                    "set Test_Thing.Name=alpha Cuont=5\n"
+                    "set Test_Thing.Name=alpha Count=x\n"
+                    "set Test_Thing.Name=alpha Count\n"
+                    "set Test_Thing.Name=alpha"),
+              usage_error);
+    EXPECT_EQ(errors, "tvrcim: Name is a key of Test_Thing and cannot be changed\n"
+                      "tvrcim: Test_Thing has no property Cuont; did you mean Count?\n"
+                      "tvrcim: Count: takes a number (uint32), not \"x\"\n"
+                      "tvrcim: 'Count' is not NAME=VALUE\n"
+                      "tvrcim: PROP=VALUE is required; 'tvrcim set --help' tells the usage\n");
 }
 
 TEST_F(Session_Test, call_shows_result_and_output) {
-    thing->invoke = [](Request& r) {
+    thing.invoke = [](Request& r) {
         EXPECT_EQ(CMGetArg(r.in, "Steps", nullptr).value.uint16, 3);
         CMPIObjectPath* const other = CMGetArg(r.in, "Other", nullptr).value.ref;
         EXPECT_EQ(CMGetKey(other, "Slot", nullptr).value.uint16, 2);
@@ -159,48 +129,31 @@ TEST_F(Session_Test, call_shows_result_and_output) {
     };
     EXPECT_EQ(shell("call Test_Thing.Name=alpha turn steps=3 Other=Test_Thing.Slot=2"), success);
     EXPECT_EQ(out.str(), "Turn returned 7\n  Said = \"well\"\n");
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(shell("call Test_Thing.Name=alpha turn Said=x"), usage_error);
-    EXPECT_EQ(shell("call Test_Thing.Name=alpha turn Steps=1 steps=2"), usage_error);
-    EXPECT_EQ(shell("call Test_Thing.Name=alpha trun"), usage_error);
-    const std::string errors = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(shell("call Test_Thing.Name=alpha turn Said=x\n"
+                    "call Test_Thing.Name=alpha turn Steps=1 steps=2"),
+              usage_error);
     EXPECT_THAT(errors, HasSubstr("takes no argument Said; it is Turn(uint16 Steps, string Label, "
                                   "Test_Thing ref Other, out string Said, in out uint32 Total)"));
     EXPECT_THAT(errors, HasSubstr("argument Steps stands there twice"));
-    EXPECT_THAT(errors, HasSubstr("did you mean Turn?"));
 }
 
 TEST_F(Session_Test, the_shell_goes_on_after_errors_until_exit) {
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(shell("nope\n# a comment\n\nenum Test_Other --names\nexit\nenum Test_Nope\n"),
+    EXPECT_EQ(shell("nope\nget 'Test\n# a comment\n\nenum Test_Other --names\nexit\nenum Nope\n"),
               success);
-    EXPECT_EQ(shell("enum Test_Other --names\nenum Test_Nope"), usage_error);
-    EXPECT_EQ(shell("get 'Test"), usage_error);
-    EXPECT_EQ(shell("enum Test_Thing"), cim_error); // no script
-    const std::string errors = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(errors.find("Nope"), std::string::npos);
     EXPECT_THAT(errors, HasSubstr("tvrcim: there is no command 'nope'"));
     EXPECT_THAT(errors, HasSubstr("tvrcim: a quotation mark is missing"));
+    EXPECT_EQ(shell("enum Test_Thing"), cim_error); // no script
     EXPECT_THAT(errors, HasSubstr("tvrcim: Test_Thing: CMPI_RC_ERR_NOT_SUPPORTED"));
-    EXPECT_EQ(thing->made, 1) << "the module stays loaded";
 }
 
 TEST_F(Session_Test, classes_tell_what_they_offer) {
-    EXPECT_EQ(shell("classes"), success);
-    EXPECT_EQ(out.str(), "CLASS       OFFERS\n"
-                         "Test_Thing  instances, association, indications, 1 methods\n"
-                         "Test_Other  instances, association, indications\n");
-    out.str("");
-    EXPECT_EQ(shell("classes --all *link"), success);
-    EXPECT_EQ(out.str(), "CLASS          OFFERS\nTest_Link\nTest_Far_Link\n");
-    out.str("");
-    EXPECT_EQ(shell("classes test_thing"), success);
-    EXPECT_THAT(out.str(), HasSubstr("Test_Thing : Test_Base\n  string Name (key)\n"));
-}
-
-TEST(Table, columns_are_as_wide_as_their_widest_cell) {
-    std::ostringstream out;
-    print_table(out, {{"A", "BB"}, {"long", "x", "y"}, {"", "z"}});
-    EXPECT_EQ(out.str(), "A     BB\nlong  x   y\n      z\n");
+    EXPECT_EQ(shell("classes\nclasses --all *link\nclasses test_thing"), success);
+    EXPECT_THAT(out.str(), HasSubstr("CLASS       OFFERS\n"
+                                     "Test_Thing  instances, association, indications, 1 methods\n"
+                                     "Test_Other  instances, association, indications\n"
+                                     "CLASS          OFFERS\nTest_Link\nTest_Far_Link\n"
+                                     "Test_Thing : Test_Base\n  string Name (key)\n"));
 }
 
 } // namespace

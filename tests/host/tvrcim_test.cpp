@@ -39,11 +39,9 @@ protected:
     // of the way, and temporary files are made where the test sees them.
     Outcome run(const std::string& arguments, const std::string& input = {}) const {
         std::ofstream(directory / "in") << input;
-        const std::string command =
-            "env TMPDIR='" + (directory / "tmp").string() + "' TAVRIN_FC_PREFIX='" +
-            directory.string() + "' " + environment + " '" TVRCIM "' " + arguments + " <'" +
-            (directory / "in").string() + "' >'" + (directory / "out").string() + "' 2>'" +
-            (directory / "err").string() + "'";
+        const std::string command = "cd '" + directory.string() +
+                                    "' && env TMPDIR=$PWD/tmp TAVRIN_FC_PREFIX=$PWD " +
+                                    environment + " '" TVRCIM "' " + arguments + " <in >out 2>err";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read("out"), read("err")};
     }
@@ -82,24 +80,18 @@ TEST_F(Tvrcim, lists_the_simulated_ports) {
     EXPECT_THAT(outcome.out, ContainsRegex("\n10000254563C7781  .*  Disable +- +unknown\n"));
 }
 
-TEST_F(Tvrcim, leaves_nothing_behind) {
-    EXPECT_EQ(run("--sim --log list").status, 0);
+TEST_F(Tvrcim, takes_a_scenario_and_leaves_nothing_behind) {
+    const std::string file = (directory / "host.json").string();
+    std::ofstream(file) << R"({"adapters": [{"copies": 3}]})";
+    for (const std::string& arguments :
+         {"--sim " + file + " list", "--sim=" + file + " list", "list --log --sim=" + file})
+        EXPECT_EQ(lines(run(arguments).out), 4u) << arguments;
     EXPECT_TRUE(fs::is_empty(directory / "tmp"));
     EXPECT_TRUE(fs::is_empty(directory / "etc")) << "a simulated run has a place of its own";
-}
-
-TEST_F(Tvrcim, takes_a_scenario) {
-    std::ofstream(directory / "host.json") << R"({"adapters": [{"copies": 3}]})";
-    const std::string file = (directory / "host.json").string();
-    for (const std::string& arguments : {"--sim " + file + " list", "--sim=" + file + " list"})
-        EXPECT_EQ(lines(run(arguments).out), 4u) << arguments;
-    EXPECT_EQ(lines(run("list --sim=" + file).out), 4u);
     expect_error("--sim=/nonexistent list", 2, "scenario /nonexistent: cannot be read");
-}
 
-TEST_F(Tvrcim, a_malformed_scenario_gives_one_line_and_no_ports) {
-    std::ofstream(directory / "host.json") << R"({"adapters": [{"copies": -3}]})";
-    const Outcome outcome = run("--sim=" + (directory / "host.json").string() + " list");
+    std::ofstream(file) << R"({"adapters": [{"copies": -3}]})";
+    const Outcome outcome = run("--sim=" + file + " list");
     EXPECT_THAT(outcome.err, HasSubstr("host.json"));
     EXPECT_EQ(lines(outcome.err), 1u) << outcome.err;
     EXPECT_EQ(outcome.out, "no ports\n");
@@ -108,32 +100,19 @@ TEST_F(Tvrcim, a_malformed_scenario_gives_one_line_and_no_ports) {
 TEST_F(Tvrcim, json_is_for_programs) {
     using Json = nlohmann::json;
     const Json list = Json::parse(run("--sim -o json list").out);
-    ASSERT_EQ(list.size(), 4u);
-    EXPECT_EQ(list[0]["wwpn"], "10000254564A1020");
     EXPECT_EQ(list[0]["speed"], 16000000000u);
-    EXPECT_EQ(list[1]["state"], "Other");
 
     const Json ports = Json::parse(run("--sim -o json enum TVRHBA_FCPort -p Speed").out);
     ASSERT_EQ(ports.size(), 4u);
-    EXPECT_EQ(ports[0]["class"], "TVRHBA_FCPort");
     EXPECT_EQ(ports[0]["properties"].size(), 5u) << "the keys and what was asked for";
     EXPECT_EQ(ports[0]["properties"]["Speed"], 16000000000u);
 
-    const Json names = Json::parse(run("--sim -o json enum TVRHBA_FCPort --names").out);
-    EXPECT_EQ(names[3]["keys"]["DeviceID"], "10000254563C7781");
-
-    const Json port =
-        Json::parse(run("--sim -o json get TVRHBA_FCPort.DeviceID=10000254564A1020").out);
-    EXPECT_EQ(port["properties"]["OperationalStatus"], Json::array({2}));
-
     const Json classes = Json::parse(run("-o json classes").out);
     EXPECT_EQ(classes.size(), 137u);
-    EXPECT_EQ(classes[0]["properties"][0]["type"], "string");
 }
 
 TEST_F(Tvrcim, enumerates_and_gets) {
     const Outcome profiles = run("enum TVRHBA_RegisteredProfile --names");
-    EXPECT_EQ(profiles.status, 0);
     EXPECT_EQ(lines(profiles.out), 13u);
     EXPECT_THAT(profiles.out,
                 StartsWith("root/pg_interop:TVRHBA_RegisteredProfile.InstanceID=\"TVR:Profile "
@@ -142,34 +121,23 @@ TEST_F(Tvrcim, enumerates_and_gets) {
         << "a parent class shows its subclasses";
 
     const Outcome port = run("--sim get TVRHBA_FCPort.DeviceID=10000254564A1020 -p PortType");
-    EXPECT_EQ(port.status, 0);
-    EXPECT_THAT(port.out, HasSubstr("\n  DeviceID                = \"10000254564A1020\"\n"));
     EXPECT_THAT(port.out, HasSubstr("\n  PortType                = 10\n"));
-    EXPECT_EQ(run("--sim enum TVRHBA_TapeDrive").status, 0);
 }
 
 TEST_F(Tvrcim, wrong_input_is_told_in_one_line) {
     expect_error("", 2, "a command is missing: list, classes");
     expect_error("lst", 2, "there is no command 'lst'; did you mean list?");
-    expect_error("enum", 2, "CLASS is required");
     expect_error("enum TVRHBA_FCPrt", 2, "did you mean TVRHBA_FCPort?");
     expect_error("enum TVRHBA_FCPort -p Sped", 2, "did you mean Speed");
-    expect_error("enum TVRHBA_FCPort --nmes", 2, "--nmes");
     expect_error("-o xml list", 2, "--output is text or json, not 'xml'");
     expect_error("--log=LOUD list", 2, "--log is FATAL, ERR");
     expect_error("--module /nonexistent.so list", 2, "module /nonexistent.so: ");
     expect_error("--instances /nonexistent.json list", 2, "instance file /nonexistent.json");
     expect_error("classes 'XX*'", 2, "no class matches 'XX*'");
-    expect_error("--sim get TVRHBA_FCPort", 2, "fits 4 instances; DeviceID is ");
-    expect_error("--sim get TVRHBA_FCPort.DeviceID=10000254564A102", 2, "fits 2 instances");
-    expect_error("--sim get 'TVRHBA_FCPort.DeviceID=\"1'", 2, "a quotation mark is missing");
-    expect_error("--sim get TVRHBA_FCPort.Speed=1", 2, "its keys are SystemCreationClassName");
     expect_error("--sim get TVRHBA_FCPort.DeviceID=zz", 1, "no such instance; DeviceID is ");
     expect_error("--sim get 'TVRHBA_FCPort.DeviceID=1,SystemName=a,CreationClassName=b,"
                  "SystemCreationClassName=c'",
                  1, "CMPI_RC_ERR_NOT_FOUND");
-    expect_error("--sim set TVRHBA_FCPort.DeviceID=10000254564A1020 Speed=fast", 2,
-                 "takes a number (uint64)");
     expect_error("--sim call TVRHBA_FCPort.DeviceID=10000254564A1020 Nope", 2, "no method Nope");
     expect_error("enum CIM_ComputerSystem", 1, "nobody serves CIM_ComputerSystem");
 }
@@ -180,17 +148,13 @@ TEST_F(Tvrcim, given_instances_take_the_place_of_what_the_module_makes) {
         "CreationClassName": "IBMSD_ComputerSystem", "Name": "given-host"}}])";
     const Outcome outcome = run("--sim --instances '" + (directory / "given.json").string() +
                                 "' get TVRHBA_FCPort.DeviceID=10000254564A1020 -p SystemName");
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_THAT(outcome.out, HasSubstr("SystemName              = \"given-host\""));
-    EXPECT_THAT(outcome.out, HasSubstr("SystemCreationClassName = \"IBMSD_ComputerSystem\""));
 }
 
 TEST_F(Tvrcim, the_shell_keeps_the_module_loaded) {
     const Outcome outcome = run("--sim shell", "list\nnope\nenum TVRHBA_FCPort --names\nexit\n");
-    EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(lines(outcome.out), 9u) << outcome.out;
     EXPECT_THAT(outcome.err, HasSubstr("no command 'nope'"));
-    EXPECT_EQ(run("shell", "enum TVRHBA_Nope\n").status, 2);
 }
 
 TEST_F(Tvrcim, without_adapter_libraries_it_offers_the_simulation) {
@@ -199,20 +163,13 @@ TEST_F(Tvrcim, without_adapter_libraries_it_offers_the_simulation) {
     EXPECT_EQ(run("enum TVRHBA_RegisteredProfile").status, 0) << "what needs no adapter works";
 }
 
-TEST_F(Tvrcim, log_shows_what_the_runtime_did) {
-    const Outcome outcome = run("--log enum TVRHBA_RegisteredProfile --names");
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(lines(outcome.out), 13u);
-    EXPECT_THAT(outcome.err, HasSubstr("enter: enumInstanceNames()"));
-}
-
-TEST_F(Tvrcim, tells_version_and_usage) {
+TEST_F(Tvrcim, tells_version_usage_and_what_the_runtime_did) {
+    EXPECT_THAT(run("--log enum TVRHBA_RegisteredProfile --names").err,
+                HasSubstr("enter: enumInstanceNames()"));
     EXPECT_EQ(run("--version").out, "tvrcim 2.5.11-1\n");
-    const Outcome help = run("--help");
-    EXPECT_EQ(help.status, 0);
+    const std::string help = run("--help").out;
     for (const char* command : {"list", "classes", "enum", "get", "set", "call", "shell"})
-        EXPECT_THAT(help.out, HasSubstr(std::string("\n  ") + command + " ")) << command;
-    EXPECT_THAT(run("enum --help").out, HasSubstr("--names"));
+        EXPECT_THAT(help, HasSubstr(std::string("\n  ") + command + " ")) << command;
 }
 
 } // namespace

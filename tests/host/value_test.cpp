@@ -13,73 +13,37 @@ namespace tvrhost {
 namespace {
 
 using ::testing::HasSubstr;
-
-// The text of the error that `work` ends with.
-template <class Work> std::string error_of(Work work) {
-    try {
-        work();
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-    return "no error";
-}
-
-TEST(Cim_Value, keeps_type_and_content) {
-    EXPECT_EQ(Cim_Value(std::uint8_t{7}).type(), Cim_Type::uint8);
-    EXPECT_EQ(Cim_Value(-7).type(), Cim_Type::sint32);
-    EXPECT_EQ(Cim_Value("a").as_string(), "a");
-    EXPECT_EQ(Cim_Value(std::int8_t{5}).as_uint(), 5u);
-    EXPECT_EQ(Cim_Value::unsigned_of(Cim_Type::sint16, 300).as_int(), 300);
-    EXPECT_EQ(Cim_Value(u'x').type(), Cim_Type::char16);
-    EXPECT_NE(Cim_Value(std::uint8_t{7}), Cim_Value(std::uint16_t{7}));
-    EXPECT_EQ(Cim_Value::array_of<std::uint16_t>({1, 2}).as_uints(),
-              (std::vector<std::uint64_t>{1, 2}));
-    EXPECT_EQ(Cim_Value::array_of<const char*>({"a", "b"}).as_strings(),
-              (std::vector<std::string>{"a", "b"}));
-    EXPECT_NE(Cim_Value::array(Cim_Type::string), Cim_Value::null(Cim_Type::string, true));
-}
+using tvrtest::error_of;
 
 TEST(Cim_Value, refuses_to_be_read_as_what_it_is_not) {
+    EXPECT_EQ(Cim_Value(std::int8_t{5}).as_uint(), 5u);
+    EXPECT_NE(Cim_Value(std::uint8_t{7}), Cim_Value(std::uint16_t{7}));
+    EXPECT_NE(Cim_Value::array(Cim_Type::string), Cim_Value::null(Cim_Type::string, true));
     EXPECT_THROW(Cim_Value(-1).as_uint(), Value_Error);
-    EXPECT_THROW(Cim_Value("1").as_uint(), Value_Error);
     EXPECT_THROW(Cim_Value::null(Cim_Type::string).as_string(), Value_Error);
     EXPECT_THROW(Cim_Value(UINT64_MAX).as_int(), Value_Error);
-    EXPECT_THROW(Cim_Value(5).elements(), Value_Error);
     EXPECT_THROW(Cim_Value::unsigned_of(Cim_Type::uint8, 256), Value_Error);
-    EXPECT_THROW(Cim_Value::unsigned_of(Cim_Type::sint8, 128), Value_Error);
     EXPECT_THROW(Cim_Value::signed_of(Cim_Type::sint8, -129), Value_Error);
     EXPECT_THROW(Cim_Value::signed_of(Cim_Type::uint8, -1), Value_Error);
-    EXPECT_THROW(Cim_Value::unsigned_of(Cim_Type::boolean, 1), Value_Error);
     EXPECT_THROW(Cim_Value::array(Cim_Type::uint8, {Cim_Value(1)}), Value_Error);
 }
 
 TEST(Cim_Value, literals_are_those_of_mof) {
     EXPECT_EQ(Cim_Value("a\"b\\c\n").literal(), R"("a\"b\\c\n")");
-    EXPECT_EQ(Cim_Value(true).literal(), "TRUE");
     EXPECT_EQ(Cim_Value(2.0).literal(), "2.0");
-    EXPECT_EQ(Cim_Value::null(Cim_Type::uint8).literal(), "NULL");
     EXPECT_EQ(Cim_Value::array_of<const char*>({"a", "b"}).literal(), R"({"a", "b"})");
     EXPECT_EQ(Cim_Value::array(Cim_Type::uint8, {Cim_Value::null(Cim_Type::uint8)}).literal(),
               "{NULL}");
-    EXPECT_EQ(Cim_Value::array_of<const char*>({"a", "b"}).plain(), "a, b");
 }
 
 TEST(Cim_Datetime, converts_to_microseconds_and_back) {
-    const Cim_Datetime epoch("19700101000000.000000+000");
-    EXPECT_EQ(epoch.microseconds(), 0u);
-    const Cim_Datetime later("20240229133059.000007+060");
-    EXPECT_EQ(later.microseconds(), 1709209859000007u);
+    EXPECT_EQ(Cim_Datetime("20240229133059.000007+060").microseconds(), 1709209859000007u);
     EXPECT_EQ(Cim_Datetime::from_microseconds(1709209859000007u, false).text(),
               "20240229123059.000007+000");
     const Cim_Datetime interval("00000002030405.000006:000");
-    EXPECT_TRUE(interval.is_interval());
     EXPECT_EQ(interval.microseconds(), ((2 * 24 + 3) * 3600 + 4 * 60 + 5) * 1000000ull + 6);
     EXPECT_EQ(Cim_Datetime::from_microseconds(interval.microseconds(), true), interval);
-    EXPECT_EQ(Cim_Datetime::now().text().size(), 25u);
     EXPECT_EQ(Cim_Datetime("19500101000000.000000+000").microseconds(), 0u);
-}
-
-TEST(Cim_Datetime, refuses_other_texts) {
     for (const char* text :
          {"", "2024", "20240229133059.000007+06", "20240229133059,000007+060",
           "20241329133059.000007+060", "20240229243059.000007+060", "2024022913305x.000007+060",
@@ -98,32 +62,21 @@ protected:
     }
 };
 
-TEST_F(Text, paths_survive_the_way_through_text) {
+TEST_F(Text, paths_survive_the_way_through_text_and_take_what_people_type) {
     Cim_Path thing("root/x", "Test_Thing", {{"Name", "a\",b\\"}, {"Slot", std::uint16_t{7}}});
     EXPECT_EQ(thing.text(), R"(root/x:Test_Thing.Name="a\",b\\",Slot=7)");
     EXPECT_EQ(path(thing.text()), thing);
     const Cim_Path link("root/x", "Test_Link", {{"Left", thing}, {"Right", thing}});
     EXPECT_EQ(path(link.text()), link);
     const Cim_Path distant = path("//far.example/root/y:Test_Other.Id=\"1\"");
-    EXPECT_EQ(distant.host, "far.example");
-    EXPECT_EQ(distant.name_space, "root/y");
     EXPECT_EQ(distant.text(), "//far.example/root/y:Test_Other.Id=\"1\"");
-}
-
-TEST_F(Text, paths_take_what_people_type) {
-    const Cim_Path thing = path("test_thing.NAME=abc, slot=0x10");
-    EXPECT_EQ(thing.class_name, "Test_Thing");
-    EXPECT_EQ(thing.name_space, "root/x");
-    EXPECT_EQ(thing.keys[0].name, "Name");
-    EXPECT_EQ(thing.keys["Name"], Cim_Value("abc"));
-    EXPECT_EQ(thing.keys["Slot"], Cim_Value(std::uint16_t{16}));
+    EXPECT_EQ(path("test_thing.NAME=abc, slot=0x10").text(),
+              "root/x:Test_Thing.Name=\"abc\",Slot=16");
     EXPECT_EQ(path("Test_Other.Id=NULL").keys["Id"], Cim_Value("NULL"));
     EXPECT_EQ(path("Test_Other.Id=").keys["Id"], Cim_Value(""));
-    EXPECT_TRUE(path("Test_Thing").keys.empty());
     // Without a class model the text alone tells the types.
     const Cim_Path foreign = parse_path("X.a=\"1\",b=1,c=-1,d=true", nullptr, "");
     EXPECT_EQ(foreign.keys["a"], Cim_Value("1"));
-    EXPECT_EQ(foreign.keys["b"], Cim_Value(std::uint64_t{1}));
     EXPECT_EQ(foreign.keys["c"], Cim_Value(std::int64_t{-1}));
     EXPECT_EQ(foreign.keys["d"], Cim_Value(true));
 }
@@ -131,19 +84,12 @@ TEST_F(Text, paths_take_what_people_type) {
 TEST_F(Text, malformed_paths_tell_what_is_wrong) {
     const std::pair<const char*, const char*> cases[] = {
         {"", "class name"},
-        {"Test_Thing.", "KEY=VALUE"},
-        {"Test_Thing.Name", "KEY=VALUE"},
         {"Test_Thing.Name=\"a", "quotation mark"},
         {"Test_Thing.Name=\"a\"b", "comma"},
-        {"Test_Thing.Name=a,", "comma"},
         {"Test_Thing.Count=1", "its keys are Name, Slot"},
         {"Test_Thing.Nope=1", "no key Nope"},
         {"Test_Thing.Name=a,Name=b", "twice"},
-        {"Test_Thing.Slot=a", "number"},
         {"Test_Thing.Slot=65536", "65535"},
-        {"root/x:", "class name"},
-        {"//", "class name"},
-        {"Te st.a=1", "class name"},
         {"Test_Link.Left=\"Test_Thing.Nope=1\"", "no key Nope"},
     };
     for (const auto& [text, complaint] : cases)
@@ -151,11 +97,7 @@ TEST_F(Text, malformed_paths_tell_what_is_wrong) {
 }
 
 TEST_F(Text, values_are_read_by_their_declaration) {
-    EXPECT_EQ(value("Test_Thing", "Count", "0xFF"), Cim_Value(std::uint32_t{255}));
     EXPECT_EQ(value("Test_Thing", "Offset", "-128"), Cim_Value(std::int8_t{-128}));
-    EXPECT_EQ(value("Test_Thing", "Ready", "true"), Cim_Value(true));
-    EXPECT_EQ(value("Test_Thing", "Ratio", "1e3"), Cim_Value(1000.0));
-    EXPECT_EQ(value("Test_Thing", "Name", "5"), Cim_Value("5"));
     EXPECT_EQ(value("Test_Thing", "Words", "[\"a\", \"b\"]"),
               Cim_Value::array_of<const char*>({"a", "b"}));
     EXPECT_EQ(value("Test_Thing", "Words", "[]"), Cim_Value::array(Cim_Type::string));
@@ -166,9 +108,8 @@ TEST_F(Text, values_are_read_by_their_declaration) {
         {"Count", "-1", "below uint32"},    {"Count", "4294967296", "at most 4294967295"},
         {"Count", "1 2", "takes a number"}, {"Count", "99999999999999999999", "takes a number"},
         {"Offset", "128", "at most 127"},   {"Ready", "yes", "TRUE or FALSE"},
-        {"Ratio", "x", "takes a number"},   {"Since", "now", "yyyymmdd"},
-        {"Words", "a", "an array such as"}, {"Words", "{}", "array of string"},
-        {"Words", "[1]", "takes string"},
+        {"Since", "now", "yyyymmdd"},       {"Words", "a", "an array such as"},
+        {"Words", "{}", "array of string"}, {"Words", "[1]", "takes string"},
     };
     for (const auto& [property, text, complaint] : cases)
         EXPECT_THAT(error_of([&] { value("Test_Thing", property, text); }), HasSubstr(complaint))
@@ -177,41 +118,27 @@ TEST_F(Text, values_are_read_by_their_declaration) {
 
 TEST_F(Text, json_shows_each_type) {
     const Cim_Path path("root/x", "Test_Thing", {{"Name", "a"}, {"Slot", std::uint16_t{7}}});
-    Cim_Instance thing(path, {{"Name", "a\xff"},
-                              {"Count", UINT64_MAX},
-                              {"Offset", std::int8_t{-3}},
-                              {"Ready", true},
-                              {"Ratio", 0.5},
-                              {"Words", Cim_Value::array_of<const char*>({"x"})},
-                              {"Since", Cim_Datetime("20240229133059.000007+060")},
-                              {"None", Cim_Value::null(Cim_Type::string)},
-                              {"Other", path}});
+    const Cim_Instance thing(path, {{"Name", "a\xff"}, // a byte that is no UTF-8 is replaced
+                                    {"Count", UINT64_MAX},
+                                    {"Offset", std::int8_t{-3}},
+                                    {"Words", Cim_Value::array_of<const char*>({"x"})},
+                                    {"Since", Cim_Datetime("20240229133059.000007+060")},
+                                    {"None", Cim_Value::null(Cim_Type::string)},
+                                    {"Other", path}});
     const Json json = Json::parse(json_text(to_json(thing)));
-    EXPECT_EQ(json["class"], "Test_Thing");
     EXPECT_EQ(json["path"], path.text());
-    const Json& properties = json["properties"];
-    EXPECT_EQ(properties["Name"], "a\xEF\xBF\xBD") << "a byte that is no UTF-8 is replaced";
-    EXPECT_EQ(properties["Count"].get<std::uint64_t>(), UINT64_MAX);
-    EXPECT_EQ(properties["Offset"], -3);
-    EXPECT_EQ(properties["Ready"], true);
-    EXPECT_EQ(properties["Ratio"], 0.5);
-    EXPECT_EQ(properties["Words"], Json::array({"x"}));
-    EXPECT_EQ(properties["Since"], "20240229133059.000007+060");
-    EXPECT_TRUE(properties["None"].is_null());
-    EXPECT_EQ(properties["Other"], path.text());
+    EXPECT_EQ(json["properties"], Json::parse(R"({"Name": "a\ufffd",
+        "Count": 18446744073709551615, "Offset": -3, "Words": ["x"],
+        "Since": "20240229133059.000007+060", "None": null,
+        "Other": "root/x:Test_Thing.Name=\"a\",Slot=7"})"));
 }
 
-class Instance_File : public Text {
-protected:
-    ~Instance_File() override { std::remove(file.c_str()); }
-    std::vector<Cim_Instance> read(const std::string& text) {
+TEST_F(Text, an_instance_file_gives_instances_or_one_line) {
+    const std::string file = ::testing::TempDir() + "instances.json";
+    const auto read = [&](const std::string& text) {
         std::ofstream(file) << text;
         return read_instances(file, schema.get());
-    }
-    std::string file = ::testing::TempDir() + "instances.json";
-};
-
-TEST_F(Instance_File, gives_instances_with_their_keys) {
+    };
     const auto instances = read(R"({"instances": [
         {"class": "test_thing", "namespace": "root/y",
          "properties": {"name": "a", "Slot": 3, "Words": ["x", null]}},
@@ -220,21 +147,14 @@ TEST_F(Instance_File, gives_instances_with_their_keys) {
     EXPECT_EQ(instances[0].path,
               Cim_Path("root/y", "Test_Thing", {{"Name", "a"}, {"Slot", std::uint16_t{3}}}));
     EXPECT_EQ(instances[0]["Words"].elements()[1], Cim_Value::null(Cim_Type::string));
-    EXPECT_EQ(instances[1].path.name_space, "root/tavrin");
-}
 
-TEST_F(Instance_File, tells_what_is_wrong_in_one_line) {
     const std::pair<const char*, const char*> cases[] = {
         {"{", "parse error"},
-        {"5", "array of instances"},
         {R"([{"properties": {}}])", "[0]: an instance is an object"},
-        {R"([{"class": "Nope"}])", "[0]: the schema has no class Nope"},
         {R"([{"class": "Test_Other", "properties": {}}])", "none of its keys"},
         {R"([{"class": "Test_Other", "properties": {"Id": 5}}])", "Test_Other.Id: takes string"},
-        {R"([{"class": "Test_Other", "properties": {"Nope": 5}}])", "no such property"},
         {R"([{"class": "Test_Other", "namespace": 5}])", "\"namespace\" cannot stand here"},
         {R"([{"class": "Test_Thing", "properties": {"Slot": 70000}}])", "at most 65535"},
-        {R"([{"class": "Test_Thing", "properties": {"Slot": [1]}}])", "takes uint16"},
         {R"([{"class": "Test_Thing", "properties": {"Turn": 1}}])", "no such property"},
     };
     for (const auto& [text, complaint] : cases) {
@@ -244,6 +164,7 @@ TEST_F(Instance_File, tells_what_is_wrong_in_one_line) {
     }
     EXPECT_THAT(error_of([&] { read_instances("/nonexistent", schema.get()); }),
                 HasSubstr("cannot be read"));
+    std::remove(file.c_str());
 }
 
 } // namespace

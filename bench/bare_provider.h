@@ -7,8 +7,8 @@
 //
 // One at a time may exist, and the object manager shuts down before it ends. Its functions may run
 // on several threads.
-#ifndef TVR_TESTS_HOST_BARE_PROVIDER_H
-#define TVR_TESTS_HOST_BARE_PROVIDER_H
+#ifndef TVR_BENCH_BARE_PROVIDER_H
+#define TVR_BENCH_BARE_PROVIDER_H
 
 #include "host/object_manager.h"
 
@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-namespace tvrtest {
+namespace tvrbench {
 
 class Bare_Provider {
 public:
@@ -235,6 +235,6 @@ private:
     CMPIInstanceMI _mi{};
 };
 
-} // namespace tvrtest
+} // namespace tvrbench
 
 #endif
