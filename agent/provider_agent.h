@@ -195,6 +195,9 @@ private:
     uint32 createRecordLogCapabilities(const TVRHBA_RecordLog& log);
     uint32 createRemoteAccessPoint();
 
+    // The same for the SAN maps, from the targets of the ports.
+    uint32 updateSANMaps();
+
     uint32 createAdapterInstances();
     uint32 createPortInstances(const FCAdapterAttributes& adapter, const FCPort& fc_port);
 
