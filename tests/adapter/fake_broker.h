@@ -20,10 +20,12 @@ namespace fake {
 class Broker;
 
 struct Text {
+    using Type = CMPIString;
     std::string chars;
     bool unreadable = false; // getCharPtr fails
 };
 struct When {
+    using Type = CMPIDateTime;
     std::string chars;
 };
 struct List;
@@ -62,16 +64,19 @@ struct Entries : std::vector<Entry> {
 };
 
 struct List {
+    using Type = CMPIArray;
     CMPIType type = CMPI_null;
     std::vector<Datum> elements;
 };
 struct Path {
+    using Type = CMPIObjectPath;
     std::string name_space;
     std::string class_name;
     Entries keys;
     bool unset_names = false; // class name and namespace are null
 };
 struct Inst {
+    using Type = CMPIInstance;
     Path path;
     Entries properties;
     bool pathless = false;           // getObjectPath gives null
@@ -80,17 +85,21 @@ struct Inst {
     std::set<std::string> allowed{}; // names of the filter
 };
 struct Args {
+    using Type = CMPIArgs;
     Entries arguments;
 };
 struct Result {
+    using Type = CMPIResult;
     std::vector<Datum> data;
     int done = 0;
 };
 struct Enumeration {
+    using Type = CMPIEnumeration;
     std::vector<Datum> elements;
     std::size_t position = 0;
 };
 struct Context {
+    using Type = CMPIContext;
     Entries entries;
     bool prepared = false; // made by prepareAttachThread
     bool attached = false;
@@ -123,11 +132,10 @@ struct Object {
 
     Broker& broker;
 };
-template <class C, class Content> struct Handle : Object {
-    using Type = C;
+template <class Content> struct Handle : Object {
     Handle(Broker& owner, std::shared_ptr<Content> held);
 
-    C cmpi;
+    typename Content::Type cmpi;
     std::shared_ptr<Content> content;
 };
 
@@ -143,11 +151,14 @@ public:
     CMPIArgs* args(Args content);
     CMPIContext* context(Context content = {});
     CMPIResult* result();
-    static Result& of(const CMPIResult* result);
-    static Args& of(const CMPIArgs* args);
-    static Inst& of(const CMPIInstance* instance);
-    static Path& of(const CMPIObjectPath* path);
-    static List& of(const CMPIArray* array);
+    static Result& of(const CMPIResult* result) { return content<Result>(result); }
+    static Args& of(const CMPIArgs* args) { return content<Args>(args); }
+    static Inst& of(const CMPIInstance* instance) { return content<Inst>(instance); }
+    static Path& of(const CMPIObjectPath* path) { return content<Path>(path); }
+    static List& of(const CMPIArray* array) { return content<List>(array); }
+    template <class Content> static Content& content(const typename Content::Type* object) {
+        return *static_cast<Handle<Content>*>(object->hdl)->content;
+    }
 
     // Drops all handles, as at the end of a call into a module.
     void end_scope();
@@ -170,12 +181,16 @@ public:
     int prepared = 0;
     int detached = 0;
 
-    template <class H, class Content> H& add(std::shared_ptr<Content> content) {
-        auto handle = std::make_unique<H>(*this, std::move(content));
-        H& made = *handle;
+    template <class Content> typename Content::Type* add(std::shared_ptr<Content> content) {
+        auto handle = std::make_unique<Handle<Content>>(*this, std::move(content));
+        auto* made = &handle->cmpi;
         const std::lock_guard lock(_mutex);
-        _live.emplace(&made, std::move(handle));
+        Object* object = handle.get();
+        _live.emplace(object, std::move(handle));
         return made;
+    }
+    template <class Content> typename Content::Type* add(Content content) {
+        return add(std::make_shared<Content>(std::move(content)));
     }
     void drop(Object* object);
 
