@@ -502,6 +502,7 @@ std::size_t Broker::live() const {
 
 bool Broker::fails(const char* call) {
     const std::lock_guard lock(_mutex);
+    seen.insert(call);
     return ++_calls == fail_at || failing.contains(call);
 }
 

@@ -167,6 +167,7 @@ public:
 
     // The calls by name that fail each time, and the number of the one call that fails.
     std::set<std::string> failing;
+    std::set<std::string> seen; // the names of the calls that came
     long fail_at = 0;
     long calls() const { return _calls; }
     bool fails(const char* call);

@@ -1,13 +1,6 @@
 #include "tests/adapter/fixture.h"
 
-#include "runtime/log.h"
-
 #include <cstddef>
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
-#include <strings.h>
-#include <unistd.h>
 
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
@@ -47,34 +40,11 @@ REFERENCE(Link, Next, FLAG_KEY, Link, 0);
 
 SCALAR(Widget, Name, FLAG_KEY, STRING);
 SCALAR(Widget, Index, FLAG_KEY, UINT32);
-SCALAR(Widget, Flag, 0, BOOLEAN);
-SCALAR(Widget, U8, 0, UINT8);
-SCALAR(Widget, S8, 0, SINT8);
-SCALAR(Widget, U16, 0, UINT16);
-SCALAR(Widget, S16, 0, SINT16);
-SCALAR(Widget, U32, 0, UINT32);
-SCALAR(Widget, S32, 0, SINT32);
-SCALAR(Widget, U64, 0, UINT64);
-SCALAR(Widget, S64, 0, SINT64);
-SCALAR(Widget, R32, 0, REAL32);
-SCALAR(Widget, R64, 0, REAL64);
-SCALAR(Widget, C16, 0, CHAR16);
-SCALAR(Widget, Text, 0, STRING);
-SCALAR(Widget, When, 0, DATETIME);
-ARRAY_OF(Widget, Flags, BOOLEAN);
-ARRAY_OF(Widget, U8s, UINT8);
-ARRAY_OF(Widget, S8s, SINT8);
-ARRAY_OF(Widget, U16s, UINT16);
-ARRAY_OF(Widget, S16s, SINT16);
-ARRAY_OF(Widget, U32s, UINT32);
-ARRAY_OF(Widget, S32s, SINT32);
-ARRAY_OF(Widget, U64s, UINT64);
-ARRAY_OF(Widget, S64s, SINT64);
-ARRAY_OF(Widget, R32s, REAL32);
-ARRAY_OF(Widget, R64s, REAL64);
-ARRAY_OF(Widget, C16s, CHAR16);
-ARRAY_OF(Widget, Texts, STRING);
-ARRAY_OF(Widget, Whens, DATETIME);
+#define X(name, type, code, sample, other)                                                         \
+    SCALAR(Widget, name, 0, code);                                                                 \
+    ARRAY_OF(Widget, name##s, code);
+WIDGET_TYPES(X)
+#undef X
 REFERENCE(Widget, Owner, 0, Part, 0);
 REFERENCE(Widget, Inner, FLAG_EMBEDDED_INSTANCE, Part, 0);
 REFERENCE(Widget, Owners, 0, Part, -1);
@@ -99,14 +69,16 @@ const Meta_Feature* const turn_features[] = {
 const Meta_Feature* const part_features[] = {&Part_Id, &Part_Slot};
 const Meta_Feature* const special_part_features[] = {&Part_Id, &Part_Slot, &Special_Part_Extra};
 const Meta_Feature* const link_features[] = {&Link_Next};
-const Meta_Feature* const widget_features[] = {
-    &Widget_Name,  &Widget_Index, &Widget_Flag,   &Widget_U8,     &Widget_S8,
-    &Widget_U16,   &Widget_S16,   &Widget_U32,    &Widget_S32,    &Widget_U64,
-    &Widget_S64,   &Widget_R32,   &Widget_R64,    &Widget_C16,    &Widget_Text,
-    &Widget_When,  &Widget_Flags, &Widget_U8s,    &Widget_S8s,    &Widget_U16s,
-    &Widget_S16s,  &Widget_U32s,  &Widget_S32s,   &Widget_U64s,   &Widget_S64s,
-    &Widget_R32s,  &Widget_R64s,  &Widget_C16s,   &Widget_Texts,  &Widget_Whens,
-    &Widget_Owner, &Widget_Inner, &Widget_Owners, &Widget_Inners, &Widget_Turn::static_meta_class,
+const Meta_Feature* const widget_features[] = {&Widget_Name,
+                                               &Widget_Index,
+                                               &Widget_Owner,
+                                               &Widget_Inner,
+                                               &Widget_Owners,
+                                               &Widget_Inners,
+                                               &Widget_Turn::static_meta_class,
+#define X(name, type, code, sample, other) &Widget_##name, &Widget_##name##s,
+                                               WIDGET_TYPES(X)
+#undef X
 };
 const uint8 widget_locals[std::size(widget_features)] = {};
 
@@ -177,13 +149,10 @@ int provider(const Registration*, int operation, void* arg0, void* arg1, void* a
         keep(script.model, arg1);
         return status;
     case OPERATION_MODIFY_INSTANCE:
-        keep(script.model, arg1);
-        keep(script.instance, arg2);
-        return status;
     case OPERATION_INVOKE_METHOD:
         keep(script.model, arg1);
         keep(script.instance, arg2);
-        if (script.turn) {
+        if (operation == OPERATION_INVOKE_METHOD && script.turn) {
             script.turn(*static_cast<Widget_Turn*>(static_cast<Instance*>(arg2)));
         }
         return status;
@@ -234,36 +203,11 @@ Ref<Widget> widget(const char* name, uint32 index) {
 
 Ref<Widget> full_widget() {
     Ref<Widget> w = widget("full", 4000000000u);
-    w->Flag.set(true);
-    w->U8.set(uint8{200});
-    w->S8.set(sint8{-100});
-    w->U16.set(uint16{60000});
-    w->S16.set(sint16{-30000});
-    w->U32.set(uint32{4000000001});
-    w->S32.set(sint32{-2000000000});
-    w->U64.set(uint64{18000000000000000000u});
-    w->S64.set(sint64{-9000000000000000000});
-    w->R32.set(1.5f);
-    w->R64.set(-2.25);
-    w->C16.set(char16{0x20AC});
-    w->Text.set("text");
-    Datetime when;
-    EXPECT_TRUE(when.set("20240101120000.000005+060"));
-    w->When.set(when);
-    w->Flags.set(Array<bool>{true, false, true});
-    w->U8s.set(Array<uint8>{1, 255});
-    w->S8s.set(Array<sint8>{-1, 127});
-    w->U16s.set(Array<uint16>{1, 65535});
-    w->S16s.set(Array<sint16>{-1, 32767});
-    w->U32s.set(Array<uint32>{1, 4294967295u});
-    w->S32s.set(Array<sint32>{-1, 2147483647});
-    w->U64s.set(Array<uint64>{1, 18446744073709551615u});
-    w->S64s.set(Array<sint64>{-1, 9223372036854775807});
-    w->R32s.set(Array<real32>{0.5f, -0.5f});
-    w->R64s.set(Array<real64>{0.25, -0.25});
-    w->C16s.set(Array<char16>{char16{65}, char16{0xFFFF}});
-    w->Texts.set(Array<String>{"", "two"});
-    w->Whens.set(Array<Datetime>{when, Datetime::interval(5)});
+#define X(name, type, code, sample, other)                                                         \
+    w->name.set(sample);                                                                           \
+    w->name##s.set(Array<type>{sample, other});
+    WIDGET_TYPES(X)
+#undef X
     w->Owner = part("owner", 1).release();
     w->Inner = part("inner", 2).release();
     w->Owners.value.append(part("o1").release());
@@ -274,34 +218,9 @@ Ref<Widget> full_widget() {
     return w;
 }
 
-Runtime_Log::Runtime_Log(const char* level) {
-    std::string name = (std::filesystem::temp_directory_path() / "adapter_log_XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) {
-        ADD_FAILURE() << "no directory for the log";
-    }
-    _home = name;
-    std::ofstream(_home / ".cimplerc") << "LOG_LEVEL=" << level << "\n";
-    ::setenv("CIMPLE_HOME", _home.c_str(), 1);
-    close_log();
-}
-
-Runtime_Log::~Runtime_Log() {
-    ::unsetenv("CIMPLE_HOME");
-    close_log();
-    std::error_code ignored;
-    std::filesystem::remove_all(_home, ignored);
-}
-
-std::string Runtime_Log::text() const {
-    std::ostringstream out;
-    out << std::ifstream(_home / ".cimple" / "messages").rdbuf();
-    return out.str();
-}
-
 int Runtime_Log::count(const std::string& what) const {
-    std::istringstream lines(text());
     int found = 0;
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string& line : lines()) {
         found += line.find(what) != std::string::npos;
     }
     return found;

@@ -5,10 +5,10 @@
 #include "runtime/cmpi_adapter.h"
 #include "runtime/instance.h"
 #include "tests/adapter/fake_broker.h"
+#include "tests/runtime/test_log.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <functional>
 #include <map>
 #include <string>
@@ -30,39 +30,33 @@ struct Special_Part : Part {
     Property<String> Extra;
 };
 
+// The features of a Widget, one scalar and one array of each type: name, type, code, two values.
+#define WIDGET_TYPES(X)                                                                            \
+    X(Flag, bool, BOOLEAN, true, false)                                                            \
+    X(U8, uint8, UINT8, 200, 255)                                                                  \
+    X(S8, sint8, SINT8, -100, 127)                                                                 \
+    X(U16, uint16, UINT16, 60000, 65535)                                                           \
+    X(S16, sint16, SINT16, -30000, 32767)                                                          \
+    X(U32, uint32, UINT32, 4000000001u, 4294967295u)                                               \
+    X(S32, sint32, SINT32, -2000000000, 2147483647)                                                \
+    X(U64, uint64, UINT64, 18000000000000000000u, 18446744073709551615u)                           \
+    X(S64, sint64, SINT64, -9000000000000000000, 9223372036854775807)                              \
+    X(R32, real32, REAL32, 1.5f, -0.5f)                                                            \
+    X(R64, real64, REAL64, -2.25, 0.25)                                                            \
+    X(C16, char16, CHAR16, char16{0x20AC}, char16{0xFFFF})                                         \
+    X(Text, String, STRING, "text", "")                                                            \
+    X(When, Datetime, DATETIME, Datetime(1704110400000005u, 60), Datetime::interval(5))
+
 struct Widget : Instance {
     static const Meta_Class static_meta_class;
 
     Property<String> Name;  // key
     Property<uint32> Index; // key
-    Property<bool> Flag;
-    Property<uint8> U8;
-    Property<sint8> S8;
-    Property<uint16> U16;
-    Property<sint16> S16;
-    Property<uint32> U32;
-    Property<sint32> S32;
-    Property<uint64> U64;
-    Property<sint64> S64;
-    Property<real32> R32;
-    Property<real64> R64;
-    Property<char16> C16;
-    Property<String> Text;
-    Property<Datetime> When;
-    Property<Array<bool>> Flags;
-    Property<Array<uint8>> U8s;
-    Property<Array<sint8>> S8s;
-    Property<Array<uint16>> U16s;
-    Property<Array<sint16>> S16s;
-    Property<Array<uint32>> U32s;
-    Property<Array<sint32>> S32s;
-    Property<Array<uint64>> U64s;
-    Property<Array<sint64>> S64s;
-    Property<Array<real32>> R32s;
-    Property<Array<real64>> R64s;
-    Property<Array<char16>> C16s;
-    Property<Array<String>> Texts;
-    Property<Array<Datetime>> Whens;
+#define X(name, type, code, sample, other)                                                         \
+    Property<type> name;                                                                           \
+    Property<Array<type>> name##s;
+    WIDGET_TYPES(X)
+#undef X
     Part* Owner;
     Part* Inner; // embedded
     Property<Array<Instance*>> Owners;
@@ -123,20 +117,13 @@ struct Script {
 extern Script script;
 
 // The runtime's log, switched on for a test.
-class Runtime_Log {
+class Runtime_Log : public Test_Log {
 public:
-    explicit Runtime_Log(const char* level = "DBG");
-    ~Runtime_Log();
-    Runtime_Log(const Runtime_Log&) = delete;
-    Runtime_Log& operator=(const Runtime_Log&) = delete;
+    Runtime_Log() : Test_Log("LOG_LEVEL=DBG\n") {}
 
-    std::string text() const;
     // The number of lines that have the text.
     int count(const std::string& what) const;
     bool has(const std::string& what) const { return count(what) > 0; }
-
-private:
-    std::filesystem::path _home;
 };
 
 // A broker, a static block and a script, all fresh. At the end the MIs that the test loaded are

@@ -15,8 +15,6 @@
 namespace cimple {
 namespace {
 
-using ::testing::Each;
-
 class Lifecycle_Test : public Adapter_Test {
 protected:
     // Cleans up the MI of a kind through its table.
@@ -33,44 +31,31 @@ protected:
             return block.indication_ft.cleanup(&block.indication_mi, context, flag);
         }
     }
-    int loads() const { return script.calls[OPERATION_LOAD]; }
+    CMPIrc enum_instances(CMPIInstanceMI* mi) {
+        return mi->ft->enumerateInstances(mi, context, result, class_path(), nullptr).rc;
+    }
     int unloads() const { return script.calls[OPERATION_UNLOAD]; }
 };
 
 TEST_F(Lifecycle_Test, KindsShareOneProviderUntilTheLastCleanup) {
-    std::string order = "AIMN";
-    do {
+    for (const std::string order : {"AIMN", "NMIA", "IIM"}) {
+        script.calls.clear();
         for (const char kind : order) {
             ASSERT_NE(load(kind), nullptr);
         }
         EXPECT_EQ(script.alive, 1);
-        EXPECT_EQ(block.adapter.load()->load_count(), 4u);
+        EXPECT_EQ(block.adapter.load()->load_count(), order.size());
         EXPECT_EQ(block.magic, 0x5DE2B131u);
-        for (std::size_t i = 0; i < 4; ++i) {
+        for (std::size_t i = 0; i < order.size(); ++i) {
             EXPECT_NE(block.adapter.load(), nullptr);
-            const CMPIStatus status = cleanup(order[i], i % 2 == 0);
-            EXPECT_EQ(status.rc, CMPI_RC_OK);
-            EXPECT_EQ(status.msg, nullptr);
+            EXPECT_EQ(cleanup(order[i], i % 2 == 0).rc, CMPI_RC_OK);
         }
-        EXPECT_EQ(loads(), 1);
+        EXPECT_EQ(script.calls[OPERATION_LOAD], 1);
         EXPECT_EQ(unloads(), 1);
         EXPECT_EQ(script.alive, 0);
         EXPECT_EQ(block.adapter.load(), nullptr);
         EXPECT_EQ(block.magic, 0xDDDDDDDDu);
-        script.calls.clear();
-    } while (std::next_permutation(order.begin(), order.end()));
-}
-
-TEST_F(Lifecycle_Test, EachFactoryCallNeedsItsCleanup) {
-    EXPECT_EQ(load('I'), load('I'));
-    cleanup('I');
-    EXPECT_EQ(unloads(), 0);
-    cleanup('I');
-    EXPECT_EQ(unloads(), 1);
-
-    load('M');
-    EXPECT_EQ(loads(), 2);
-    EXPECT_EQ(script.calls[OPERATION_CREATE_PROVIDER], 2);
+    }
 }
 
 TEST_F(Lifecycle_Test, MisPointToTheBlockAndItsTables) {
@@ -97,27 +82,16 @@ TEST_F(Lifecycle_Test, MisPointToTheBlockAndItsTables) {
                         untouched);
     EXPECT_EQ(untouched, &block);
     EXPECT_EQ(block.adapter.load()->load_count(), 5u);
-}
 
-TEST_F(Lifecycle_Test, LongProviderNamesAreCut) {
-    const std::string name(300, 'x');
+    CMPI_Static_Data other{};
     void* mi = nullptr;
-    cimple_cmpi_adapter(block, &fixture_registration, broker.get(), context, name.c_str(), 'I', mi);
-    EXPECT_EQ(std::strlen(block.instance_ft.miName), 255u);
-    EXPECT_EQ(std::strlen(block.association_ft.miName), 255u);
+    const std::string name(300, 'x');
+    cimple_cmpi_adapter(other, &fixture_registration, broker.get(), context, name.c_str(), 'I', mi);
+    EXPECT_EQ(std::strlen(other.association_ft.miName), 255u);
+    other.adapter.load()->cleanup(true);
 }
 
-TEST_F(Lifecycle_Test, StatusOfLoadAndUnloadIsNotLookedAt) {
-    script.status = {{OPERATION_LOAD, LOAD_FAILED}, {OPERATION_UNLOAD, UNLOAD_FAILED}};
-    CMPIInstanceMI* mi = instance_mi();
-    ASSERT_NE(mi, nullptr);
-    EXPECT_EQ(mi->ft->enumerateInstances(mi, context, result, class_path(), nullptr).rc,
-              CMPI_RC_OK);
-    EXPECT_EQ(cleanup('I').rc, CMPI_RC_OK);
-    EXPECT_EQ(script.alive, 0);
-}
-
-TEST_F(Lifecycle_Test, ThrowingLoadLeavesNothing) {
+TEST_F(Lifecycle_Test, AFailingLoadLeavesNothingAndAFailingUnloadEndsTheAdapter) {
     script.hook = [](int) { throw std::runtime_error("load"); };
     void* mi = nullptr;
     EXPECT_EQ(cimple_cmpi_adapter(block, &fixture_registration, broker.get(), context,
@@ -128,11 +102,12 @@ TEST_F(Lifecycle_Test, ThrowingLoadLeavesNothing) {
     EXPECT_EQ(script.alive, 0);
     EXPECT_EQ(Thread_Context::top(), nullptr);
 
-    script.hook = nullptr;
-    EXPECT_NE(load('I'), nullptr);
-}
+    script.hook = nullptr; // a status is not looked at
+    script.status = {{OPERATION_LOAD, LOAD_FAILED}, {OPERATION_UNLOAD, UNLOAD_FAILED}};
+    EXPECT_EQ(enum_instances(instance_mi()), CMPI_RC_OK);
+    EXPECT_EQ(cleanup('I').rc, CMPI_RC_OK);
+    EXPECT_EQ(script.alive, 0);
 
-TEST_F(Lifecycle_Test, ThrowingUnloadStillEndsTheAdapter) {
     load('I');
     script.hook = [](int) { throw 1; };
     EXPECT_EQ(cleanup('I').rc, CMPI_RC_ERR_FAILED);
@@ -142,11 +117,13 @@ TEST_F(Lifecycle_Test, ThrowingUnloadStillEndsTheAdapter) {
 }
 
 TEST_F(Lifecycle_Test, UnloadMayBeForbiddenUntilTermination) {
-    load('I');
+    CMPIInstanceMI* mi = instance_mi();
     block.adapter.load()->set_allow_unload(false);
     EXPECT_EQ(cleanup('I', false).rc, CMPI_RC_DO_NOT_UNLOAD);
     EXPECT_EQ(block.adapter.load()->load_count(), 1u);
     EXPECT_EQ(cleanup('I', true).rc, CMPI_RC_OK);
+    EXPECT_EQ(enum_instances(mi), CMPI_RC_ERR_FAILED); // the adapter has ended
+    EXPECT_EQ(cleanup('I').rc, CMPI_RC_ERR_FAILED);
     EXPECT_EQ(unloads(), 1);
 }
 
@@ -166,62 +143,50 @@ TEST_F(Lifecycle_Test, ProviderRunsUnderTheContextOfItsCall) {
     EXPECT_EQ(Thread_Context::top(), nullptr);
 }
 
-TEST_F(Lifecycle_Test, EntriesOfAnEndedAdapterFail) {
-    CMPIInstanceMI* mi = instance_mi();
-    cleanup('I');
-    EXPECT_EQ(mi->ft->enumerateInstances(mi, context, result, class_path(), nullptr).rc,
-              CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(cleanup('I').rc, CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(unloads(), 1);
-}
-
-TEST_F(Lifecycle_Test, ExceptionsBecomeFailuresAndUnwindTheFrame) {
-    const Runtime_Log log;
-    CMPIInstanceMI* mi = instance_mi();
-    script.hook = [](int) { throw std::runtime_error("provider gave up"); };
-    EXPECT_EQ(mi->ft->enumerateInstances(mi, context, result, class_path(), nullptr).rc,
-              CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(Thread_Context::top(), nullptr);
-    EXPECT_TRUE(log.has("exception: enumInstances(): provider gave up"));
-    EXPECT_TRUE(log.has("return: enumInstances(): CMPI_RC_ERR_FAILED"));
-
-    script.hook = nullptr;
-    std::thread([&] { // the mutex is free
-        EXPECT_EQ(mi->ft->enumerateInstances(mi, context, result, class_path(), nullptr).rc,
-                  CMPI_RC_OK);
-    })
-        .join();
-}
-
-TEST_F(Lifecycle_Test, EntriesLogEnterAndReturn) {
+TEST_F(Lifecycle_Test, EntriesLogEnterAndReturnAndLetNoExceptionPass) {
     const Runtime_Log log;
     CMPIInstanceMI* mi = instance_mi();
     mi->ft->getInstance(mi, context, result, class_path("Nobody"), nullptr);
     script.status[OPERATION_ENUM_INSTANCES] = ENUM_INSTANCES_ACCESS_DENIED;
     mi->ft->enumerateInstanceNames(mi, context, result, class_path());
+    script.status.clear();
+    script.hook = [](int) { throw std::runtime_error("provider gave up"); };
+    EXPECT_EQ(enum_instances(mi), CMPI_RC_ERR_FAILED);
+    EXPECT_EQ(Thread_Context::top(), nullptr);
+    script.hook = nullptr;
+    std::thread([&] { EXPECT_EQ(enum_instances(mi), CMPI_RC_OK); }).join(); // the mutex is free
     cleanup('I');
-    const std::string text = log.text();
-    std::size_t at = 0;
-    for (const char* line :
-         {"enter: CMPI_Adapter()", "return: CMPI_Adapter(): CMPI_RC_OK",
-          "DBG: cmpi_instance_entries.cpp(", "enter: getInstance()",
+
+    const std::vector<std::string> lines = log.lines();
+    auto at = lines.begin();
+    for (const char* text :
+         {"enter: CMPI_Adapter()", "return: CMPI_Adapter(): CMPI_RC_OK", "enter: getInstance()",
           "return: getInstance(): CMPI_RC_ERR_FAILED", "enter: enumInstanceNames()",
-          "return: enumInstanceNames(): CMPI_RC_ERR_ACCESS_DENIED", "enter: cleanup()",
-          "cleanup unload", "return: cleanup(): CMPI_RC_OK"}) {
-        at = text.find(line, at);
-        ASSERT_NE(at, std::string::npos) << line << " in\n" << text;
+          "return: enumInstanceNames(): CMPI_RC_ERR_ACCESS_DENIED", "enter: enumInstances()",
+          "return: enumInstances(): CMPI_RC_ERR_FAILED",
+          "exception: enumInstances(): provider gave up", "enter: cleanup()", "cleanup unload",
+          "return: cleanup(): CMPI_RC_OK"}) {
+        at = std::find_if(at, lines.end(), [&](const std::string& line) {
+            return line.find(text) != std::string::npos;
+        });
+        ASSERT_NE(at, lines.end()) << text;
     }
 }
 
-TEST_F(Lifecycle_Test, RequestsOfOneClassAreSerialised) {
+TEST_F(Lifecycle_Test, RequestsOfOneClassAreSerialisedButMayComeInAgain) {
     CMPIInstanceMI* mi = instance_mi();
     std::atomic<int> inside = 0;
     std::atomic<int> most = 0;
-    script.hook = [&](int) {
-        const int now = ++inside;
-        most = std::max(most.load(), now);
-        std::this_thread::yield();
-        --inside;
+    script.hook = [&](int operation) {
+        if (operation == OPERATION_ENUM_INSTANCES) {
+            const int now = ++inside;
+            most = std::max(most.load(), now);
+            const Thread_Context* outer = Thread_Context::top();
+            EXPECT_EQ(mi->ft->deleteInstance(mi, context, result, widget_path("a")).rc, CMPI_RC_OK);
+            EXPECT_EQ(Thread_Context::top(), outer);
+            std::this_thread::yield();
+            --inside;
+        }
     };
     CMPIObjectPath* path = class_path();
     std::barrier start(4);
@@ -242,46 +207,20 @@ TEST_F(Lifecycle_Test, RequestsOfOneClassAreSerialised) {
     }
     EXPECT_EQ(most, 1);
     EXPECT_EQ(script.calls[OPERATION_ENUM_INSTANCES], 200);
+    EXPECT_EQ(script.calls[OPERATION_DELETE_INSTANCE], 200);
 }
 
-TEST_F(Lifecycle_Test, ACallMayComeInAgainOnTheSameThread) {
-    CMPIInstanceMI* mi = instance_mi();
-    script.hook = [&](int operation) {
-        if (operation == OPERATION_ENUM_INSTANCES) {
-            const Thread_Context* outer = Thread_Context::top();
-            EXPECT_EQ(mi->ft->deleteInstance(mi, context, result, widget_path("a")).rc, CMPI_RC_OK);
-            EXPECT_EQ(Thread_Context::top(), outer);
-        }
-    };
-    EXPECT_EQ(mi->ft->enumerateInstances(mi, context, result, class_path(), nullptr).rc,
-              CMPI_RC_OK);
-    EXPECT_EQ(script.calls[OPERATION_DELETE_INSTANCE], 1);
-}
-
-TEST_F(Lifecycle_Test, TraversalAndIndicationsAreNotSupported) {
-    auto* association = static_cast<CMPIAssociationMI*>(load('A'));
+TEST_F(Lifecycle_Test, IndicationsAreNotSupported) {
     auto* indication = static_cast<CMPIIndicationMI*>(load('N'));
-    CMPIObjectPath* path = widget_path("a");
-    const CMPIAssociationMIFT& a = *association->ft;
     const CMPIIndicationMIFT& n = *indication->ft;
-    const CMPIStatus answers[] = {
-        a.associators(association, context, result, path, nullptr, nullptr, nullptr, nullptr,
-                      nullptr),
-        a.associatorNames(association, context, result, path, nullptr, nullptr, nullptr, nullptr),
-        a.references(association, context, result, path, nullptr, nullptr, nullptr),
-        a.referenceNames(association, context, result, path, nullptr, nullptr),
-        n.authorizeFilter(indication, context, nullptr, nullptr, path, nullptr),
-        n.mustPoll(indication, context, result, nullptr, nullptr, path),
-        n.activateFilter(indication, context, nullptr, nullptr, path, 1),
-        n.deActivateFilter(indication, context, nullptr, nullptr, path, 1),
-        n.enableIndications(indication, context),
-        n.disableIndications(indication, context),
-    };
-    for (const CMPIStatus& answer : answers) {
+    for (const CMPIStatus& answer :
+         {n.authorizeFilter(indication, context, nullptr, nullptr, nullptr, nullptr),
+          n.mustPoll(indication, context, result, nullptr, nullptr, nullptr),
+          n.activateFilter(indication, context, nullptr, nullptr, nullptr, 1),
+          n.deActivateFilter(indication, context, nullptr, nullptr, nullptr, 1),
+          n.enableIndications(indication, context), n.disableIndications(indication, context)}) {
         EXPECT_EQ(answer.rc, CMPI_RC_ERR_NOT_SUPPORTED);
-        EXPECT_EQ(answer.msg, nullptr);
     }
-    EXPECT_TRUE(fake::Broker::of(result).data.empty());
 }
 
 } // namespace

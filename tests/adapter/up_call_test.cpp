@@ -12,6 +12,8 @@
 namespace cimple {
 namespace {
 
+using Ids = std::vector<std::string>;
+
 class Up_Call_Test : public ::testing::Test {
 protected:
     Up_Call_Test() {
@@ -24,18 +26,21 @@ protected:
         EXPECT_EQ(Thread_Context::top(), nullptr);
     }
     static fake::Inst part_inst(const char* class_name, const char* id) {
-        fake::Inst inst{{"root/up", class_name, {}}, {}};
-        inst.properties.set("Id", fake::string(id));
-        return inst;
+        return {{"root/up", class_name, {}}, {{{"Id", fake::string(id)}}}};
     }
-    static std::vector<std::string> ids(Instance_Enumerator& enumerator) {
-        std::vector<std::string> found;
+    int start(Instance_Enumerator& enumerator) {
+        return cimom::enum_instances("root/up", model.get(), enumerator);
+    }
+    // What an enumeration gives to its end.
+    static Ids rest(Instance_Enumerator& enumerator) {
+        Ids found;
         for (; enumerator.more(); enumerator.next()) {
             const Ref<Instance> one = enumerator.get();
             EXPECT_EQ(class_of(one.get()), &Part::static_meta_class);
             found.emplace_back(static_cast<Part*>(one.get())->Id.value.c_str());
         }
         EXPECT_FALSE(enumerator.get());
+        enumerator.next();
         return found;
     }
 
@@ -44,84 +49,50 @@ protected:
     const Ref<Part> model = make<Part>();
 };
 
-using Ids = std::vector<std::string>;
-
 TEST_F(Up_Call_Test, InstancesComeInTheModelsClass) {
     const Runtime_Log log;
     fake::Inst special = part_inst("Special_Part", "special");
     special.properties.set("Extra", fake::string("x"));
     broker.instances["Part"].push_back(fake::instance(special));
 
+    Instance_Enumerator enumerator;
+    EXPECT_EQ(start(enumerator), -1) << "no context";
+    EXPECT_EQ(rest(enumerator), Ids());
     const CMPI_Context_Scope scope(broker.get(), context);
-    const std::size_t before = broker.live();
-    {
-        Instance_Enumerator enumerator;
-        ASSERT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-        EXPECT_TRUE(enumerator.get()->__name_space.equal("root/up"));
-        EXPECT_EQ(ids(enumerator), (Ids{"a", "b", "c", "special"}));
-        enumerator.next();
-        EXPECT_FALSE(enumerator.more());
-    }
+    ASSERT_EQ(start(enumerator), 0);
+    EXPECT_TRUE(enumerator.get()->__name_space.equal("root/up"));
+    EXPECT_EQ(rest(enumerator), (Ids{"a", "b", "c", "special"}));
     EXPECT_EQ(log.count("unknown feature: Part.Extra"), 1);
     ASSERT_EQ(broker.asked.size(), 1u);
     EXPECT_EQ(broker.asked[0].name_space, "root/up");
     EXPECT_TRUE(broker.asked[0].keys.empty());
-    EXPECT_GT(broker.live(), before); // what was got belongs to the scope
-}
 
-TEST_F(Up_Call_Test, KeysOfTheModelGoAlong) {
-    const CMPI_Context_Scope scope(broker.get(), context);
-    Instance_Enumerator enumerator;
     ASSERT_EQ(cimom::enum_instances("root/up", part("b").get(), enumerator), 0);
-    EXPECT_EQ(broker.asked[0].keys.find("Id")->text(), "b");
-}
-
-TEST_F(Up_Call_Test, WithoutContextTheEnumeratorStaysAsItWas) {
-    Instance_Enumerator enumerator;
-    EXPECT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), -1);
-    EXPECT_FALSE(enumerator.more());
-    EXPECT_FALSE(enumerator.get());
+    EXPECT_EQ(broker.asked[1].keys.find("Id")->text(), "b") << "keys of the model go along";
     enumerator.next();
-
-    const CMPI_Context_Scope scope(broker.get(), context);
-    ASSERT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-    EXPECT_TRUE(enumerator.more());
-}
-
-TEST_F(Up_Call_Test, ANewStartEndsTheOld) {
-    const CMPI_Context_Scope scope(broker.get(), context);
-    Instance_Enumerator enumerator;
-    ASSERT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-    enumerator.next();
-    ASSERT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-    EXPECT_EQ(ids(enumerator), (Ids{"a", "b", "c"}));
+    ASSERT_EQ(start(enumerator), 0);
+    EXPECT_EQ(rest(enumerator).size(), 4u) << "a new start ends the old";
     EXPECT_EQ(cimom::enum_instances("root/up", nullptr, enumerator), -1);
-    EXPECT_FALSE(enumerator.more());
     EXPECT_EQ(cimom::enum_instances(nullptr, model.get(), enumerator), -1);
+    EXPECT_FALSE(enumerator.more());
 }
 
 TEST_F(Up_Call_Test, FailuresLookLikeTheEnd) {
     const CMPI_Context_Scope scope(broker.get(), context);
     Instance_Enumerator enumerator;
     broker.fail_element = 2;
-    ASSERT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-    EXPECT_EQ(ids(enumerator), (Ids{"a"}));
+    ASSERT_EQ(start(enumerator), 0);
+    EXPECT_EQ(rest(enumerator), (Ids{"a"}));
     broker.fail_element = 0;
-
-    broker.instances["Part"][1] = fake::reference({"root/up", "Part", {}});
-    ASSERT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-    EXPECT_EQ(ids(enumerator), (Ids{"a"}));
-    broker.instances["Part"][1] = {CMPI_instance, CMPI_goodValue, {}, {}}; // null pointer
-    ASSERT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-    EXPECT_EQ(ids(enumerator), (Ids{"a"}));
-
-    broker.instances["Part"].clear();
-    EXPECT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-    EXPECT_FALSE(enumerator.more());
-
+    for (const fake::Datum& odd : {fake::reference({"root/up", "Part", {}}),
+                                   fake::Datum{CMPI_instance, CMPI_goodValue, {}, {}}}) {
+        broker.instances["Part"][1] = odd;
+        ASSERT_EQ(start(enumerator), 0);
+        EXPECT_EQ(rest(enumerator), (Ids{"a"}));
+    }
     for (const char* call : {"newObjectPath", "enumerateInstances"}) {
         broker.failing = {call};
-        EXPECT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), -1) << call;
+        EXPECT_EQ(start(enumerator), -1) << call;
         EXPECT_FALSE(enumerator.more());
     }
 }
@@ -142,10 +113,10 @@ TEST_F(Up_Call_Test, TheTopContextDecides) {
 TEST_F(Up_Call_Test, UserNamesComeFromThePrincipal) {
     const Runtime_Log log;
     String name = "nobody";
+    fake::Context content;
     CMPI_Thread_Context without(broker.get(), context);
     EXPECT_FALSE(without.get_username(name));
     EXPECT_TRUE(log.has("username not OK cmpirc=6"));
-    fake::Context content;
     content.entries.set("CMPIPrincipal", fake::uint32(1));
     CMPI_Thread_Context odd(broker.get(), broker.context(content));
     EXPECT_FALSE(odd.get_username(name));
@@ -158,73 +129,57 @@ TEST_F(Up_Call_Test, UserNamesComeFromThePrincipal) {
 
 class Thread_Context_Test : public Up_Call_Test {
 protected:
-    // Runs a thread under a context; its body makes an up-call and returns what it found.
-    struct Outcome {
-        int created = -1;
-        bool had_context = false;
-        Ids found;
-    };
-    Outcome run() {
+    // Runs a thread under a context; its body makes an up-call and notes what it found.
+    int run() {
         const CMPI_Context_Scope scope(broker.get(), context);
-        Thread_Context* own = Thread_Context::top();
-        struct Job {
-            const Part* model;
-            Outcome outcome;
-        } job{model.get(), {}};
+        const Thread_Context* own = Thread_Context::top();
         Thread thread;
-        job.outcome.created = Thread::create_joinable(
+        const int created = Thread::create_joinable(
             thread,
             [](void* arg) -> void* {
-                Job& self = *static_cast<Job*>(arg);
-                self.outcome.had_context = Thread_Context::top() != nullptr;
+                auto& self = *static_cast<Thread_Context_Test*>(arg);
+                self.had_context = Thread_Context::top() != nullptr;
                 Instance_Enumerator enumerator;
-                if (cimom::enum_instances("root/up", self.model, enumerator) == 0) {
-                    self.outcome.found = ids(enumerator);
+                if (self.start(enumerator) == 0) {
+                    self.found = rest(enumerator);
                 }
                 return nullptr;
             },
-            &job);
-        if (job.outcome.created == 0) {
-            void* ignored = nullptr;
-            EXPECT_EQ(Thread::join(thread, ignored), 0);
-        }
+            this);
+        void* ignored = nullptr;
+        EXPECT_EQ(Thread::join(thread, ignored), created == 0 ? 0 : EINVAL);
         EXPECT_EQ(Thread_Context::top(), own);
-        return job.outcome;
+        return created;
     }
+
+    bool had_context = false;
+    Ids found;
 };
 
 TEST_F(Thread_Context_Test, ThreadsAreAttachedAndCanCallUp) {
-    const Outcome outcome = run();
-    EXPECT_TRUE(outcome.had_context);
-    EXPECT_EQ(outcome.found, (Ids{"a", "b", "c"}));
+    EXPECT_EQ(run(), 0);
+    EXPECT_TRUE(had_context);
+    EXPECT_EQ(found, (Ids{"a", "b", "c"}));
     EXPECT_EQ(broker.prepared, 1);
     EXPECT_EQ(broker.detached, 1);
 }
 
-TEST_F(Thread_Context_Test, AThreadThatNeverRanReleasesItsContext) {
+TEST_F(Thread_Context_Test, WhatFailsReleasesTheContext) {
     const std::size_t before = broker.live();
     set_thread_create(
         [](pthread_t*, const pthread_attr_t*, void* (*)(void*), void*) { return EAGAIN; });
-    EXPECT_EQ(run().created, EAGAIN);
+    EXPECT_EQ(run(), EAGAIN);
     EXPECT_EQ(broker.prepared, 1);
-    EXPECT_EQ(broker.detached, 0);
-    EXPECT_EQ(broker.live(), before);
-}
-
-TEST_F(Thread_Context_Test, AThreadThatCantBeAttachedRunsAndReleasesItsContext) {
-    broker.instances.clear();
-    const std::size_t before = broker.live();
+    set_thread_create(nullptr);
     broker.failing = {"attachThread", "newObjectPath"};
-    EXPECT_TRUE(run().had_context);
+    EXPECT_EQ(run(), 0);
+    EXPECT_TRUE(had_context);
     EXPECT_EQ(broker.detached, 0);
     EXPECT_EQ(broker.live(), before);
-}
 
-TEST_F(Thread_Context_Test, WithoutAPreparedContextTheThreadHasNone) {
     broker.failing = {"prepareAttachThread"};
-    const Outcome outcome = run();
-    EXPECT_EQ(outcome.created, 0);
-    EXPECT_FALSE(outcome.had_context);
+    EXPECT_EQ(run(), 0);
+    EXPECT_FALSE(had_context);
 }
 
 TEST_F(Thread_Context_Test, ContextsOutliveTheirAdapter) {
@@ -242,8 +197,8 @@ TEST_F(Thread_Context_Test, ContextsOutliveTheirAdapter) {
     Thread_Context::push(of_thread.get());
     of_thread->thread_start_hook();
     Instance_Enumerator enumerator;
-    EXPECT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-    EXPECT_EQ(ids(enumerator), (Ids{"a", "b", "c"}));
+    EXPECT_EQ(start(enumerator), 0);
+    EXPECT_EQ(rest(enumerator), (Ids{"a", "b", "c"}));
     of_thread->thread_exit_hook();
     Thread_Context::pop();
 }
