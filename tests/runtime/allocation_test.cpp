@@ -14,7 +14,6 @@
 namespace {
 
 thread_local long allocations_left = -1; // until one fails; negative: none does
-thread_local long allocations = 0;
 thread_local long live = 0;
 
 void* allocate(std::size_t size) noexcept {
@@ -26,7 +25,6 @@ void* allocate(std::size_t size) noexcept {
     }
     void* block = std::malloc(size);
     if (block != nullptr) {
-        ++allocations;
         ++live;
     }
     return block;
@@ -117,17 +115,9 @@ TEST(Allocation, failure_leaves_texts_and_arrays_unchanged) {
     const String original(std::string(32, 'x'));
     String text(original);
     const auto unchanged = [&] { EXPECT_EQ(text, original); };
-    EXPECT_EQ(fail_each_allocation([&] { text.append('y'); }, unchanged), 1);
-    text = original;
     EXPECT_EQ(fail_each_allocation([&] { text.append("yy"); }, unchanged), 1);
     text = original;
     EXPECT_EQ(fail_each_allocation([&] { text.assign("other"); }, unchanged), 1);
-
-    Datetime datetime(uint64{5});
-    const Datetime held(datetime);
-    EXPECT_EQ(fail_each_allocation([&] { datetime.set("00000000000001.000000:000"); },
-                                   [&] { EXPECT_EQ(datetime, held); }),
-              1);
 
     Array<String> array;
     for (int i = 0; i < 8; ++i) {
@@ -230,30 +220,6 @@ TEST(Allocation, failure_never_reaches_the_caller_of_the_log_or_of_a_thread) {
     ::unsetenv("CIMPLE_HOME");
     close_log();
     EXPECT_EQ(error, ENOMEM);
-}
-
-TEST(Allocation, a_map_grows_by_doubling) {
-    constexpr uint32 count = 4096;
-    std::vector<Ref<Device>> devices;
-    for (uint32 number = 0; number < count; ++number) {
-        devices.push_back(make_device("host", number));
-    }
-    Class_Map<Device> map;
-    const long before = allocations;
-    for (Ref<Device>& device : devices) {
-        map.insert(device.get());
-        static_cast<void>(device.release());
-    }
-    EXPECT_LE(allocations - before, 3 * 13) << "three blocks, each doubled at most 12 times";
-}
-
-TEST(Allocation, texts_and_empty_arrays_of_a_clone_cost_none) {
-    const Ref<Values> values = make<Values>();
-    values->scalar_STRING.set("a text long enough that any copy would show");
-    values->__name_space = "root/tavrin";
-    const long before = allocations;
-    const Ref<Values> copy(clone_of(values.get()));
-    EXPECT_EQ(allocations - before, 1) << "the block of the instance";
 }
 
 } // namespace

