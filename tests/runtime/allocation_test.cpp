@@ -134,26 +134,6 @@ TEST(Allocation, failure_leaves_texts_and_arrays_unchanged) {
               1);
 }
 
-TEST(Allocation, failure_leaves_a_map_unchanged) {
-    const Balance balance;
-    Class_Map<Device> map;
-    long failures = 0;
-    for (uint32 number = 0; number < 100; ++number) {
-        Ref<Device> device = make_device("host", number);
-        failures += fail_each_allocation([&] { map.insert(device.get()); },
-                                         [&] {
-                                             EXPECT_EQ(map.size(), number);
-                                             EXPECT_EQ(map.find(device.get()), -1);
-                                             EXPECT_EQ(device->__refs, 1u);
-                                         });
-        static_cast<void>(device.release());
-    }
-    EXPECT_GT(failures, 5);
-    for (uint32 number = 0; number < 100; ++number) {
-        EXPECT_EQ(map.find(make_device("host", number).get()), static_cast<long>(number));
-    }
-}
-
 TEST(Allocation, failure_in_the_copy_of_a_map_leaves_a_map) {
     const Balance balance;
     Class_Map<Device> from;

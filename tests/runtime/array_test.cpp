@@ -58,22 +58,6 @@ TEST(Array, an_element_of_its_own_may_be_appended) {
     EXPECT_EQ(array.size(), 9u);
 }
 
-TEST(Array, copies_are_apart_and_share_only_texts) {
-    Array<String> array{"one", "two"};
-    Array<String> copy(array);
-    EXPECT_TRUE(copy[0].same_block(array[0]));
-    copy[0].append('!');
-    copy.append("three");
-    EXPECT_TRUE((array == Array<String>{"one", "two"}));
-    array = copy;
-    EXPECT_TRUE((array == Array<String>{"one!", "two", "three"}));
-
-    Array<String> moved(std::move(copy));
-    EXPECT_TRUE(moved == array);
-    copy = moved; // a moved-from array may be assigned to
-    EXPECT_TRUE(copy == array);
-}
-
 TEST(Array, equality_is_the_element_types) {
     const real64 nan = std::numeric_limits<real64>::quiet_NaN();
     EXPECT_TRUE((Array<real64>{0.0} == Array<real64>{-0.0}));

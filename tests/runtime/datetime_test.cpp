@@ -1,7 +1,5 @@
 #include "runtime/datetime.h"
 
-#include "tests/runtime/test_clock.h"
-
 #include <cstdlib>
 #include <ctime>
 #include <gtest/gtest.h>
@@ -95,13 +93,6 @@ TEST(Datetime, no_value_runs_over_the_text_buffer) {
             }
         }
     }
-}
-
-TEST(Datetime, now_goes_by_the_clock_of_the_runtime) {
-    Test_Clock clock(1234567, 120);
-    EXPECT_EQ(Datetime::now(), Datetime(uint64{1234567}, 120));
-    clock.works = false;
-    EXPECT_EQ(Datetime::now(), Datetime());
 }
 
 } // namespace

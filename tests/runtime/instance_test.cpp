@@ -201,7 +201,6 @@ TEST(Instance, name_space_reaches_all_that_is_referred_to) {
     EXPECT_EQ(device->__name_space, "root/b");
     EXPECT_EQ(device->Peer->__name_space, "root/b");
     EXPECT_EQ(member->__name_space, "root/b");
-    set_name_space_recursive(nullptr, "root/b", true);
 }
 
 TEST(Key_Equality, is_by_keys_alone_and_to_the_letter) {
@@ -327,9 +326,6 @@ TEST(Model_Path, needs_keys_that_have_values) {
     EXPECT_EQ(model_path(nullptr), "");
     EXPECT_EQ(model_path(make<Values>().get()), "");
     EXPECT_EQ(model_path(make<Device>().get()), "");
-    const Ref<Codes> codes = make<Codes>();
-    codes->Code.set(Array<real32>{1});
-    EXPECT_EQ(model_path(codes.get()), "");
 }
 
 } // namespace

@@ -80,17 +80,6 @@ TEST(Log, a_line_has_one_form) {
                             EndsWith("(3): " + std::string(128, 'z'))));
 }
 
-TEST(Log, stays_open_and_stays_off_until_closed) {
-    Test_Log test("LOG_LEVEL=ERR\n");
-    log(LL_ERR, "a.cpp", 1, "first");
-    std::ofstream(test.home() / ".cimplerc") << "LOG_LEVEL=DBG\n";
-    log(LL_DBG, "a.cpp", 2, "not at this level");
-    EXPECT_EQ(test.lines().size(), 1u);
-    close_log();
-    log(LL_DBG, "a.cpp", 3, "appended");
-    EXPECT_THAT(test.lines(), ElementsAre(EndsWith("first"), EndsWith("appended")));
-}
-
 TEST(Log, files_that_cannot_be_opened_leave_it_off) {
     {
         Test_Log test("LOG_LEVEL=DBG\n");

@@ -18,16 +18,17 @@ using testing::ElementsAre;
 // A context that notes what happens to it.
 class Test_Context : public Thread_Context {
 public:
-    explicit Test_Context(std::vector<std::string>* events = nullptr, bool creates = true)
-        : _events(events), _creates(creates) {}
-    ~Test_Context() override { note("delete"); }
+    ~Test_Context() override { events.emplace_back("delete"); }
 
     Thread_Context* thread_create_hook() override {
-        note("create");
-        return _creates ? new Test_Context(_events) : nullptr;
+        events.emplace_back("create");
+        if (memory_is_lacking) {
+            throw std::bad_alloc();
+        }
+        return new Test_Context;
     }
-    void thread_start_hook() override { note(top() == this ? "start on top" : "start"); }
-    void thread_exit_hook() override { note("exit"); }
+    void thread_start_hook() override { events.emplace_back(top() == this ? "on top" : "start"); }
+    void thread_exit_hook() override { events.emplace_back("exit"); }
 
     Instance_Enumerator_State* instance_enumerator_create(const char*, const Instance*) override {
         return nullptr;
@@ -38,35 +39,14 @@ public:
     Instance* instance_enumerator_get(Instance_Enumerator_State*) override { return nullptr; }
     bool get_username(String&) override { return false; }
 
-    void note(const char* event) {
-        if (_events != nullptr) {
-            _events->emplace_back(event);
-        }
-    }
-
-private:
-    std::vector<std::string>* _events;
-    bool _creates;
-};
-
-// What a thread body saw.
-struct Seen {
-    Thread_Context* top = nullptr;
-    bool ran = false;
+    bool memory_is_lacking = false;
+    static inline std::vector<std::string> events;
 };
 
 void* look(void* arg) {
-    Seen& seen = *static_cast<Seen*>(arg);
-    seen.top = Thread_Context::top();
-    seen.ran = true;
-    if (seen.top != nullptr) {
-        static_cast<Test_Context*>(seen.top)->note("run");
-    }
-    return &seen;
-}
-
-int refuse(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*) {
-    return EAGAIN;
+    Test_Context::events.emplace_back("run");
+    *static_cast<Thread_Context**>(arg) = Thread_Context::top();
+    return arg;
 }
 
 TEST(Thread_Context, is_a_stack_of_its_thread) {
@@ -86,73 +66,41 @@ TEST(Thread_Context, is_a_stack_of_its_thread) {
 }
 
 TEST(Thread, runs_under_a_context_of_its_own) {
-    std::vector<std::string> events;
-    Test_Context context(&events);
+    Test_Context context;
+    Test_Context::events.clear();
     Thread_Context::push(&context);
+    Thread_Context* seen = &context;
     Thread thread;
-    Seen seen;
-    ASSERT_EQ(Thread::create_joinable(thread, look, &seen), 0);
     void* result = nullptr;
+    ASSERT_EQ(Thread::create_joinable(thread, look, &seen), 0);
     EXPECT_EQ(Thread::join(thread, result), 0);
     EXPECT_EQ(result, &seen);
-    EXPECT_NE(seen.top, nullptr);
-    EXPECT_NE(seen.top, &context);
+    EXPECT_TRUE(seen != nullptr && seen != &context);
     EXPECT_EQ(Thread_Context::top(), &context);
-    Thread_Context::pop();
-    EXPECT_THAT(events, ElementsAre("create", "start on top", "run", "exit", "delete"));
-}
-
-TEST(Thread, runs_without_a_context_if_there_is_none_to_give) {
-    Thread thread;
-    void* result = nullptr;
-    Test_Context gives_none(nullptr, false);
-    Thread_Context::push(&gives_none);
-    for (int round = 0; round < 2; ++round) {
-        Seen seen;
-        ASSERT_EQ(Thread::create_joinable(thread, look, &seen), 0);
-        EXPECT_EQ(Thread::join(thread, result), 0);
-        EXPECT_TRUE(seen.ran);
-        EXPECT_EQ(seen.top, nullptr);
-        Thread_Context::pop();
-    }
-}
-
-TEST(Thread, a_failed_start_leaves_the_callers_context_on_top) {
-    std::vector<std::string> events;
-    Test_Context context(&events);
-    Thread_Context::push(&context);
-    set_thread_create(refuse);
-    Thread thread;
-    Seen seen;
-    EXPECT_EQ(Thread::create_joinable(thread, look, &seen), EAGAIN);
-    set_thread_create(nullptr);
-    EXPECT_EQ(Thread_Context::top(), &context);
-    EXPECT_THAT(events, ElementsAre("create", "delete"));
-    EXPECT_FALSE(seen.ran);
-
-    void* result = &seen;
-    EXPECT_EQ(Thread::join(thread, result), EINVAL);
-    EXPECT_EQ(result, nullptr);
-    EXPECT_EQ(Thread::create_joinable(thread, look, &seen), 0);
-    EXPECT_EQ(Thread::join(thread, result), 0);
+    EXPECT_THAT(Test_Context::events, ElementsAre("create", "on top", "run", "exit", "delete"));
     EXPECT_EQ(Thread::join(thread, result), EINVAL) << "joined already";
     Thread_Context::pop();
 }
 
-TEST(Thread, a_context_that_memory_is_lacking_for_is_a_failed_start) {
-    class Poor_Context : public Test_Context {
-    public:
-        Thread_Context* thread_create_hook() override { throw std::bad_alloc(); }
-    } context;
+TEST(Thread, a_failed_start_leaves_the_callers_context_on_top) {
+    Test_Context context;
+    Test_Context::events.clear();
     Thread_Context::push(&context);
+    Thread_Context* seen = nullptr;
     Thread thread;
-    Seen seen;
+    set_thread_create(
+        [](pthread_t*, const pthread_attr_t*, void* (*)(void*), void*) { return EAGAIN; });
+    EXPECT_EQ(Thread::create_joinable(thread, look, &seen), EAGAIN);
+    set_thread_create(nullptr);
+    EXPECT_EQ(Thread_Context::top(), &context);
+    context.memory_is_lacking = true;
     EXPECT_EQ(Thread::create_joinable(thread, look, &seen), ENOMEM);
     EXPECT_EQ(Thread_Context::top(), &context);
-    Thread_Context::pop();
-    void* result = nullptr;
+    EXPECT_THAT(Test_Context::events, ElementsAre("create", "delete", "create"));
+    void* result = &seen;
     EXPECT_EQ(Thread::join(thread, result), EINVAL);
-    EXPECT_FALSE(seen.ran);
+    EXPECT_EQ(result, nullptr);
+    Thread_Context::pop();
 }
 
 TEST(Thread, an_unbalanced_stack_ends_the_process) {

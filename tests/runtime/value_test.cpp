@@ -53,8 +53,6 @@ TEST(Value, holds_a_count_on_each_instance) {
         Value moved(std::move(value));
         EXPECT_EQ(device->__refs, 3u);
         EXPECT_EQ(value.type(), Value::NONE); // NOLINT: a moved-from value is a cleared one
-        moved = copy;
-        EXPECT_EQ(device->__refs, 3u);
         const Value& alias = moved;
         moved = alias;
         EXPECT_EQ(moved.instance(), device.get());
@@ -65,10 +63,6 @@ TEST(Value, holds_a_count_on_each_instance) {
         ref(device.get());
         ref(device.get());
         moved.set(Array<Instance*>{device.get(), nullptr, device.get()});
-        EXPECT_EQ(device->__refs, 4u);
-        Value array_copy(moved);
-        EXPECT_EQ(device->__refs, 6u);
-        array_copy.clear();
         EXPECT_EQ(device->__refs, 4u);
     }
     EXPECT_EQ(device->__refs, 1u);
@@ -96,17 +90,6 @@ TEST(Value, moves_every_field_from_instance_to_instance) {
     SAMPLE_TYPES(X)
 #undef X
     EXPECT_TRUE(to->array_STRING.is_null()) << "the payload goes along with the null flag";
-}
-
-TEST(Value, null_fields_read_as_null_with_a_payload) {
-    const Ref<Device> device = make<Device>();
-    Value value;
-    ASSERT_EQ(Value::get(value, device.get(), feature(Device::static_meta_class, "Peer")), 0);
-    EXPECT_TRUE(value.null());
-    EXPECT_EQ(value.type(), Value::INSTANCE);
-
-    EXPECT_EQ(Value::get(value, device.get(), &Reset::static_meta_class), -1);
-    EXPECT_EQ(Value::get(value, nullptr, feature(Device::static_meta_class, "Peer")), -1);
 }
 
 TEST(Value, references_get_counts_of_their_own) {
