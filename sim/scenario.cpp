@@ -203,7 +203,7 @@ Adapter defaultAdapter(size_t index) {
     adapter.attributes = {
         {RM_HA_DEVICE_ID, integerAttribute(0x0160u)},
         {RM_HA_MODEL_ID, integerAttribute(0x1601u)},
-        {RM_HA_OPERATIONAL_FIRMWARE, "SLI-3 Overlay"},
+        {RM_HA_OPERATIONAL_FIRMWARE, "Overlay 3"},
         {RM_HA_IEEE_ADDRESS, std::string(reinterpret_cast<const char*>(hba.NodeWWN.wwn) + 2, 6)},
         {RM_HA_BOOT_CODE_ENABLED, integerAttribute(1u)},
         {RM_HA_BOOT_BIOS_VERSION, "5.12a6"},
