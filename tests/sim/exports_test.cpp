@@ -1,89 +1,20 @@
+#include "sim/entry_points.h"
 #include "tests/sim/simulated_library.h"
 
 #include <gtest/gtest.h>
 
-namespace {
+#include <cstdio>
+#include <cstdlib>
 
-// Every entry point that the system calls.
-constexpr const char* called[] = {
-    "HBA_GetNumberOfAdapters",
-    "HBA_GetAdapterName",
-    "HBA_OpenAdapter",
-    "HBA_CloseAdapter",
-    "HBA_GetAdapterAttributes",
-    "HBA_GetAdapterPortAttributes",
-    "HBA_GetFcpTargetMapping",
-    "HBA_RefreshInformation",
-    "HBA_SendScsiInquiry",
-    "HBA_SendReadCapacity",
-    "HBA_RegisterForAdapterPortEvents",
-    "HBA_RemoveCallback",
-    "RM_GetAttributeValue",
-    "RM_GetNextVpdEntry",
-    "RM_GetNumberOfLocalAdapters",
-    "RM_GetLocalHBAInfo",
-    "RM_ImportHBAFileA",
-    "RM_IsLocalHBA",
-    "RM_StatusString",
-    "RM_ValidateWwn",
-    "RM_VerifyFirmwareA",
-    "LRM_InitLib",
-    "LRM_GetHBAAttributes",
-    "LRM_GetPortAttributes",
-    "LRM_GetPortStatistics",
-    "LRM_GetDriverType",
-    "LRM_GetVPD",
-    "LRM_GetSffData",
-    "LRM_GetFcpTargetMapping",
-    "LRM_ChangeWWN",
-    "LRM_GetWWNCapability",
-    "LRM_ReadWWN",
-    "LRM_RestoreWWN",
-    "LRM_GetDriverParams",
-    "LRM_GetDriverParamsGlobal",
-    "LRM_SetDriverParam",
-    "LRM_DownloadFirmware",
-    "LRM_ResetHBA",
-    "LRM_SetBootBiosState",
-    "LRM_SetPortEnabled",
-    "LRM_GenerateDump",
-    "LRM_GenerateEfdDump",
-    "LRM_GetDumpDirectoryA",
-    "LRM_SetDumpDirectory",
-    "LRM_GetDumpRetentionCount",
-    "LRM_SetDumpRetentionCount",
-    "LRM_GetDumpFileNames",
-    "LRM_DeleteDumpFiles",
-    "LRM_DiagBeacon",
-    "LRM_DiagBeaconState",
-    "LRM_DiagCancelDiagnostic",
-    "LRM_DiagEchoTestV2",
-    "LRM_DiagGetLoadListParams",
-    "LRM_DiagGetResults",
-    "LRM_DiagLoopBackTestV3",
-    "LRM_DiagPciLoopBackTestV2",
-    "LRM_DiagReadPCIRegistersV2",
-    "LRM_DiagRunPOST",
-    "LRM_VPGetAttributes",
-    "LRM_VPList",
-    "LRM_VPListTargets",
-    "LRM_GetVMFromVPort",
-    "LRM_GetVMInfo",
-};
-
-} // namespace
-
-TEST(Exports, EveryCalledEntryPointIsThereAndCounted) {
+TEST(Exports, EveryEntryPointIsThereAndCounted) {
     const SimulatedLibrary library(TVRSIM_DIRECTORY "/libtvrsim.so");
     auto& calls = CALL(library, tvrsim_calls);
-    for (const std::string name : called) {
-        EXPECT_NE(library.find<void()>(name.c_str()), nullptr) << name;
-        EXPECT_GE(calls(name.c_str()), 0) << name;
-        if (name.starts_with("LRM_")) {
-            const std::string shortForm = name.substr(1);
-            EXPECT_NE(library.find<void()>(shortForm.c_str()), nullptr) << shortForm;
-            EXPECT_GE(calls(shortForm.c_str()), 0) << shortForm;
-        }
+#define PLAIN(name) #name,
+#define BOTH(name, parameters, arguments) "LRM_" #name, "RM_" #name,
+    for (const char* name : {TVRSIM_HBA_ENTRY_POINTS(PLAIN) TVRSIM_RM_ENTRY_POINTS(PLAIN)
+                                 TVRSIM_LRM_ENTRY_POINTS(BOTH) "LRM_InitLib"}) {
+        EXPECT_NE(library.find<void()>(name), nullptr) << name;
+        EXPECT_GE(calls(name), 0) << name;
     }
 }
 
@@ -113,4 +44,24 @@ TEST(Exports, FixturesGoWhenTheyAreClosed) {
         }
         EXPECT_EQ(dlopen(file, RTLD_NOW | RTLD_NOLOAD), nullptr) << file;
     }
+}
+
+// In processes of their own, since the library reads its scenario once.
+TEST(Process, AnUnusableScenarioIsOneLineAndNoAdapters) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto load = [](const char* scenario) {
+        setenv("TVRSIM_SCENARIO", scenario, 1);
+        const SimulatedLibrary library(TVRSIM_DIRECTORY "/liblrmapi.so");
+        const int32_t init = CALL(library, LRM_InitLib)();
+        std::fprintf(stderr, "init %d adapters %u\n", init,
+                     CALL(library, HBA_GetNumberOfAdapters)());
+        std::exit(0);
+    };
+    const auto done = testing::ExitedWithCode(0);
+    EXPECT_EXIT(load(""), done, "^init 0 adapters 4\n$");
+    EXPECT_EXIT(load(SCENARIO_SCHEMA), done,
+                "^tvrsim: scenario .*: .*: no such field\ninit 1 adapters 0\n$");
+    EXPECT_EXIT(load("/nonexistent/scenario.json"), done,
+                "^tvrsim: scenario /nonexistent/scenario.json: the file cannot be read\n"
+                "init 1 adapters 0\n$");
 }

@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstring>
-#include <thread>
 #include <vector>
 
 using testing::StartsWith;
@@ -54,6 +52,11 @@ TEST_F(LibraryTest, AdaptersByIndexNameAndHandle) {
     EXPECT_EQ(CALL(m_library, HBA_GetAdapterName)(2, name), HBA_STATUS_ERROR_ILLEGAL_INDEX);
     EXPECT_EQ(open("Tavrin-C"), HBA_HANDLE_INVALID);
     EXPECT_EQ(CALL(m_library, HBA_OpenAdapter)(nullptr), HBA_HANDLE_INVALID);
+    for (int i = 0; i < 0x10010; ++i) {
+        const HBA_HANDLE each = open("Tavrin-A");
+        ASSERT_TRUE(each >= 1 && each <= 0xFFFF) << each;
+        CALL(m_library, HBA_CloseAdapter)(each);
+    }
 
     const HBA_HANDLE handle = open("Tavrin-A");
     ASSERT_NE(handle, HBA_HANDLE_INVALID);
@@ -70,15 +73,6 @@ TEST_F(LibraryTest, AdaptersByIndexNameAndHandle) {
     EXPECT_EQ(CALL(m_library, tvrsim_open_handles)(), 0U);
     EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &adapter),
               HBA_STATUS_ERROR_INVALID_HANDLE);
-}
-
-TEST_F(LibraryTest, HandlesStayWithin16BitsAndAreReused) {
-    for (int i = 0; i < 0x10010; ++i) {
-        const HBA_HANDLE handle = open("Tavrin-A");
-        ASSERT_TRUE(handle >= 1 && handle <= 0xFFFF) << handle;
-        CALL(m_library, HBA_CloseAdapter)(handle);
-    }
-    EXPECT_EQ(CALL(m_library, tvrsim_open_handles)(), 0U);
 }
 
 TEST_F(LibraryTest, SizedCallsTellTheirNeed) {
@@ -120,7 +114,6 @@ TEST_F(LibraryTest, AttributesAreFoundById) {
     EXPECT_EQ(std::string(static_cast<const char*>(address), length),
               std::string("\x02\x54\x56\0\x01\0", 6));
     EXPECT_EQ(value(buffer.data(), RM_HA_KERNEL_VERSION, &length, &status), nullptr);
-    EXPECT_EQ(value(buffer.data(), RM_PS_TX_FRAMES, &length, &status), nullptr);
     EXPECT_EQ(value(nullptr, RM_HA_DEVICE_ID, nullptr, nullptr), nullptr);
 }
 
@@ -134,56 +127,20 @@ TEST_F(LibraryTest, CountersMoveUnlessTheAdapterLacksThem) {
     EXPECT_FALSE(found);
 }
 
-TEST_F(LibraryTest, PortsAreKnownByName) {
-    uint32_t flag = 9;
-    EXPECT_EQ(CALL(m_library, RM_IsLocalHBA)(secondPort, &flag), RM_STATUS_OK);
-    EXPECT_EQ(flag, 1U);
-    EXPECT_EQ(CALL(m_library, RM_IsLocalHBA)(strangePort, &flag), RM_STATUS_OK);
-    EXPECT_EQ(flag, 0U);
-    uint32_t type = 0;
-    EXPECT_EQ(CALL(m_library, LRM_GetDriverType)(secondPort, &type), RM_STATUS_OK);
-    EXPECT_EQ(type, 7U);
-
-    ASSERT_EQ(CALL(m_library, RM_GetNumberOfLocalAdapters)(), 3U);
-    RM_LOCALHBAARGUMENT argument = {0, 2, 3, 0};
-    RM_LOCALHBAINFO info = {};
-    EXPECT_EQ(CALL(m_library, RM_GetLocalHBAInfo)(&argument, &info), RM_STATUS_OK);
-    EXPECT_EQ(std::memcmp(&info.port, &thirdPort, sizeof thirdPort), 0);
-    argument.adapterIndex = 3;
-    EXPECT_NE(CALL(m_library, RM_GetLocalHBAInfo)(&argument, &info), RM_STATUS_OK);
-
-    const HBA_WWN zero = {};
-    EXPECT_EQ(CALL(m_library, RM_ValidateWwn)(&zero), RM_STATUS_ILLEGAL_WWN);
-    EXPECT_EQ(CALL(m_library, RM_ValidateWwn)(&strangePort), RM_STATUS_OK);
-}
-
-TEST_F(LibraryTest, StatusTextsFitTheirBuffer) {
-    auto& statusString = CALL(m_library, RM_StatusString);
-    char text[8];
-    std::memset(text, 'x', sizeof text);
-    EXPECT_EQ(statusString(RM_STATUS_MORE_DATA, text, sizeof text), RM_STATUS_OK);
-    EXPECT_STREQ(text, "Larger ");
-    EXPECT_EQ(statusString(0xFFFFFFFF, text, sizeof text), RM_STATUS_OK);
-    EXPECT_STREQ(text, "");
-    EXPECT_NE(statusString(0, text, 0), RM_STATUS_OK);
-}
-
 TEST_F(LibraryTest, BeaconGoesOnAndOffWhereThereIsOne) {
     auto& set = CALL(m_library, LRM_DiagBeacon);
     auto& get = CALL(m_library, LRM_DiagBeaconState);
     uint32_t state = 77;
-    EXPECT_EQ(get(firstPort, &state), RM_STATUS_OK);
-    EXPECT_EQ(state, RM_BEACON_OFF);
     EXPECT_EQ(set(firstPort, RM_BEACON_ON), RM_STATUS_OK);
     EXPECT_EQ(get(firstPort, &state), RM_STATUS_OK);
     EXPECT_EQ(state, RM_BEACON_ON);
     EXPECT_EQ(set(firstPort, 9), RM_STATUS_ERROR);
 
-    EXPECT_EQ(control(R"({"ports": {"1000025456000000": {"beacon": "notSupported"}}})"), "");
+    changePort(R"({"beacon": "notSupported"})");
     state = 77;
     EXPECT_EQ(get(firstPort, &state), RM_STATUS_NOT_SUPPORTED);
     EXPECT_EQ(state, 77U);
-    EXPECT_EQ(control(R"({"ports": {"1000025456000000": {"beacon": "noDiagnostics"}}})"), "");
+    changePort(R"({"beacon": "noDiagnostics"})");
     EXPECT_EQ(get(firstPort, &state), RM_STATUS_DIAG_NOT_AVAILABLE);
     EXPECT_EQ(set(firstPort, RM_BEACON_OFF), RM_STATUS_DIAG_NOT_AVAILABLE);
     changePort(R"({"beacon": "unanswered"})");
@@ -198,16 +155,12 @@ TEST_F(LibraryTest, BeaconGoesOnAndOffWhereThereIsOne) {
 TEST_F(LibraryTest, ControlChangesAllOrNothing) {
     const auto adapters = [this] { return CALL(m_library, HBA_GetNumberOfAdapters)(); };
     EXPECT_THAT(control("{"), StartsWith("document: parse error"));
-    EXPECT_THAT(control(nullptr), StartsWith("document: parse error"));
     EXPECT_EQ(control(R"({"reset": true})"), "reset: no such field");
     EXPECT_EQ(control(R"({"scenario": {}, "adapters": {"Tavrin-A": {}}})"),
               "adapters.Tavrin-A: no such adapter");
-    EXPECT_EQ(control(R"({"scenario": {}, "ports": {"12": {}}})"),
-              "ports.12: a world wide name has 16 hexadecimal digits");
     EXPECT_THAT(control(R"({"entryPoints": {"HBA_GetVersion": {"status": 3}}, "clear": 1})"),
                 StartsWith("clear: true or false"));
     EXPECT_EQ(adapters(), 2U);
-    EXPECT_EQ(CALL(m_library, HBA_GetVersion)(), 2U);
 
     EXPECT_EQ(control(R"({"adapters": {"Tavrin-B": {"firmwareVersion": "2.83a1"}},
                           "entryPoints": {"HBA_GetNumberOfAdapters": {"status": 9}}})"),
@@ -218,7 +171,6 @@ TEST_F(LibraryTest, ControlChangesAllOrNothing) {
     const HBA_HANDLE handle = open("Tavrin-B");
     EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &attributes), HBA_STATUS_OK);
     EXPECT_STREQ(attributes.FirmwareVersion, "2.83a1");
-    EXPECT_STREQ(attributes.Manufacturer, "Tavrin");
     EXPECT_EQ(control(R"({"scenario": {"adapters": [{}]}})"), "");
     EXPECT_EQ(adapters(), 1U);
     EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &attributes),
@@ -227,7 +179,6 @@ TEST_F(LibraryTest, ControlChangesAllOrNothing) {
     char small[4] = "";
     EXPECT_EQ(CALL(m_library, tvrsim_control)("{", small, sizeof small), -1);
     EXPECT_STREQ(small, "doc");
-    EXPECT_EQ(CALL(m_library, tvrsim_control)("{", nullptr, 0), -1);
 }
 
 TEST_F(LibraryTest, RulesReachTheEntryPoints) {
@@ -264,41 +215,4 @@ TEST_F(LibraryTest, RulesReachTheEntryPoints) {
     EXPECT_EQ(CALL(m_library, LRM_InitLib)(), 3);
     EXPECT_EQ(control(R"({"resetCounts": true})"), "");
     EXPECT_EQ(calls("*"), 0);
-}
-
-// Callers keep working, and see one host or the other, while the scenario changes under them.
-TEST_F(LibraryTest, CallersSurviveChangesOfTheScenario) {
-    control(R"({"ports": {"1000025456000000": {"maxFrameSize": 1111}}})");
-    std::atomic<bool> stop = false;
-    std::atomic<int> strange = 0;
-    {
-        std::vector<std::jthread> callers;
-        for (int i = 0; i < 3; ++i) {
-            callers.emplace_back([&] {
-                std::vector<uint64_t> buffer(RM_HBA_ATTRIBUTES_SIZE / sizeof(uint64_t));
-                while (!stop) {
-                    const HBA_HANDLE handle = open("Tavrin-A");
-                    HBA_PORTATTRIBUTES port;
-                    const HBA_STATUS status =
-                        CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 0, &port);
-                    uint32_t size = RM_HBA_ATTRIBUTES_SIZE;
-                    const RM_STATUS fetched =
-                        CALL(m_library, LRM_GetHBAAttributes)(firstPort, buffer.data(), &size);
-                    CALL(m_library, HBA_CloseAdapter)(handle);
-                    strange += (status == HBA_STATUS_OK && port.PortMaxFrameSize != 1111 &&
-                                port.PortMaxFrameSize != 2222) ||
-                               fetched != RM_STATUS_OK;
-                }
-            });
-        }
-        for (int i = 0; i < 50; ++i) {
-            EXPECT_EQ(control(i % 2 == 0 ? R"({"scenario": {"adapters": [{"name": "Tavrin-A",
-                                              "ports": [{"maxFrameSize": 2222}]}]}})"
-                                         : R"({"scenario": {"adapters": [{"name": "Tavrin-A",
-                                              "ports": [{"maxFrameSize": 1111}, {}]}]}})"),
-                      "");
-        }
-        stop = true;
-    }
-    EXPECT_EQ(strange, 0);
 }

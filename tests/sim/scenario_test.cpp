@@ -41,37 +41,26 @@ TEST(Scenario, MalformedTextNamesThePlace) {
         {"{\"adapters\": [}", "document: parse error at line 1, column 15"},
         {"[]", "document: an object is wanted here"},
         {"{\"adapters\": {}}", "adapters: an array is wanted here"},
-        {"{\"adapters\": [3]}", "adapters[0]: an object is wanted here"},
-        {"{\"adapter\": []}", "adapter: no such field"},
         {"{\"description\": 1}", "description: a text is wanted here"},
         {"{\"adapters\": [], \"adapters\": []}", "document: the name \"adapters\" stands twice"},
         {R"({"adapters": [{}, {"colour": 1}]})", "adapters[1].colour: no such field"},
         {R"({"adapters": [{"numberOfPorts": -1}]})",
          "adapters[0].numberOfPorts: a non-negative whole number"},
-        {R"({"adapters": [{"driverType": 1.5}]})", "adapters[0].driverType: a non-negative"},
         {R"({"adapters": [{"driverType": 4294967296}]})",
          "adapters[0].driverType: 4294967296 is above"},
         {R"({"adapters": [{"driverType": "0xZ"}]})", "adapters[0].driverType: \"0xZ\" is no hexa"},
-        {R"({"adapters": [{"nodeWWN": "20000254"}]})",
-         "adapters[0].nodeWWN: a world wide name has 16"},
         {R"({"adapters": [{"nodeWWN": "20:00:02:54:56:00:00:0"}]})", "adapters[0].nodeWWN: "},
         {R"({"adapters": [{"name": "a", "copies": 2}]})", "adapters[0].copies: "},
         {R"({"adapters": [{"copies": 4097}]})", "adapters[0].copies: 4097 is above"},
         {R"({"adapters": [{"copies": 4000}, {"copies": 97}]})", "adapters[1]: more than 4096"},
         {R"({"adapters": [{"attributes": {"colour": 1}}]})",
          "adapters[0].attributes.colour: no such"},
-        {R"({"adapters": [{"attributes": {"70000": ""}}]})",
-         "adapters[0].attributes.70000: no such"},
-        {R"({"adapters": [{"attributes": {"deviceId": "x"}}]})",
-         "adapters[0].attributes.deviceId: "},
         {R"({"adapters": [{"attributes": {"modelId": {"byte": ""}}}]})",
          "adapters[0].attributes.modelId.byte: no such field"},
         {R"({"adapters": [{"ports": [{"speed": "17G"}]}]})",
          "adapters[0].ports[0].speed: \"17G\" is none of unknown, 1G"},
         {R"({"adapters": [{"ports": [{"supportedSpeed": ["8G", true]}]}]})",
          "adapters[0].ports[0].supportedSpeed[1]: a number or one of the words"},
-        {R"({"adapters": [{"ports": [{"fcId": "0x1000000"}]}]})",
-         "adapters[0].ports[0].fcId: 16777216 is"},
         {R"({"adapters": [{"ports": [{"beacon": 7}]}]})",
          "adapters[0].ports[0].beacon: one of the words"},
         {R"({"adapters": [{"ports": [{"statistics": {"txFrames": {"value": "1"}}}]}]})",
@@ -160,21 +149,6 @@ TEST(Scenario, BuiltInHostHasTwoBoardsOfTwoFunctions) {
     EXPECT_GE(peripherals.size(), 4U);
 }
 
-TEST(Scenario, CopiesHaveNamesOfTheirOwn) {
-    const Scenario scenario = read(R"({"adapters": [{"copies": 300, "ports": [{}, {}]}]})");
-    std::set<std::string> names;
-    std::set<std::string> ports;
-    for (const Adapter& adapter : scenario.adapters) {
-        names.insert(adapter.name);
-        for (const Port& port : adapter.ports) {
-            ports.insert(wwnText(port.hba.PortWWN));
-            EXPECT_EQ(wwnText(port.hba.NodeWWN), wwnText(adapter.hba.NodeWWN));
-        }
-    }
-    EXPECT_EQ(names.size(), 300U);
-    EXPECT_EQ(ports.size(), 600U);
-}
-
 TEST(Scenario, CopiesOfTargetsAndUnitsCountOn) {
     const Scenario scenario = read(R"({"adapters": [{"ports": [{"targets": [
         {"portWWN": "50000000000000FF", "fcId": "0xFFFFFF", "scsiTarget": 5, "copies": 2, "luns": [
@@ -192,15 +166,12 @@ TEST(Scenario, CopiesOfTargetsAndUnitsCountOn) {
     EXPECT_EQ(second.scsiTarget, 6U);
     const Lun& last = second.luns.at(1);
     EXPECT_EQ(last.fcpLun, 8U);
-    EXPECT_EQ(last.osLun, 1U);
     EXPECT_EQ(last.osDeviceName, "sd3.3");
-    EXPECT_EQ(last.serialNumber, "x");
     EXPECT_EQ(last.designators.at(0).bytes, std::string("\0\0\0\2", 4));
     EXPECT_EQ(last.designators.at(1).bytes, std::string("\2\2", 2));
     EXPECT_EQ(last.designators.at(2).bytes, "u3");
     EXPECT_EQ(last.designators.at(2).codeSet, 2);
     EXPECT_EQ(second.luns.at(2).osDeviceName, "sd1");
-    EXPECT_EQ(second.luns.at(2).fcpLun, 2U);
     EXPECT_TRUE(second.luns.at(2).designators.empty()) << "names come with copies of the unit";
     EXPECT_EQ(wwnText(targets.at(2).portWwn), "5002545690000002");
     EXPECT_EQ(targets.at(2).luns.at(0).osDeviceName, "sd{n}") << "without copies as it stands";
@@ -239,44 +210,42 @@ TEST(Scenario, SchemaOffersOnlyKnownFields) {
     std::ifstream file(SCENARIO_SCHEMA);
     ASSERT_TRUE(file) << SCENARIO_SCHEMA;
     const Json schema = Json::parse(file);
-    const std::map<std::string, std::pair<std::string, std::string>> frames = {
-        {"adapter", {"{\"adapters\": [{\"", "\": [[]]}]}"}},
-        {"port", {"{\"adapters\": [{\"ports\": [{\"", "\": [[]]}]}]}"}},
-        {"target", {"{\"adapters\": [{\"ports\": [{\"targets\": [{\"", "\": [[]]}]}]}]}"}},
-        {"lun",
-         {"{\"adapters\": [{\"ports\": [{\"targets\": [{\"luns\": [{\"", "\": [[]]}]}]}]}]}"}},
-        {"identifier",
-         {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"identifiers": [{")",
-          "\": [[]]}]}]}]}]}]}"}},
-        {"failure",
-         {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"failures": {"0x00": {")",
-          "\": [[]]}}}]}]}]}]}"}},
-        {"mapping", {"{\"adapters\": [{\"mapping\": {\"", "\": [[]]}}]}"}},
-        {"vpd", {"{\"adapters\": [{\"ports\": [{\"vpd\": {\"", "\": [[]]}}]}]}"}},
-        {"vpdEntry",
-         {"{\"adapters\": [{\"ports\": [{\"vpd\": {\"entries\": [{\"", "\": [[]]}]}}]}]}"}},
-        {"transceiver", {"{\"adapters\": [{\"ports\": [{\"transceiver\": {\"", "\": [[]]}}]}]}"}},
-        {"flash", {"{\"adapters\": [{\"ports\": [{\"flash\": {\"", "\": [[]]}}]}]}"}},
-        {"flashImage",
-         {"{\"adapters\": [{\"ports\": [{\"flash\": {\"images\": [{\"", "\": [[]]}]}}]}]}"}},
-        {"pciRegisters", {"{\"adapters\": [{\"ports\": [{\"pciRegisters\": {\"", "\": [[]]}}]}]}"}},
-        {"driverParameters", {"{\"globalDriverParameters\": {\"", "\": [[]]}}"}},
-        {"driverParameter", {"{\"globalDriverParameters\": {\"entries\": [{\"", "\": [[]]}]}}"}},
-        {"dumps", {"{\"adapters\": [{\"ports\": [{\"dumps\": {\"", "\": [[]]}}]}]}"}},
-        {"rule", {"{\"entryPoints\": {\"LRM_InitLib\": {\"", "\": [[]]}}}"}},
-        {"adapterAttributes", {"{\"adapters\": [{\"attributes\": {\"", "\": [[]]}}]}"}},
-        {"portAttributes", {"{\"adapters\": [{\"ports\": [{\"attributes\": {\"", "\": [[]]}}]}]}"}},
-        {"statistics", {"{\"adapters\": [{\"ports\": [{\"statistics\": {\"", "\": [[]]}}]}]}"}},
+    // Where each object of the schema stands; the field to be refused comes where the $ is.
+    const std::map<std::string, std::string> places = {
+        {"adapter", R"({"adapters": [{$}]})"},
+        {"adapterAttributes", R"({"adapters": [{"attributes": {$}}]})"},
+        {"mapping", R"({"adapters": [{"mapping": {$}}]})"},
+        {"driverParameters", R"({"globalDriverParameters": {$}})"},
+        {"driverParameter", R"({"globalDriverParameters": {"entries": [{$}]}})"},
+        {"rule", R"({"entryPoints": {"LRM_InitLib": {$}}})"},
+        {"port", "port {$}"},
+        {"portAttributes", R"(port {"attributes": {$}})"},
+        {"statistics", R"(port {"statistics": {$}})"},
+        {"vpd", R"(port {"vpd": {$}})"},
+        {"vpdEntry", R"(port {"vpd": {"entries": [{$}]}})"},
+        {"transceiver", R"(port {"transceiver": {$}})"},
+        {"flash", R"(port {"flash": {$}})"},
+        {"flashImage", R"(port {"flash": {"images": [{$}]}})"},
+        {"pciRegisters", R"(port {"pciRegisters": {$}})"},
+        {"dumps", R"(port {"dumps": {$}})"},
+        {"target", R"(port {"targets": [{$}]})"},
+        {"lun", R"(port {"targets": [{"luns": [{$}]}]})"},
+        {"identifier", R"(port {"targets": [{"luns": [{"identifiers": [{$}]}]}]})"},
+        {"failure", R"(port {"targets": [{"luns": [{"failures": {"0x00": {$}}}]}]})"},
     };
     for (const auto& definition : schema.at("$defs").items()) {
-        EXPECT_TRUE(!definition.value().contains("properties") || frames.contains(definition.key()))
+        EXPECT_TRUE(!definition.value().contains("properties") || places.contains(definition.key()))
             << definition.key();
     }
-    for (const auto& [name, frame] : frames) {
+    for (const auto& [name, place] : places) {
         const Json& properties = schema.at("$defs").at(name).at("properties");
         EXPECT_FALSE(properties.empty()) << name;
         for (const auto& property : properties.items()) {
-            const std::string failure = failureOf(frame.first + property.key() + frame.second);
+            std::string text = place;
+            text.replace(text.find('$'), 1, '"' + property.key() + "\": [[]]");
+            const std::string failure = failureOf(
+                text.starts_with("port ") ? R"({"adapters": [{"ports": [)" + text.substr(5) + "]}]}"
+                                          : text);
             EXPECT_THAT(failure, HasSubstr(property.key()));
             EXPECT_EQ(failure.find("no such"), std::string::npos) << failure;
         }

@@ -74,8 +74,6 @@ TEST_F(TargetsTest, MappingsMisbehaveAsTold) {
     const auto faults = [&](const std::string& mapping) {
         EXPECT_EQ(control(R"({"adapters": {"A": {"mapping": )" + mapping + "}}}"), "");
     };
-    EXPECT_EQ(map(2), HBA_STATUS_ERROR_MORE_DATA);
-    EXPECT_EQ(m_count, 3U);
     faults(R"({"staleTimes": 2, "moreDataTimes": 1})");
     EXPECT_EQ(map(5), HBA_STATUS_ERROR_STALE_DATA);
     EXPECT_EQ(m_count, 5U);
@@ -169,7 +167,6 @@ TEST_F(TargetsTest, SixteenThousandUnitsBehindSixteenPorts) {
     EXPECT_EQ(map(256), HBA_STATUS_ERROR_MORE_DATA);
     ASSERT_EQ(m_count, 1000U);
     ASSERT_EQ(map(1000), HBA_STATUS_OK);
-    std::set<std::string> devices;
     std::set<std::string> identifiers;
     std::set<std::string> serials;
     std::set<std::pair<std::string, HBA_UINT64>> addresses;
@@ -178,10 +175,7 @@ TEST_F(TargetsTest, SixteenThousandUnitsBehindSixteenPorts) {
         const HBA_WWN& port = entry.FcpId.PortWWN;
         addresses.emplace(std::string(reinterpret_cast<const char*>(port.wwn), 8),
                           entry.FcpId.FcpLun);
-        devices.insert(entry.ScsiId.OSDeviceName);
-        EXPECT_EQ(entry.FcpId.FcId, 0x0E0000 + i / 100);
         EXPECT_EQ(entry.ScsiId.ScsiTargetNumber, i / 100);
-        EXPECT_EQ(entry.ScsiId.ScsiOSLun, i % 100);
         const Answer page = inquire(1, 0x83, port, entry.FcpId.FcpLun);
         EXPECT_EQ(page.status, HBA_STATUS_OK);
         identifiers.insert(page.response);
@@ -189,10 +183,8 @@ TEST_F(TargetsTest, SixteenThousandUnitsBehindSixteenPorts) {
         EXPECT_EQ(readCapacity(port, entry.FcpId.FcpLun).response[3], 8);
     }
     EXPECT_EQ(addresses.size(), 1000U);
-    EXPECT_EQ(devices.size(), 1000U);
     EXPECT_EQ(identifiers.size(), 1000U);
     EXPECT_EQ(serials.size(), 1000U);
-    EXPECT_EQ(*devices.begin(), "/dev/tvrsim0");
     const Answer missing = inquire(0, 0, firstTarget, 100);
     EXPECT_EQ(missing.sense.at(12), 0x25);
     EXPECT_EQ(inquire(0, 0, strangePort, 0).status, HBA_STATUS_ERROR_ILLEGAL_WWN);
