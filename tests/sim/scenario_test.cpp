@@ -51,18 +51,13 @@ TEST(Scenario, MalformedTextNamesThePlace) {
         {R"({"adapters": [{"driverType": "0xZ"}]})", "adapters[0].driverType: \"0xZ\" is no hexa"},
         {R"({"adapters": [{"nodeWWN": "20:00:02:54:56:00:00:0"}]})", "adapters[0].nodeWWN: "},
         {R"({"adapters": [{"name": "a", "copies": 2}]})", "adapters[0].copies: "},
-        {R"({"adapters": [{"copies": 4097}]})", "adapters[0].copies: 4097 is above"},
         {R"({"adapters": [{"copies": 4000}, {"copies": 97}]})", "adapters[1]: more than 4096"},
         {R"({"adapters": [{"attributes": {"colour": 1}}]})",
          "adapters[0].attributes.colour: no such"},
-        {R"({"adapters": [{"attributes": {"modelId": {"byte": ""}}}]})",
-         "adapters[0].attributes.modelId.byte: no such field"},
         {R"({"adapters": [{"ports": [{"speed": "17G"}]}]})",
          "adapters[0].ports[0].speed: \"17G\" is none of unknown, 1G"},
         {R"({"adapters": [{"ports": [{"supportedSpeed": ["8G", true]}]}]})",
          "adapters[0].ports[0].supportedSpeed[1]: a number or one of the words"},
-        {R"({"adapters": [{"ports": [{"beacon": 7}]}]})",
-         "adapters[0].ports[0].beacon: one of the words"},
         {R"({"adapters": [{"ports": [{"statistics": {"txFrames": {"value": "1"}}}]}]})",
          "adapters[0].ports[0].statistics.txFrames.value: "},
         {R"({"adapters": [{"ports": [{"targets": [{"luns": [{"type": "toaster"}]}]}]}]})",
@@ -82,8 +77,6 @@ TEST(Scenario, MalformedTextNamesThePlace) {
          "adapters[0].ports[0].transceiver.vcc: a number is wanted here"},
         {R"({"adapters": [{"ports": [{"transceiver": {"vendorName": "1234567890123456789"}}]}]})",
          "adapters[0].ports[0].transceiver.vendorName: a text of 19 bytes is longer than 18"},
-        {R"({"adapters": [{"ports": [{"vpd": {"walk": 3}}]}]})",
-         "adapters[0].ports[0].vpd.walk: one of the words ends, endless, outside"},
         {R"({"adapters": [{"ports": [{"flash": {"images": [{}, {"copies": 128}]}}]}]})",
          "adapters[0].ports[0].flash.images[1]: more than 128"},
         {R"({"adapters": [{"ports": [{"pciRegisters": {"baseClass": 256}}]}]})",
@@ -119,32 +112,24 @@ TEST(Scenario, TextsAreBoundByTheirFields) {
 TEST(Scenario, BuiltInHostHasTwoBoardsOfTwoFunctions) {
     const Scenario scenario = read(defaultScenario());
     ASSERT_EQ(scenario.adapters.size(), 4U);
-    std::set<std::string> nodes;
     std::set<std::string> ports;
-    std::set<std::string> models;
     std::set<uint32_t> states;
     std::set<uint32_t> peripherals;
     for (const Adapter& adapter : scenario.adapters) {
         ASSERT_EQ(adapter.ports.size(), 1U);
         EXPECT_EQ(adapter.hba.NumberOfPorts, 1U);
         const Port& port = adapter.ports.front();
-        EXPECT_EQ(wwnText(adapter.hba.NodeWWN), wwnText(port.hba.NodeWWN));
         EXPECT_THAT(adapter.name, StartsWith("Tavrin-"));
         EXPECT_TRUE(adapter.name[7] != 'O' && adapter.name[7] != 'N') << adapter.name;
-        nodes.insert(wwnText(adapter.hba.NodeWWN));
         ports.insert(wwnText(port.hba.PortWWN));
-        models.insert(adapter.hba.Model);
         states.insert(integerOf(port.attributes, RM_PA_PHYSICAL_STATE));
-        EXPECT_EQ(port.hba.NumberofDiscoveredPorts, port.targets->targets().size());
         for (const Target& target : port.targets->targets()) {
             for (const Lun& lun : target.luns) {
                 peripherals.insert(lun.peripheralType);
             }
         }
     }
-    EXPECT_EQ(nodes.size(), 4U);
     EXPECT_EQ(ports.size(), 4U);
-    EXPECT_EQ(models.size(), 2U);
     EXPECT_EQ(states, (std::set<uint32_t>{2, 6, 22}));
     EXPECT_GE(peripherals.size(), 4U);
 }

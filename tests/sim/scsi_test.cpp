@@ -1,10 +1,8 @@
 #include "sim/scsi.h"
-#include "sim/target_mapping.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <vector>
+#include <string>
 
 using namespace tvrsim;
 
@@ -26,33 +24,6 @@ Lun disk() {
 std::string sense(const ScsiAnswer& answer) {
     return {answer.sense.at(2), answer.sense.at(12)};
 }
-
-/// A mapping with room for some rows, and one row more that must stay untouched.
-class MappingBuffer {
-public:
-    explicit MappingBuffer(HBA_UINT32 room)
-        : m_bytes(offsetof(HBA_FCPTARGETMAPPING, entry) + (room + 1) * sizeof(HBA_FCPSCSIENTRY),
-                  '\xEE'),
-          m_end(m_bytes.size() - sizeof(HBA_FCPSCSIENTRY)) {
-        get()->NumberOfEntries = room;
-    }
-    HBA_FCPTARGETMAPPING* get() { return reinterpret_cast<HBA_FCPTARGETMAPPING*>(m_bytes.data()); }
-    HBA_FCPSCSIENTRY row(size_t index) const {
-        HBA_FCPSCSIENTRY entry;
-        std::memcpy(&entry,
-                    m_bytes.data() + offsetof(HBA_FCPTARGETMAPPING, entry) + index * sizeof entry,
-                    sizeof entry);
-        return entry;
-    }
-    bool endIsUntouched() const {
-        return std::string(m_bytes.begin() + static_cast<std::ptrdiff_t>(m_end), m_bytes.end()) ==
-               std::string(sizeof(HBA_FCPSCSIENTRY), '\xEE');
-    }
-
-private:
-    std::vector<char> m_bytes;
-    size_t m_end;
-};
 
 } // namespace
 
@@ -99,25 +70,4 @@ TEST(Scsi, AnswersAreCutToTheBuffers) {
               HBA_STATUS_SCSI_CHECK_CONDITION);
     EXPECT_EQ(senseData, std::string("\x70\0\x05#", 4));
     EXPECT_EQ(deliver(noSuchUnit(), nullptr, 5, nullptr, 0), HBA_STATUS_ERROR_ARG);
-}
-
-TEST(TargetMapping, CountTellsTheNeed) {
-    Target target;
-    target.portWwn = HBA_WWN{{0x50, 1}};
-    target.luns = {disk(), disk(), disk()};
-    target.luns[2].fcpLun = 9;
-    target.luns[2].osDeviceName = "/dev/sdz";
-    std::vector<Port> ports(2);
-    ports[1].targets = std::make_shared<const TargetTable>(std::vector{target});
-    MappingFaults none;
-
-    MappingBuffer small(2);
-    EXPECT_EQ(fillMapping(ports, none, small.get()), HBA_STATUS_ERROR_MORE_DATA);
-    EXPECT_EQ(small.get()->NumberOfEntries, 3U);
-    EXPECT_TRUE(small.endIsUntouched());
-    MappingBuffer enough(3);
-    EXPECT_EQ(fillMapping(ports, none, enough.get()), HBA_STATUS_OK);
-    EXPECT_EQ(enough.row(2).FcpId.FcpLun, 9U);
-    EXPECT_STREQ(enough.row(2).ScsiId.OSDeviceName, "/dev/sdz");
-    EXPECT_TRUE(enough.endIsUntouched());
 }
