@@ -9,8 +9,17 @@ namespace {
 // Copies of a map's instances on their way to a client. What isn't handed over ends with it.
 class Copies {
 public:
-    // False, with nothing copied, if two instances of the map have equal keys.
-    bool take(const Instance_Map& map) {
+    // Copies what the selector accepts, or all without one. False, with nothing copied, if two
+    // instances of the map have equal keys and all are wanted.
+    bool take(const Instance_Map& map, const Instance_Selector* selector) {
+        if (selector != nullptr) {
+            const std::vector<uint32> selected = map.select(*selector);
+            _instances.reserve(selected.size());
+            for (const uint32 position : selected) {
+                _instances.append(clone(map.get(position)));
+            }
+            return true;
+        }
         Instance_Map copies(map.meta_class());
         std::size_t position = 0;
         if (copies.append_clones(map, position) < 0) {
@@ -49,7 +58,7 @@ void enumerate_adapter_map(ProviderAgent& agent, const Instance_Map& map,
         Copies copies;
         {
             const Adapter_Maps_Reader reader(agent);
-            if (!copies.take(map)) {
+            if (!copies.take(map, handler.selector)) {
                 return;
             }
         }
@@ -65,7 +74,7 @@ void enumerate_SAN_map(ProviderAgent& agent, const Instance_Map& map,
         Copies copies;
         {
             const SAN_Maps_Reader reader(agent);
-            if (!copies.take(map)) {
+            if (!copies.take(map, handler.selector)) {
                 return;
             }
         }
@@ -85,7 +94,7 @@ void enumerate_active_map(ProviderAgent& agent, const Instance_Map& map, Mutex& 
                 const Lock lock(mutex);
                 refresher(agent);
             }
-            if (!copies.take(map)) {
+            if (!copies.take(map, handler.selector)) {
                 return;
             }
         }

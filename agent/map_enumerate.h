@@ -7,11 +7,12 @@
 
 namespace cimple {
 
-// The three forms, for any map. Each copies the map under the locks of its reader (agent/locks.h)
-// and then hands the copies, in the order of the map, to the handler, which owns them; no lock of
-// the agent is held meanwhile, so that a slow client holds up nobody. Whatever goes wrong ends the
-// enumeration with a line in the log and what was delivered so far; a map with two equal keys
-// delivers nothing.
+// The three forms, for any map. Each copies the map, or what the handler's selector accepts of it,
+// under the locks of its reader (agent/locks.h) and then hands the copies, in the order of the map,
+// to the handler, which owns them; no lock of the agent is held meanwhile, so that a slow client
+// holds up nobody. Waits, refreshers and lines in the log are the same for few as for all. Whatever
+// goes wrong ends the enumeration with a line in the log and what was delivered so far; a map with
+// two equal keys delivers nothing.
 void enumerate_adapter_map(ProviderAgent& agent, const Instance_Map& map,
                            const Enum_Instances_Handler& handler) noexcept;
 void enumerate_SAN_map(ProviderAgent& agent, const Instance_Map& map,

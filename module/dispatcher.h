@@ -123,9 +123,11 @@ constexpr int nothing_left = OPERATION_UNKNOWN;
 // An enumeration that ends with its closing call, but for the status by which an association
 // provider leaves the answer, and so the closing call, to the caller.
 template <class Call>
-int enumerate(void* proc, void* client_data, int left_to_caller, Call&& call) {
+int enumerate(void* proc, void* client_data, int left_to_caller, Call&& call,
+              const void* selector = nullptr) {
     const Enum_Instances_Handler handler{reinterpret_cast<Instance_Enumerator_Proc>(proc),
-                                         client_data};
+                                         client_data,
+                                         static_cast<const Instance_Selector*>(selector)};
     const int status = call(handler);
     if (status != left_to_caller) {
         handler.proc(nullptr, status, client_data);
@@ -210,9 +212,11 @@ int dispatch(const Registration*, int operation, void* arg0, void* arg1, void* a
     }
     case OPERATION_ENUM_INSTANCES:
         return dispatcher::enumerate(
-            arg2, arg3, dispatcher::nothing_left, [&](const auto& handler) {
+            arg2, arg3, dispatcher::nothing_left,
+            [&](const auto& handler) {
                 return provider->enum_instances(instance_of<const C>(arg1), handler);
-            });
+            },
+            arg4);
     case OPERATION_CREATE_INSTANCE:
         return provider->create_instance(instance_of<C>(arg1));
     case OPERATION_DELETE_INSTANCE:

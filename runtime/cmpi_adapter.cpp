@@ -78,10 +78,11 @@ Trace::Trace(const char* function, Call_Site where) noexcept : _function(functio
 
 Trace::~Trace() {
     if (_outcome.detail == nullptr) {
-        log(LL_DBG, _where.file, _where.line, "return: %s(): %s", _function, rc_name(_outcome.rc));
+        log(LL_DBG, _where.file, _where.line, "return: %s(): %s", _function,
+            rc_name(_outcome.logged));
     } else {
         log(LL_DBG, _where.file, _where.line, "return: %s(): %s: %s", _function,
-            rc_name(_outcome.rc), _outcome.detail);
+            rc_name(_outcome.logged), _outcome.detail);
     }
 }
 
@@ -91,6 +92,13 @@ void log_exception(const char* function, const char* what) noexcept {
 
 const Meta_Class* find_class(const CMPI_Adapter& adapter, const CMPIObjectPath* path) {
     return find_meta_class(adapter.get_repository(), class_name_of(path));
+}
+
+Made make_model(const CMPI_Adapter& adapter, const Meta_Class* meta_class,
+                const CMPIObjectPath* path) {
+    Instance* model = nullptr;
+    const CMPIrc rc = make_cimple_reference(adapter.broker(), meta_class, path, model);
+    return {Ref<>(model), rc};
 }
 
 // Life of the adapter

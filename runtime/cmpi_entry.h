@@ -32,12 +32,21 @@ struct Call_Site {
     }
 };
 
-// What an entry answers, and what its log line says besides.
+// What an entry answers, and what its log line says: the name of a code, mostly that of the answer,
+// and a text besides.
 struct Outcome {
     CMPIrc rc;
     const char* detail = nullptr;
+    CMPIrc logged;
 
-    Outcome(CMPIrc code, const char* text = nullptr) noexcept : rc(code), detail(text) {}
+    constexpr Outcome(CMPIrc code, const char* text = nullptr) noexcept
+        : rc(code), detail(text), logged(code) {}
+
+    static constexpr Outcome logged_as(CMPIrc logged, CMPIrc code) noexcept {
+        Outcome outcome(code);
+        outcome.logged = logged;
+        return outcome;
+    }
 };
 
 // The two log lines of an entry; the second is written however the entry is left.
@@ -115,6 +124,16 @@ CMPIStatus clean_up(const char* function, const MI* mi, const CMPIContext* conte
 
 // The class that a path names, of any class of the module; null if there is none.
 const Meta_Class* find_class(const CMPI_Adapter& adapter, const CMPIObjectPath* path);
+
+// The instance that a path or a CMPI instance stands for, and how making it went.
+struct Made {
+    Ref<> instance;
+    CMPIrc rc;
+};
+
+// An instance of the class with the keys that the path has.
+Made make_model(const CMPI_Adapter& adapter, const Meta_Class* meta_class,
+                const CMPIObjectPath* path);
 
 // What a provider's status means to the object manager.
 struct Status_Answer {

@@ -1,5 +1,5 @@
 // The entries of the instance MI.
-#include "runtime/cmpi_conversion.h"
+#include "runtime/cmpi_delivery.h"
 #include "runtime/cmpi_entry.h"
 
 #include <cmpimacs.h>
@@ -40,17 +40,16 @@ constexpr Status_Answer modify_answers[] = {
     {MODIFY_INSTANCE_FAILED, CMPI_RC_ERR_FAILED},
 };
 
-// The instance that a path or a CMPI instance stands for, and how making it went.
-struct Made {
-    Ref<> instance;
-    CMPIrc rc;
-};
+bool deliver_name(Instance* instance, int /*status*/, void* client_data) {
+    const Ref<> owned(instance);
+    auto& to = *static_cast<Delivery*>(client_data);
+    return to.wants(instance) && to.send_path(*instance, to.name_space());
+}
 
-Made make_model(const CMPI_Adapter& adapter, const Meta_Class* meta_class,
-                const CMPIObjectPath* path) {
-    Instance* model = nullptr;
-    const CMPIrc rc = make_cimple_reference(adapter.broker(), meta_class, path, model);
-    return {Ref<>(model), rc};
+bool deliver_instance(Instance* instance, int /*status*/, void* client_data) {
+    const Ref<> owned(instance);
+    auto& to = *static_cast<Delivery*>(client_data);
+    return to.wants(instance) && to.send_instance(*instance);
 }
 
 Made make_instance(const CMPI_Adapter& adapter, const Meta_Class* meta_class,
@@ -59,56 +58,6 @@ Made make_instance(const CMPI_Adapter& adapter, const Meta_Class* meta_class,
     const CMPIrc rc =
         make_cimple_instance(adapter.broker(), meta_class, path, cmpi_instance, instance);
     return {Ref<>(instance), rc};
-}
-
-// Where the instances of an enumeration go. The first failure ends the delivery; the client isn't
-// told of it.
-struct Delivery {
-    const CMPIBroker* broker;
-    const CMPIResult* result;
-    const char* name_space;
-    const char** properties = nullptr;
-    CMPIrc rc = CMPI_RC_OK;
-    CMPI_Strings strings{broker};
-};
-
-bool deliver_name(Instance* instance, int /*status*/, void* client_data) {
-    const Ref<> owned(instance);
-    auto& to = *static_cast<Delivery*>(client_data);
-    if (instance == nullptr || to.rc != CMPI_RC_OK) {
-        return false;
-    }
-    CMPIObjectPath* path = nullptr;
-    to.rc = make_CMPI_object_path(to.broker, instance, to.name_space, path, &to.strings);
-    if (to.rc != CMPI_RC_OK) {
-        return false;
-    }
-    CMReturnObjectPath(to.result, path);
-    CMRelease(path);
-    return true;
-}
-
-bool deliver_instance(Instance* instance, int /*status*/, void* client_data) {
-    const Ref<> owned(instance);
-    auto& to = *static_cast<Delivery*>(client_data);
-    if (instance == nullptr || to.rc != CMPI_RC_OK) {
-        return false;
-    }
-    CMPIObjectPath* path = nullptr;
-    if (make_CMPI_object_path(to.broker, instance, to.name_space, path, &to.strings) !=
-        CMPI_RC_OK) {
-        return false;
-    }
-    CMPIInstance* cmpi_instance = nullptr;
-    to.rc = make_CMPI_instance(to.broker, instance, to.name_space, path, to.properties,
-                               cmpi_instance, &to.strings);
-    CMRelease(path); // else a long enumeration would heap them up until its end
-    if (to.rc != CMPI_RC_OK) {
-        return false;
-    }
-    CMReturnInstance(to.result, cmpi_instance);
-    CMRelease(cmpi_instance);
-    return true;
 }
 
 CMPIStatus cleanup(CMPIInstanceMI* mi, const CMPIContext* context, CMPIBoolean terminating) {

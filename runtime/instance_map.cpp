@@ -1,11 +1,11 @@
 #include "runtime/instance_map.h"
 
+#include "runtime/key_hash.h"
+
 #include <algorithm>
 #include <bit>
-#include <functional>
 #include <limits>
 #include <new>
-#include <string_view>
 
 namespace cimple {
 
@@ -26,59 +26,10 @@ public:
         add_keys(declared, instance);
     }
 
-    std::size_t hash() const noexcept { return _hash; }
+    std::size_t hash() const noexcept { return _hash.value(); }
     bool regular() const noexcept { return _regular; }
 
 private:
-    void add_number(std::size_t number) noexcept {
-        _hash ^= number + 0x9E3779B97F4A7C15u + (_hash << 6) + (_hash >> 2);
-        _hash *= 0xD6E8FEB86659FD93u;
-        _hash ^= _hash >> 32;
-    }
-
-    void add_bytes(const void* bytes, std::size_t size) noexcept {
-        add_number(std::hash<std::string_view>()({static_cast<const char*>(bytes), size}));
-    }
-
-    void add_value(Type type, const void* value) noexcept {
-        switch (type) {
-        case REAL32:
-            add_real(*static_cast<const real32*>(value));
-            break;
-        case REAL64:
-            add_real(*static_cast<const real64*>(value));
-            break;
-        case STRING:
-            add_number(std::hash<std::string_view>()(static_cast<const String*>(value)->view()));
-            break;
-        case DATETIME:
-            add_number(static_cast<const Datetime*>(value)->get_usec());
-            break;
-        default:
-            add_bytes(value, type_width(type));
-        }
-    }
-
-    // Zero has two forms that are equal.
-    void add_real(real64 value) noexcept {
-        add_number(std::bit_cast<uint64>(value == 0 ? real64{0} : value));
-    }
-
-    void add_property(const Meta_Property& property, const Instance& instance) noexcept {
-        const Type type = static_cast<Type>(property.type);
-        add_number(null_flag(&instance, property));
-        const void* at = field(&instance, property.offset);
-        if (!property.is_array()) {
-            add_value(type, at);
-            return;
-        }
-        const Array_Base& array = *static_cast<const Array_Base*>(at);
-        add_number(array.size());
-        for (std::size_t i = 0; i < array.size(); ++i) {
-            add_value(type, array.at(i));
-        }
-    }
-
     // `key` is feature `index` of the declared class. Classes of one hierarchy mostly have a
     // feature at the same place.
     static const Meta_Feature* find_key(const Meta_Structure& structure, const Meta_Feature& key,
@@ -119,16 +70,16 @@ private:
             if (!same_form(key, found)) {
                 _regular = false;
             } else if (key.has(FLAG_PROPERTY)) {
-                add_property(as_property(*found), instance);
+                _hash.add_property(as_property(*found), instance);
             } else if (const Instance* target = reference_field(&instance, as_reference(*found))) {
                 add_keys(*as_reference(key).meta_class, *target);
             } else {
-                add_number(0);
+                _hash.add_number(0);
             }
         }
     }
 
-    std::size_t _hash = 0;
+    Value_Hash _hash;
     bool _regular = true;
 };
 
@@ -170,6 +121,43 @@ Instance* Instance_Map::lookup(const Instance* instance) const {
     return position < 0 ? nullptr : get(static_cast<std::size_t>(position));
 }
 
+std::vector<uint32> Instance_Map::select(const Instance_Selector& selector) const {
+    std::vector<uint32> selected;
+    const auto test = [&](std::size_t position) {
+        if (selector.accepts(get(position))) {
+            selected.push_back(static_cast<uint32>(position));
+        }
+    };
+    if (selector.is_by_key()) {
+        // The model is the first argument of `key_eq`: it is the model that must be regular here.
+        const Key_Hash key(*_meta_class, selector.instance());
+        if (key.regular() && !_buckets.empty()) {
+            const std::size_t mask = _buckets.size() - 1;
+            for (std::size_t at = key.hash() & mask; _buckets[at] != 0; at = (at + 1) & mask) {
+                const std::size_t position = _buckets[at] - 1;
+                if (_hashes[position] == key.hash()) {
+                    test(position);
+                }
+            }
+            return selected;
+        }
+    } else {
+        if (_ends == nullptr) {
+            _ends = std::make_unique<const End_Index>(_instances);
+        }
+        if (const auto candidates = _ends->candidates(selector.instance())) {
+            for (const uint32 position : *candidates) {
+                test(position);
+            }
+            return selected;
+        }
+    }
+    for (std::size_t position = 0; position < size(); ++position) {
+        test(position);
+    }
+    return selected;
+}
+
 long Instance_Map::insert(Instance* instance) {
     if (instance == nullptr) {
         return -1;
@@ -187,12 +175,14 @@ void Instance_Map::remove(std::size_t position) noexcept {
     if (position >= size()) {
         return;
     }
+    _ends.reset();
     _instances.remove(position);
     _hashes.erase(_hashes.begin() + static_cast<std::ptrdiff_t>(position));
     fill_buckets();
 }
 
 void Instance_Map::clear() noexcept {
+    _ends.reset();
     for (Instance* instance : _instances) {
         destroy(instance);
     }
@@ -231,6 +221,7 @@ void Instance_Map::grow(std::size_t size) {
 }
 
 void Instance_Map::append(Instance* instance, std::size_t hash, bool regular) noexcept {
+    _ends.reset();
     _instances.append(instance);
     _hashes.push_back(hash);
     _regular = _regular && regular;

@@ -2,18 +2,21 @@
 #ifndef TVR_RUNTIME_INSTANCE_MAP_H
 #define TVR_RUNTIME_INSTANCE_MAP_H
 
-#include "runtime/instance.h"
+#include "runtime/end_index.h"
 
+#include <memory>
 #include <vector>
 
 namespace cimple {
 
 // A map owns its members and destroys them, whatever their count, when it is cleared or ends: what
 // leaves a map is always a clone. A hash of the keys beside the array makes find, lookup, insert
-// and the copy of a map linear in its size; answers and order are those of a linear search.
-// The keys of a member stay as they are while it is in the map.
-// No lock of its own: its owner provides it. Growth that fails throws std::bad_alloc with the map
-// unchanged.
+// and the copy of a map linear in its size, and an index of the ends of associations makes `select`
+// cost what it selects; answers and order are those of a linear search.
+// The keys of a member, its references and the keys of what they refer to stay as they are while it
+// is in the map.
+// No lock of its own: its owner provides it, for const members too. Growth that fails throws
+// std::bad_alloc with the map unchanged.
 class Instance_Map {
 public:
     explicit Instance_Map(const Meta_Class* meta_class) noexcept : _meta_class(meta_class) {}
@@ -27,6 +30,10 @@ public:
     // instance)`), or -1.
     long find(const Instance* instance) const;
     Instance* lookup(const Instance* instance) const;
+
+    // Positions, ascending, of the members that the selector accepts. The first call for the end of
+    // an association since the map last changed reads all members, to index their ends.
+    std::vector<uint32> select(const Instance_Selector& selector) const;
 
     // Appends the instance, takes over the caller's count and gives the position; or -1, and takes
     // nothing, if a member has the same keys.
@@ -66,6 +73,7 @@ private:
     // False once a member lacks a key of the map's class, or has it in another form: such a member
     // can equal a probe of another hash, so that from then on every search is linear.
     bool _regular = true;
+    mutable std::unique_ptr<const End_Index> _ends; // null until it is asked for
 };
 
 // A map whose members are all of class `C`.

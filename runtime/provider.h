@@ -7,6 +7,7 @@
 
 namespace cimple {
 
+class Instance_Selector;
 struct Registration;
 
 // The dispatcher of a class: operation code and up to eight untyped words. Callers pad with null.
@@ -124,6 +125,9 @@ using Instance_Enumerator_Proc = bool (*)(Instance* instance, int status, void* 
 struct Enum_Instances_Handler {
     Instance_Enumerator_Proc proc;
     void* client_data;
+    // Null, or which instances the caller will keep: a provider may leave out what the selector
+    // rejects, the caller drops it anyway. See runtime/association.h.
+    const Instance_Selector* selector = nullptr;
 
     // Passes a fresh instance on, with its count.
     bool handle(Instance* instance) const { return proc(instance, ENUM_INSTANCES_OK, client_data); }
@@ -167,8 +171,26 @@ public:
     // caller: an instance on success, and whatever goes with a status of the provider's own.
     Get_Instance_Status get_instance(const Instance* model, Instance*& instance) const;
 
+    // `proc` bears what the selector rejects too.
     Enum_Instances_Status enum_instances(const Instance* model, Instance_Enumerator_Proc proc,
-                                         void* client_data) const;
+                                         void* client_data,
+                                         const Instance_Selector* selector = nullptr) const;
+
+    // Traversals of the provider's association class from one of its ends. They ask the provider;
+    // where it has no traversal of its own they enumerate its class and choose by the ends. What is
+    // found goes to `proc` with its count, each with status 0, and at last a null. Names of classes
+    // and roles are as for the functions of runtime/association.h. Of another class than an
+    // association nothing is asked: that is a failure without a closing call.
+
+    // The other ends of the associations that have `instance` at an end.
+    Enum_Associator_Names_Status
+    enum_associator_names(const Instance* instance, const String& result_class, const String& role,
+                          const String& result_role, Instance_Enumerator_Proc proc,
+                          void* client_data) const;
+    // The associations themselves. The null flags of `model` tell which properties are wanted.
+    Enum_References_Status enum_references(const Instance* instance, const Instance* model,
+                                           const String& role, Instance_Enumerator_Proc proc,
+                                           void* client_data) const;
 
     const Registration* registration() const noexcept { return _registration; }
 
