@@ -1,96 +1,57 @@
 #include "tests/adapter/fixture.h"
 
-#include <cstddef>
-
-#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+#include "tests/runtime/meta_records.h"
 
 namespace cimple {
 
 namespace {
 
-constexpr Meta_Property property(const char* name, uint32 flags, Type type, sint16 subscript,
-                                 std::size_t offset) {
-    return {{0, FLAG_PROPERTY | FLAG_READ | flags, name, nullptr, 0},
-            static_cast<uint16>(type),
-            subscript,
-            static_cast<uint32>(offset),
-            nullptr};
-}
-constexpr Meta_Reference reference(const char* name, uint32 flags, sint16 subscript,
-                                   const Meta_Class* meta_class, std::size_t offset) {
-    return {{0, FLAG_REFERENCE | flags, name, nullptr, 0},
-            subscript,
-            meta_class,
-            static_cast<uint32>(offset)};
-}
+SCALAR(Part, Id, STRING, FLAG_KEY);
+SCALAR(Part, Slot, UINT32, 0);
+SCALAR(Special_Part, Extra, STRING, 0);
+REFERENCE(Link, Next, Link, FLAG_KEY, 0);
 
-#define SCALAR(structure, name, flags, type)                                                       \
-    const Meta_Property structure##_##name =                                                       \
-        property(#name, flags, type, 0, offsetof(structure, name))
-#define ARRAY_OF(structure, name, type)                                                            \
-    const Meta_Property structure##_##name = property(#name, 0, type, -1, offsetof(structure, name))
-#define REFERENCE(structure, name, flags, target, subscript)                                       \
-    const Meta_Reference structure##_##name =                                                      \
-        reference(#name, flags, subscript, &target::static_meta_class, offsetof(structure, name))
-
-SCALAR(Part, Id, FLAG_KEY, STRING);
-SCALAR(Part, Slot, 0, UINT32);
-SCALAR(Special_Part, Extra, 0, STRING);
-REFERENCE(Link, Next, FLAG_KEY, Link, 0);
-
-SCALAR(Widget, Name, FLAG_KEY, STRING);
-SCALAR(Widget, Index, FLAG_KEY, UINT32);
+SCALAR(Widget, Name, STRING, FLAG_KEY);
+SCALAR(Widget, Index, UINT32, FLAG_KEY);
 #define X(name, type, code, sample, other)                                                         \
-    SCALAR(Widget, name, 0, code);                                                                 \
-    ARRAY_OF(Widget, name##s, code);
+    SCALAR(Widget, name, code, 0);                                                                 \
+    ARRAY_OF(Widget, name##s, code, 0);
 WIDGET_TYPES(X)
 #undef X
-REFERENCE(Widget, Owner, 0, Part, 0);
-REFERENCE(Widget, Inner, FLAG_EMBEDDED_INSTANCE, Part, 0);
-REFERENCE(Widget, Owners, 0, Part, -1);
-REFERENCE(Widget, Inners, FLAG_EMBEDDED_OBJECT, Part, -1);
+REFERENCE(Widget, Owner, Part, 0, 0);
+REFERENCE(Widget, Inner, Part, FLAG_EMBEDDED_INSTANCE, 0);
+REFERENCE(Widget, Owners, Part, 0, -1);
+REFERENCE(Widget, Inners, Part, FLAG_EMBEDDED_OBJECT, -1);
 
-SCALAR(Widget_Turn, Angle, FLAG_IN, UINT16);
-SCALAR(Widget_Turn, Mode, FLAG_IN | FLAG_OUT, STRING);
-SCALAR(Widget_Turn, Turned, FLAG_OUT, UINT32);
-REFERENCE(Widget_Turn, Target, FLAG_IN, Part, 0);
-SCALAR(Widget_Turn, Fast, FLAG_IN, BOOLEAN);
-SCALAR(Widget_Turn, Wide, FLAG_IN, UINT64);
-SCALAR(Widget_Turn, Start, FLAG_IN, DATETIME);
-REFERENCE(Widget_Turn, Detail, FLAG_IN | FLAG_OUT | FLAG_EMBEDDED_INSTANCE, Part, 0);
-REFERENCE(Widget_Turn, Details, FLAG_IN | FLAG_EMBEDDED_INSTANCE, Part, -1);
-SCALAR(Widget_Turn, return_value, FLAG_OUT, UINT32);
+SCALAR(Widget_Turn, Angle, UINT16, FLAG_IN);
+SCALAR(Widget_Turn, Mode, STRING, FLAG_IN | FLAG_OUT);
+SCALAR(Widget_Turn, Turned, UINT32, FLAG_OUT);
+REFERENCE(Widget_Turn, Target, Part, FLAG_IN, 0);
+SCALAR(Widget_Turn, Fast, BOOLEAN, FLAG_IN);
+SCALAR(Widget_Turn, Wide, UINT64, FLAG_IN);
+SCALAR(Widget_Turn, Start, DATETIME, FLAG_IN);
+REFERENCE(Widget_Turn, Detail, Part, FLAG_IN | FLAG_OUT | FLAG_EMBEDDED_INSTANCE, 0);
+REFERENCE(Widget_Turn, Details, Part, FLAG_IN | FLAG_EMBEDDED_INSTANCE, -1);
+SCALAR(Widget_Turn, return_value, UINT32, FLAG_OUT);
 
-const Meta_Feature* const turn_features[] = {
+using Features = const Meta_Feature* const[];
+constexpr Features turn_features = {
     &Widget_Turn_Angle,   &Widget_Turn_Mode,         &Widget_Turn_Turned, &Widget_Turn_Target,
     &Widget_Turn_Fast,    &Widget_Turn_Wide,         &Widget_Turn_Start,  &Widget_Turn_Detail,
     &Widget_Turn_Details, &Widget_Turn_return_value,
 };
-const Meta_Feature* const part_features[] = {&Part_Id, &Part_Slot};
-const Meta_Feature* const special_part_features[] = {&Part_Id, &Part_Slot, &Special_Part_Extra};
-const Meta_Feature* const link_features[] = {&Link_Next};
-const Meta_Feature* const widget_features[] = {&Widget_Name,
-                                               &Widget_Index,
-                                               &Widget_Owner,
-                                               &Widget_Inner,
-                                               &Widget_Owners,
-                                               &Widget_Inners,
-                                               &Widget_Turn::static_meta_class,
-#define X(name, type, code, sample, other) &Widget_##name, &Widget_##name##s,
-                                               WIDGET_TYPES(X)
+constexpr Features part_features = {&Part_Id, &Part_Slot};
+constexpr Features special_part_features = {&Part_Id, &Part_Slot, &Special_Part_Extra};
+constexpr Features link_features = {&Link_Next};
+#define X(name, type, code, sample, other) , &Widget_##name, &Widget_##name##s
+constexpr Features widget_features = {&Widget_Name,
+                                      &Widget_Index,
+                                      &Widget_Owner,
+                                      &Widget_Inner,
+                                      &Widget_Owners,
+                                      &Widget_Inners,
+                                      &Widget_Turn::static_meta_class WIDGET_TYPES(X)};
 #undef X
-};
-const uint8 widget_locals[std::size(widget_features)] = {};
-
-template <std::size_t size>
-constexpr Meta_Class meta_class(const char* name, const Meta_Feature* const (&features)[size],
-                                std::size_t bytes, const Meta_Class* parent, uint64 keys) {
-    return {{{0, FLAG_CLASS, name, nullptr, 0}, features, size, bytes},
-            widget_locals,
-            parent,
-            keys,
-            &fixture_repository};
-}
 
 // What an operation gets, kept for the test.
 void keep(Ref<>& to, void* instance) {
@@ -163,19 +124,15 @@ int provider(const Registration*, int operation, void* arg0, void* arg1, void* a
 
 } // namespace
 
-const Meta_Class Part::static_meta_class =
-    meta_class("Part", part_features, sizeof(Part), nullptr, 1);
-const Meta_Class Special_Part::static_meta_class = meta_class(
-    "Special_Part", special_part_features, sizeof(Special_Part), &Part::static_meta_class, 1);
-const Meta_Class Link::static_meta_class =
-    meta_class("Link", link_features, sizeof(Link), nullptr, 1);
-const Meta_Class Widget::static_meta_class =
-    meta_class("Widget", widget_features, sizeof(Widget), nullptr, 2);
-const Meta_Method Widget_Turn::static_meta_class = {{{0, FLAG_METHOD, "Turn", nullptr, 0},
-                                                     turn_features,
-                                                     std::size(turn_features),
-                                                     sizeof(Widget_Turn)},
-                                                    UINT32};
+#define CLASS(Class, features, parent, keys)                                                       \
+    const Meta_Class Class::static_meta_class =                                                    \
+        class_record<Class>(#Class, FLAG_CLASS, features, parent, keys, fixture_repository)
+CLASS(Part, part_features, nullptr, 1);
+CLASS(Special_Part, special_part_features, &Part::static_meta_class, 1);
+CLASS(Link, link_features, nullptr, 1);
+CLASS(Widget, widget_features, nullptr, 2);
+const Meta_Method Widget_Turn::static_meta_class =
+    method_record<Widget_Turn>("Turn", turn_features);
 
 namespace {
 const Meta_Class* const classes[] = {&Part::static_meta_class, &Special_Part::static_meta_class,
