@@ -96,17 +96,22 @@ Datum datum_of(const CMPIValue* value, CMPIType type) {
     return datum;
 }
 
-template <class Content>
-CMPICount count_of(const typename Content::Type* object, const char* call, Entries Content::*held,
-                   CMPIStatus* rc) {
-    const auto* handle = enter<Content>(object, call, rc);
+// The name of a call as an argument of a template.
+template <std::size_t size> struct Call {
+    char name[size];
+    constexpr Call(const char (&text)[size]) { std::copy_n(text, size, name); }
+};
+
+template <class Content, auto held, Call call>
+CMPICount count_of(const typename Content::Type* object, CMPIStatus* rc) {
+    const auto* handle = enter<Content>(object, call.name, rc);
     return handle == nullptr ? 0 : static_cast<CMPICount>((*handle->content.*held).size());
 }
 
-template <class Content>
-CMPIData entry_at(const typename Content::Type* object, const char* call, Entries Content::*held,
-                  CMPICount index, CMPIString** name, CMPIStatus* rc) {
-    const auto* handle = enter<Content>(object, call, rc);
+template <class Content, auto held, Call call>
+CMPIData entry_at(const typename Content::Type* object, CMPICount index, CMPIString** name,
+                  CMPIStatus* rc) {
+    const auto* handle = enter<Content>(object, call.name, rc);
     if (handle == nullptr || index >= (*handle->content.*held).size()) {
         set(rc, failed);
         return CMPIData{};
@@ -118,10 +123,10 @@ CMPIData entry_at(const typename Content::Type* object, const char* call, Entrie
     return data_of(handle->broker, entry.datum);
 }
 
-template <class Content>
-CMPIStatus set_entry(const typename Content::Type* object, const char* call, Entries Content::*held,
-                     const char* name, const CMPIValue* value, CMPIType type) {
-    const auto* handle = enter<Content>(object, call, nullptr);
+template <class Content, auto held, Call call>
+CMPIStatus set_entry(const typename Content::Type* object, const char* name, const CMPIValue* value,
+                     CMPIType type) {
+    const auto* handle = enter<Content>(object, call.name, nullptr);
     if (handle == nullptr) {
         return failed;
     }
@@ -201,18 +206,16 @@ const CMPIInstanceFT instance_ft{
         if (Broker::of(instance).throws) {
             throw std::runtime_error("getPropertyAt");
         }
-        return entry_at<Inst>(instance, "getPropertyAt", &Inst::properties, index, name, rc);
+        return entry_at<Inst, &Inst::properties, "getPropertyAt">(instance, index, name, rc);
     },
-    [](const CMPIInstance* instance, CMPIStatus* rc) {
-        return count_of<Inst>(instance, "getPropertyCount", &Inst::properties, rc);
-    },
+    count_of<Inst, &Inst::properties, "getPropertyCount">,
     [](const CMPIInstance* instance, const char* name, const CMPIValue* value, CMPIType type) {
         const Inst& content = Broker::of(instance);
         if (content.filtered && !content.allowed.contains(name) &&
             content.path.keys.find(name) == nullptr) {
             return ok;
         }
-        return set_entry<Inst>(instance, "setProperty", &Inst::properties, name, value, type);
+        return set_entry<Inst, &Inst::properties, "setProperty">(instance, name, value, type);
     },
     [](const CMPIInstance* instance, CMPIStatus* rc) -> CMPIObjectPath* {
         const auto* handle = enter<Inst>(instance, "getObjectPath", rc);
@@ -234,53 +237,34 @@ const CMPIInstanceFT instance_ft{
         return ok;
     }};
 
-CMPIString* name_of(const CMPIObjectPath* path, const char* call, std::string Path::*name,
-                    CMPIStatus* rc) {
-    const auto* handle = enter<Path>(path, call, rc);
+template <auto name, Call call> CMPIString* name_of(const CMPIObjectPath* path, CMPIStatus* rc) {
+    const auto* handle = enter<Path>(path, call.name, rc);
     return handle == nullptr || handle->content->unset_names
                ? nullptr
                : handle->broker.add(Text{*handle->content.*name});
 }
 
-const CMPIObjectPathFT path_ft{
-    100,
-    release<Path>,
-    no_clone<Path>,
-    nullptr,
-    [](const CMPIObjectPath* path, CMPIStatus* rc) {
-        return name_of(path, "getNameSpace", &Path::name_space, rc);
-    },
-    nullptr,
-    nullptr,
-    nullptr,
-    [](const CMPIObjectPath* path, CMPIStatus* rc) {
-        return name_of(path, "getClassName", &Path::class_name, rc);
-    },
-    [](const CMPIObjectPath* path, const char* key, const CMPIValue* value, CMPIType type) {
-        return set_entry<Path>(path, "addKey", &Path::keys, key, value, type);
-    },
-    nullptr,
-    [](const CMPIObjectPath* path, CMPICount index, CMPIString** name, CMPIStatus* rc) {
-        return entry_at<Path>(path, "getKeyAt", &Path::keys, index, name, rc);
-    },
-    [](const CMPIObjectPath* path, CMPIStatus* rc) {
-        return count_of<Path>(path, "getKeyCount", &Path::keys, rc);
-    }};
+const CMPIObjectPathFT path_ft{100,
+                               release<Path>,
+                               no_clone<Path>,
+                               nullptr,
+                               name_of<&Path::name_space, "getNameSpace">,
+                               nullptr,
+                               nullptr,
+                               nullptr,
+                               name_of<&Path::class_name, "getClassName">,
+                               set_entry<Path, &Path::keys, "addKey">,
+                               nullptr,
+                               entry_at<Path, &Path::keys, "getKeyAt">,
+                               count_of<Path, &Path::keys, "getKeyCount">};
 
-const CMPIArgsFT args_ft{
-    100,
-    release<Args>,
-    no_clone<Args>,
-    [](const CMPIArgs* args, const char* name, const CMPIValue* value, CMPIType type) {
-        return set_entry<Args>(args, "addArg", &Args::arguments, name, value, type);
-    },
-    nullptr,
-    [](const CMPIArgs* args, CMPICount index, CMPIString** name, CMPIStatus* rc) {
-        return entry_at<Args>(args, "getArgAt", &Args::arguments, index, name, rc);
-    },
-    [](const CMPIArgs* args, CMPIStatus* rc) {
-        return count_of<Args>(args, "getArgCount", &Args::arguments, rc);
-    }};
+const CMPIArgsFT args_ft{100,
+                         release<Args>,
+                         no_clone<Args>,
+                         set_entry<Args, &Args::arguments, "addArg">,
+                         nullptr,
+                         entry_at<Args, &Args::arguments, "getArgAt">,
+                         count_of<Args, &Args::arguments, "getArgCount">};
 
 template <class Content>
 CMPIStatus return_datum(const CMPIResult* result, const typename Content::Type* object,

@@ -1,6 +1,5 @@
 // The adapter under the strict object manager, with the rules of ownership watched over.
 #include "host/object_manager.h"
-#include "runtime/cimom.h"
 #include "tests/adapter/fixture.h"
 
 #include <string>
@@ -51,8 +50,6 @@ protected:
         options.factories = find_factory;
         options.name_spaces = {"root/test"};
         options.broker_version = GetParam();
-        options.instances = {Cim_Instance(Cim_Path("root/up", "Part", {{"Id", "a"}}),
-                                          {{"Id", "a"}, {"Slot", std::uint32_t{3}}})};
         return options;
     }
 
@@ -98,32 +95,6 @@ TEST_P(Host_Test, InstancesAndArgumentsGoOutAndComeIn) {
     EXPECT_EQ(answer.return_value(), Cim_Value(std::uint32_t{7}));
     EXPECT_EQ(answer.out["Mode"], Cim_Value("done"));
     EXPECT_EQ(answer.out["Detail"].as_instance()["Slot"], Cim_Value(std::uint32_t{4}));
-}
-
-TEST_P(Host_Test, ProvidersAndTheirThreadsCallUp) {
-    static int found;
-    found = 0;
-    const auto count_parts = [](void*) -> void* {
-        const Ref<Part> model = make<Part>();
-        Instance_Enumerator enumerator;
-        EXPECT_EQ(cimom::enum_instances("root/up", model.get(), enumerator), 0);
-        for (; enumerator.more(); enumerator.next()) {
-            EXPECT_EQ(static_cast<Part*>(enumerator.get().get())->Slot.value, 3u);
-            ++found;
-        }
-        return nullptr;
-    };
-    script.hook = [&](int operation) {
-        if (operation == OPERATION_ENUM_INSTANCES) {
-            count_parts(nullptr);
-            Thread thread;
-            ASSERT_EQ(Thread::create_joinable(thread, count_parts, nullptr), 0);
-            void* ignored = nullptr;
-            EXPECT_EQ(Thread::join(thread, ignored), 0);
-        }
-    };
-    EXPECT_EQ(manager.enumerate_instances("root/test", "Widget").rc, 0);
-    EXPECT_EQ(found, 2);
 }
 
 } // namespace
