@@ -112,19 +112,16 @@ TEST_F(Up_Call_Test, TheTopContextDecides) {
 
 TEST_F(Up_Call_Test, UserNamesComeFromThePrincipal) {
     const Runtime_Log log;
-    String name = "nobody";
-    fake::Context content;
-    CMPI_Thread_Context without(broker.get(), context);
-    EXPECT_FALSE(without.get_username(name));
+    const auto name_in = [&](fake::Context content) -> std::string {
+        String name = "nobody";
+        CMPI_Thread_Context of(broker.get(), broker.context(std::move(content)));
+        EXPECT_EQ(of.get_username(name), !name.equal("nobody"));
+        return name.c_str();
+    };
+    EXPECT_EQ(name_in({}), "nobody");
     EXPECT_TRUE(log.has("username not OK cmpirc=6"));
-    content.entries.set("CMPIPrincipal", fake::uint32(1));
-    CMPI_Thread_Context odd(broker.get(), broker.context(content));
-    EXPECT_FALSE(odd.get_username(name));
-    EXPECT_TRUE(name.equal("nobody"));
-    content.entries.set("CMPIPrincipal", fake::string("root"));
-    CMPI_Thread_Context with(broker.get(), broker.context(content));
-    EXPECT_TRUE(with.get_username(name));
-    EXPECT_TRUE(name.equal("root"));
+    EXPECT_EQ(name_in({{{{"CMPIPrincipal", fake::uint32(1)}}}}), "nobody");
+    EXPECT_EQ(name_in({{{{"CMPIPrincipal", fake::string("root")}}}}), "root");
 }
 
 class Thread_Context_Test : public Up_Call_Test {

@@ -8,21 +8,6 @@
 namespace cimple {
 namespace {
 
-TEST(String, empty_texts_share_one_block_that_holds_nothing) {
-    const String a;
-    const String b("");
-    const String c(nullptr);
-    String d("text");
-    d.clear();
-    String e("text");
-    e.assign("");
-    for (const String* s : std::initializer_list<const String*>{&b, &c, &d, &e}) {
-        EXPECT_TRUE(a.same_block(*s));
-    }
-    EXPECT_EQ(a.capacity(), 0u);
-    EXPECT_STREQ(a.c_str(), "");
-}
-
 TEST(String, capacity_is_the_least_power_of_two_from_32) {
     EXPECT_EQ(String(std::string(32, 'x')).capacity(), 32u);
     EXPECT_EQ(String(std::string(33, 'x')).capacity(), 64u);

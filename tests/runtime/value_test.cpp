@@ -68,30 +68,6 @@ TEST(Value, holds_a_count_on_each_instance) {
     EXPECT_EQ(device->__refs, 1u);
 }
 
-TEST(Value, moves_every_field_from_instance_to_instance) {
-    const Ref<Values> from = make<Values>(false);
-#define X(code, type, sample, other)                                                               \
-    from->scalar_##code.set(sample);                                                               \
-    from->array_##code.set(Array<type>{sample, other});
-    SAMPLE_TYPES(X)
-#undef X
-    from->array_STRING.null = 1;
-    const Ref<Values> to = make<Values>();
-    for (const Meta_Feature* each : Values::static_meta_class) {
-        Value value;
-        ASSERT_EQ(Value::get(value, from.get(), each), 0) << each->name;
-        EXPECT_EQ(value.type(), Value::kind_of(*each));
-        ASSERT_EQ(Value::set(value, to.get(), each), 0) << each->name;
-    }
-#define X(code, type, sample, other)                                                               \
-    EXPECT_TRUE(to->scalar_##code.value == sample && !to->scalar_##code.is_null());                \
-    EXPECT_TRUE(to->array_##code.value == from->array_##code.value);                               \
-    EXPECT_EQ(to->array_##code.null, from->array_##code.null);
-    SAMPLE_TYPES(X)
-#undef X
-    EXPECT_TRUE(to->array_STRING.is_null()) << "the payload goes along with the null flag";
-}
-
 TEST(Value, references_get_counts_of_their_own) {
     const Ref<Device> device = make_device("host", 1);
     const Ref<Port> port = make_device<Port>("host", 2);
