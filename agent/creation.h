@@ -3,8 +3,12 @@
 #define TVR_AGENT_CREATION_H
 
 #include "agent/namespaces.h"
+#include "agent/provider_agent.h"
 #include "common/logger.h"
 #include "runtime/instance_map.h"
+
+#include <new>
+#include <optional>
 
 namespace cimple {
 
@@ -19,6 +23,15 @@ template <class C> Ref<C> make(const char* name_space = implementation_namespace
 }
 
 inline constexpr const char* any_namespace = nullptr;
+
+// The same; null when memory is exhausted.
+template <class C> Ref<C> try_make(const char* name_space = implementation_namespace) noexcept {
+    try {
+        return make<C>(name_space);
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
 
 // A copy of an instance for the reference fields of associations, which share it with a count each:
 // the instance as it is now, whatever changes in it later.
@@ -36,6 +49,14 @@ private:
     Ref<C> _copy;
 };
 
+// The end that the first instance of a map is; nothing for an empty map.
+template <class C> std::optional<End<C>> first_end(const Class_Map<C>& map) {
+    if (map.empty()) {
+        return std::nullopt;
+    }
+    return End<C>(*map.get(0));
+}
+
 // Hands the finished instance to the map, which owns it from there; the result is the map's. Null,
 // with the line `failure` in the log and the instance destroyed, if its key is there already.
 template <class C> C* insert(Class_Map<C>& map, Ref<C> instance, const char* failure) {
@@ -44,6 +65,29 @@ template <class C> C* insert(Class_Map<C>& map, Ref<C> instance, const char* fai
         return nullptr;
     }
     return instance.release();
+}
+
+// Hands the finished instance to the map that its class is answered from. Null if its key is there
+// already; the log then has a line with the map's name.
+template <class C> C* add(ProviderAgent& agent, Ref<C> instance) {
+    const long position = (agent.*map_of<C>).insert(instance.get());
+    if (position < 0) {
+        TVR_LOG("Insert Failed : %s", map_name<C>);
+        return nullptr;
+    }
+    return instance.release();
+}
+
+// Thrown where a failed insert ends a rebuild early: the maps keep what was made so far.
+struct Rebuild_Ended {};
+
+// As `add`, for instances that a rebuild can't go on without.
+template <class C> C& add_or_end(ProviderAgent& agent, Ref<C> instance) {
+    C* added = add(agent, std::move(instance));
+    if (added == nullptr) {
+        throw Rebuild_Ended();
+    }
+    return *added;
 }
 
 } // namespace cimple

@@ -1,8 +1,9 @@
-// The instances of adapters and their ports.
-#include "agent/creation.h"
+// The logical side of a port: the port itself, statistics, controllers, endpoint, and what joins
+// them with one another, with the adapter and with the host's services.
+#include "access/diag_test_func.h"
+#include "agent/adapter_instances.h"
+#include "agent/port_inventory.h"
 #include "agent/port_tables.h"
-#include "agent/provider_agent.h"
-#include "common/tvr_common.h"
 
 namespace cimple {
 
@@ -10,29 +11,61 @@ namespace {
 
 constexpr uint16 usage_front_end_only = 4;
 constexpr uint16 link_technology_fc = 4;
+constexpr uint16 kind_driver = 9; // of software
+
+// Profiles that an instance conforms to.
+constexpr const char* port_profiles[] = {"Physical Package", "Host Discovered Resources",
+                                         "FC Initiator Ports", "Access Points"};
+constexpr const char* controller_profiles[] = {"Storage HBA", "FC HBA"};
+
+// One identification of a port: what it is, and its text.
+void identify(TVRHBA_FCPort& port, const String& info, const char* description) {
+    port.OtherIdentifyingInfo.value.append(info);
+    port.OtherIdentifyingInfo.null = 0;
+    port.IdentifyingDescriptions.value.append(description);
+    port.IdentifyingDescriptions.null = 0;
+}
+
+// The keys of a logical device or endpoint, and the texts that all of a port's have.
+template <class C>
+Ref<C> make_of_port(const CIM_ComputerSystem& system, const FCAdapterAttributes& adapter,
+                    const char* class_name) {
+    auto instance = make<C>();
+    instance->SystemCreationClassName.set(system.CreationClassName.value);
+    instance->SystemName.set(system.Name.value);
+    instance->CreationClassName.set(class_name);
+    instance->Description.set(adapter.ModelDescription);
+    instance->ElementName.set(adapter.NodeSymbolicName);
+    return instance;
+}
+
+template <class C> void set_status(C& instance, const Port_Status& status) {
+    instance.OperationalStatus.set(Array<uint16>{status.operational_status});
+    instance.StatusDescriptions.set(Array<String>{status.description});
+}
 
 Ref<TVRHBA_FCPort> make_port(const CIM_ComputerSystem& system, const FCAdapterAttributes& adapter,
                              const FCPort& fc_port) {
     const FCPortAttributes& attributes = *fc_port.getFCAttributes();
     const String wwpn = fc_port.getPortName();
-    auto port = make<TVRHBA_FCPort>();
-    port->SystemCreationClassName.set(system.CreationClassName.value);
-    port->SystemName.set(system.Name.value);
-    port->CreationClassName.set("TVRHBA_FCPort");
+    auto port = make_of_port<TVRHBA_FCPort>(system, adapter, "TVRHBA_FCPort");
     port->DeviceID.set(wwpn);
     port->Name.set(wwpn);
     port->PermanentAddress.set(wwpn);
     port->NetworkAddresses.set(Array<String>{wwpn});
-    port->Description.set(adapter.ModelDescription);
-    port->ElementName.set(adapter.NodeSymbolicName);
     port->PortNumber.set(static_cast<uint16>(adapter.portNumber));
+    uint16 beacon = 0;
+    if (TVR_DiagTestFunc::GetBeaconState(&beacon, fc_port.getPortName()) == 0) {
+        port->LocationIndicator.set(beacon);
+    }
     port->UsageRestriction.set(usage_front_end_only);
     port->FCID.set(attributes.PortFcId);
     port->NumberOfDiscoveredPorts.set(attributes.NumberofDiscoveredPorts);
     port->OperationalFirmware.set(adapter.operationalFirmware + ":v" + adapter.FirmwareVersion);
     port->FabricName.set(attributes.FabricName);
-    port->OtherIdentifyingInfo.set(Array<String>{attributes.OSDeviceName, adapter.ieeeAddress});
-    port->IdentifyingDescriptions.set(Array<String>{"OS Device Name", "TAVRIN:IEEE_ADDRESS"});
+    FillPortVPD(*port, fc_port.getPortName());
+    identify(*port, attributes.OSDeviceName, "OS Device Name");
+    identify(*port, adapter.ieeeAddress, "TAVRIN:IEEE_ADDRESS");
 
     const Port_Type type = port_type(attributes.PortType);
     port->PortType.set(type.type);
@@ -42,9 +75,7 @@ Ref<TVRHBA_FCPort> make_port(const CIM_ComputerSystem& system, const FCAdapterAt
     }
     TVR_LOG("***************Port Status: %d******************",
             static_cast<int>(attributes.PortState));
-    const Port_Status status = port_status(attributes.PortState);
-    port->OperationalStatus.set(Array<uint16>{status.operational_status});
-    port->StatusDescriptions.set(Array<String>{status.description});
+    set_status(*port, port_status(attributes.PortState));
 
     // The adapter doesn't tell active classes from supported ones.
     const Array<uint16> classes = classes_of_service(attributes.PortSupportedClassofService);
@@ -60,32 +91,184 @@ Ref<TVRHBA_FCPort> make_port(const CIM_ComputerSystem& system, const FCAdapterAt
     return port;
 }
 
-} // namespace
-
-uint32 ProviderAgent::createAdapterInstances() {
-    for (const std::unique_ptr<Adapter>& adapter : m_pData->getAdapters()) {
-        if (adapter->getAdapterType() != ADAPTER_FC) {
-            TVR_LOG("Skippping Adapter [%s] since it is not an FC Adapter",
-                    adapter->getAdapterName().c_str());
-            continue;
-        }
-        const auto& fc_adapter = static_cast<const FCAdapter&>(*adapter);
-        for (const std::unique_ptr<Port>& port : fc_adapter.getPorts()) {
-            if (createPortInstances(*fc_adapter.getFCAttributes(),
-                                    static_cast<const FCPort&>(*port)) != 0) {
-                return TVR_FAILURE;
-            }
-        }
-    }
-    return 0;
+// Without counters, which are read when they are asked for.
+Ref<TVRHBA_FCPortStatistics> make_statistics(const std::string& wwpn) {
+    auto statistics = make<TVRHBA_FCPortStatistics>();
+    set_null_flags(statistics.get(), false, true, 1);
+    statistics->InstanceID.set("TVR FC HBA:HBA Statistics:" + wwpn);
+    statistics->ElementName.set(wwpn);
+    statistics->Description.set("Statistics for the FC port.");
+    return statistics;
 }
 
-uint32 ProviderAgent::createPortInstances(const FCAdapterAttributes& adapter,
-                                          const FCPort& fc_port) {
-    const TVRHBA_FCPort* port =
-        insert(m_TVRHBA_FCPort_map, make_port(computerSystem(), adapter, fc_port),
-               "Insert Failed : m_TVRHBA_FCPort_map");
-    return port != nullptr ? 0 : TVR_FAILURE;
+Ref<TVRHBA_SCSIProtocolController> make_protocol_controller(const CIM_ComputerSystem& system,
+                                                            const Adapter_Ends& adapter,
+                                                            const FCPort& fc_port) {
+    auto controller = make_of_port<TVRHBA_SCSIProtocolController>(system, adapter.attributes,
+                                                                  "TVRHBA_SCSIProtocolController");
+    controller->DeviceID.set(fc_port.getPortName());
+    controller->Name.set(fc_port.getPortName());
+    controller->NameFormat.set(uint16{2});
+    controller->MaxUnitsControlled.set(adapter.port_count);
+    set_status(*controller, controller_status(fc_port.getFCAttributes()->PortState));
+    return controller;
+}
+
+Ref<TVRHBA_PortController> make_port_controller(const CIM_ComputerSystem& system,
+                                                const Adapter_Ends& adapter,
+                                                const FCPort& fc_port) {
+    auto controller =
+        make_of_port<TVRHBA_PortController>(system, adapter.attributes, "TVRHBA_PortController");
+    controller->DeviceID.set(fc_port.getPortName());
+    controller->Name.set(adapter.attributes.NodeSymbolicName);
+    controller->ControllerType.set(uint16{4});
+    controller->ProtocolSupported.set(uint16{10});
+    controller->ProtocolDescription.set("SCSI Fibre Channel Protocol");
+    controller->MaxNumberControlled.set(adapter.port_count);
+    controller->Availability.set(uint16{3});
+    controller->EnabledState.set(uint16{5});
+    controller->RequestedState.set(uint16{5});
+    controller->EnabledDefault.set(uint16{2});
+    set_status(*controller, controller_status(fc_port.getFCAttributes()->PortState));
+    return controller;
+}
+
+Ref<TVRHBA_SCSIProtocolInitiatorEndpoint> make_endpoint(const CIM_ComputerSystem& system,
+                                                        const FCAdapterAttributes& adapter,
+                                                        const std::string& wwpn) {
+    auto endpoint = make_of_port<TVRHBA_SCSIProtocolInitiatorEndpoint>(
+        system, adapter, "TVRHBA_SCSIProtocolInitiatorEndpoint");
+    endpoint->Name.set(wwpn);
+    endpoint->ProtocolType.set(uint16{18});
+    endpoint->ProtocolIFType.set(uint16{56});
+    endpoint->ConnectionType.set(uint16{2});
+    endpoint->Role.set(uint16{2});
+    endpoint->EnabledDefault.set(uint16{5});
+    endpoint->EnabledState.set(uint16{0});
+    endpoint->RequestedState.set(uint16{0});
+    endpoint->OperationalStatus.set(Array<uint16>{0});
+    return endpoint;
+}
+
+// Whether the controller reaches its port: 1 for a port that is online, 0 where that is unknown.
+uint16 access_state(uint32 port_state) {
+    switch (port_state) {
+    case 1:
+        return 0;
+    case 2:
+        return 1;
+    default:
+        return 2;
+    }
+}
+
+template <class C, class Element, std::size_t count>
+void conform(ProviderAgent& agent, const char* const (&profiles)[count],
+             const End<Element>& element) {
+    for (const char* name : profiles) {
+        if (const TVRHBA_RegisteredProfile* profile = agent.findRegisteredProfile(name)) {
+            auto conformance = make<C>(any_namespace);
+            conformance->ConformantStandard = profile->clone();
+            conformance->ManagedElement = element;
+            add(agent, std::move(conformance));
+        }
+    }
+}
+
+// Associations by the names of their ends. The rebuild can't go on without them.
+template <class C, class Group, class Part>
+void add_component(ProviderAgent& agent, const End<Group>& group, const End<Part>& part,
+                   const char* name_space = implementation_namespace) {
+    auto component = make<C>(name_space);
+    component->GroupComponent = group;
+    component->PartComponent = part;
+    add_or_end(agent, std::move(component));
+}
+
+template <class C, class Antecedent, class Dependent>
+void add_dependency(ProviderAgent& agent, const End<Antecedent>& antecedent,
+                    const End<Dependent>& dependent,
+                    const char* name_space = implementation_namespace) {
+    auto dependency = make<C>(name_space);
+    dependency->Antecedent = antecedent;
+    dependency->Dependent = dependent;
+    add_or_end(agent, std::move(dependency));
+}
+
+// A service that the host has affects the port.
+template <class C, class Service>
+void add_effect(ProviderAgent& agent, const std::optional<End<Service>>& service,
+                const End<TVRHBA_FCPort>& port, const char* name_space = implementation_namespace) {
+    if (service) {
+        auto effect = make<C>(name_space);
+        effect->AffectedElement = port;
+        effect->AffectingElement = *service;
+        add(agent, std::move(effect));
+    }
+}
+
+} // namespace
+
+void create_port_instances(ProviderAgent& agent, const Host_Ends& host, const Adapter_Ends& adapter,
+                           const FCPort& fc_port) {
+    const CIM_ComputerSystem& system = host.computer_system;
+    const FCAdapterAttributes& attributes = adapter.attributes;
+    const std::string& wwpn = fc_port.getPortName();
+
+    const End port(add_or_end(agent, make_port(system, attributes, fc_port)));
+    conform<TVRHBA_FCPortConformsToProfile>(agent, port_profiles, port);
+    add_component<TVRHBA_FCPortSystemDevice>(agent, host.system, port, any_namespace);
+    auto member = make<TVRHBA_MemberOfCollection>();
+    member->Collection = adapter.port_group;
+    member->Member = port;
+    add_or_end(agent, std::move(member));
+
+    auto statistical_data = make<TVRHBA_ElementStatisticalData>();
+    statistical_data->ManagedElement = port;
+    statistical_data->Stats = add_or_end(agent, make_statistics(wwpn)).clone();
+    add_or_end(agent, std::move(statistical_data));
+
+    const End protocol_controller(
+        add_or_end(agent, make_protocol_controller(system, adapter, fc_port)));
+    add_dependency<TVRHBA_ProtocolControllerForPort>(agent, protocol_controller, port);
+    add_component<TVRHBA_SCSIProtocolControllerSystemDevice>(agent, host.system,
+                                                             protocol_controller, any_namespace);
+
+    const TVRHBA_PortController& port_controller =
+        add_or_end(agent, make_port_controller(system, adapter, fc_port));
+    const End controller(port_controller);
+    add_component<TVRHBA_ProductElementComponent>(agent, adapter.product, controller);
+    add_component<TVRHBA_ProductPhysicalComponent>(agent, adapter.product, adapter.package);
+    conform<TVRHBA_PortControllerConformsToProfile>(agent, controller_profiles, controller);
+    CreateFlashContents(agent, wwpn, attributes, port_controller);
+    auto controlled = make<TVRHBA_ControlledBy>();
+    controlled->Antecedent = controller;
+    controlled->Dependent = port;
+    controlled->AccessState.set(access_state(fc_port.getFCAttributes()->PortState));
+    add_or_end(agent, std::move(controlled));
+    add_dependency<TVRHBA_Realizes>(agent, adapter.package, controller);
+    add_component<TVRHBA_PortControllerSystemDevice>(agent, host.system, controller, any_namespace);
+
+    const End endpoint(add_or_end(agent, make_endpoint(system, attributes, wwpn)));
+    add_dependency<TVRHBA_DeviceSAPImplementation>(agent, port, endpoint);
+    add_dependency<TVRHBA_LocalHostedInitiatorAccessPoint>(agent, host.system, endpoint,
+                                                           any_namespace);
+
+    create_firmware_identities(agent, adapter, fc_port, controller);
+    if (host.driver) {
+        add_or_end(agent, make_element_software_identity(*host.driver, controller, kind_driver));
+    }
+    if (host.access_point) {
+        auto available = make<TVRHBA_SAPAvailableForElement>();
+        available->AvailableSAP = *host.access_point;
+        available->ManagedElement = port;
+        add_or_end(agent, std::move(available));
+    }
+    add_effect<TVRHBA_InstallServiceAffectsFCPort>(agent, host.installation_service, port);
+    add_effect<TVRHBA_BootBIOSServiceAffectsFCPort>(agent, host.boot_bios_service, port);
+    add_effect<TVRHBA_FCHBAWWNServiceAffectsFCPort>(agent, host.wwn_service, port, any_namespace);
+    add_effect<TVRHBA_FCHBADriverParamServiceAffectsFCPort>(agent, host.driver_param_service, port);
+    TVR_LOG("Ending of Software Installation Service");
 }
 
 } // namespace cimple

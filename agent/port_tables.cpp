@@ -36,6 +36,10 @@ constexpr Status_Row port_statuses[] = {
     {21, {0x8015, "Link down. Need RESET"}},
     {22, {0x8016, "Disable"}},
 };
+constexpr Status_Row controller_statuses[] = {
+    {1, {0, "Unknown"}},    {2, {2, "OK"}},    {3, {10, "Stopped"}}, {4, {1, "Other"}},
+    {5, {11, "InService"}}, {6, {1, "Other"}}, {7, {6, "Error"}},    {8, {11, "InService"}},
+};
 constexpr Port_Status unknown_status{0, "Unknown"};
 
 template <class Row, std::size_t size, class To>
@@ -92,6 +96,10 @@ Port_Type port_type(uint32 type) noexcept {
 
 Port_Status port_status(uint32 state) noexcept {
     return look_up(port_statuses, state, unknown_status);
+}
+
+Port_Status controller_status(uint32 state) noexcept {
+    return look_up(controller_statuses, state, unknown_status);
 }
 
 Array<uint16> classes_of_service(uint32 mask) {

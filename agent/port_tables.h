@@ -22,6 +22,8 @@ struct Port_Status {
 };
 // Of an FC port, from its state: those of the HBA API, 1 to 8, and the vendor's 20 to 22.
 Port_Status port_status(uint32 state) noexcept;
+// Of a controller of the port, from the port's state.
+Port_Status controller_status(uint32 state) noexcept;
 
 // From the mask of classes of service; one element 0 if no known class is set.
 Array<uint16> classes_of_service(uint32 mask);

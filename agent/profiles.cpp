@@ -1,7 +1,6 @@
 // The profiles that host and provider conform to, and how they refer to one another.
 #include "agent/creation.h"
 #include "agent/profile_instance.h"
-#include "agent/provider_agent.h"
 
 namespace cimple {
 
@@ -46,8 +45,7 @@ TVRHBA_RegisteredProfile* ProviderAgent::createRegisteredProfile(const Profile& 
     TVR_LOG("Generating TVRHBA_RegisteredProfile (%s)", profile.name);
     Ref<TVRHBA_RegisteredProfile> instance = make_profile(profile);
     instance->__name_space = interop_namespace;
-    TVRHBA_RegisteredProfile* created = insert(m_TVRHBA_RegisteredProfile_map, std::move(instance),
-                                               "Insert Failed : m_TVRHBA_RegisteredProfile_map");
+    TVRHBA_RegisteredProfile* created = add(*this, std::move(instance));
     if (created != nullptr) {
         TVR_LOG("Created TVRHBA_RegisteredProfile in the map (%s)", profile.name);
     }
@@ -64,8 +62,7 @@ void ProviderAgent::createComputerSystemConformsToProfile(const TVRHBA_Registere
     auto conformance = make<TVRHBA_ComputerSystemConformsToProfile>(any_namespace);
     conformance->ConformantStandard = profile.clone();
     conformance->ManagedElement = computerSystem().clone();
-    insert(m_TVRHBA_ComputerSystemConformsToProfile_map, std::move(conformance),
-           "Insert Failed : m_TVRHBA_ComputerSystemConformsToProfile_map");
+    add(*this, std::move(conformance));
 }
 
 void ProviderAgent::createReferencedProfile(const char* label,
@@ -79,14 +76,12 @@ void ProviderAgent::createReferencedProfile(const char* label,
     auto reference = make<TVRHBA_ReferencedProfile>(interop_namespace);
     reference->Antecedent = antecedent->clone();
     reference->Dependent = dependent->clone();
-    insert(m_TVRHBA_ReferencedProfile_map, std::move(reference),
-           "Insert Failed : m_TVRHBA_ReferencedProfile_map");
+    add(*this, std::move(reference));
     if (m_pBaseServerProfile) {
         auto base = make<TVRHBA_BaseServerReferencedProfile>(interop_namespace);
         base->Antecedent = m_pBaseServerProfile->clone();
         base->Dependent = dependent->clone();
-        insert(m_TVRHBA_BaseServerReferencedProfile_map, std::move(base),
-               "Insert Failed : m_TVRHBA_BaseServerReferencedProfile_map");
+        add(*this, std::move(base));
     }
 }
 

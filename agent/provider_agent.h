@@ -88,6 +88,19 @@ public:
     uint32 ClearPortVirtualizationMaps();
     uint32 ClearDiagnosticClassMaps(uint32 mode);
 
+    // True if a port has that `DeviceID`, whatever the case of its letters. With a Full_Guard held
+    // (agent/locks.h). They differ in what they log.
+    bool IsValidFCPort(const String& device_id) const;
+    bool IsValidLogicalPort(const String& device_id) const;
+
+    // What the creators of instances look up in the maps and share. On the refresh thread, under
+    // m_ProviderDataMutex.
+    const CIM_ComputerSystem& computerSystem() const { return *m_CIM_ComputerSystem_map.get(0); }
+    TVRHBA_RegisteredProfile* findRegisteredProfile(const char* name) const;
+    void createInstalledSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity);
+    void createSoftwareConformsToProfile(const char* profile,
+                                         const TVRHBA_SoftwareIdentity& identity);
+
     // One-shot requests and settings; read and written without a lock.
     std::atomic<bool> m_bForceAdapterRefresh{true}; // rebuild adapter data and maps
     std::atomic<bool> m_bRefreshAdapterData{false}; // do so at every refresh
@@ -162,54 +175,50 @@ private:
     void runSANStages();
 
     // Step by step what one rebuild of the adapter maps makes; 0, or TVR_FAILURE for a rebuild that
-    // ended early. Run on the refresh thread, under m_ProviderDataMutex.
+    // ended early. Run on the refresh thread, under m_ProviderDataMutex. A step that the rebuild
+    // can't go on after throws Rebuild_Ended (agent/creation.h).
     uint32 updateAdapterMaps();
-    uint32 updateFromAdapters();
+    void updateFromAdapters();
 
     uint32 createComputerSystem();
-    const CIM_ComputerSystem& computerSystem() const {
-        return *m_CIM_ComputerSystem_map.get(0);
-    }
 
     void createProfiles();
-    TVRHBA_RegisteredProfile* findRegisteredProfile(const char* name) const;
     TVRHBA_RegisteredProfile* createRegisteredProfile(const Profile& profile);
     TVRHBA_RegisteredProfile* createConformedProfile(const Profile& profile);
     void createComputerSystemConformsToProfile(const TVRHBA_RegisteredProfile& profile);
     void createReferencedProfile(const char* label, const TVRHBA_RegisteredProfile* dependent,
                                  const TVRHBA_RegisteredProfile* antecedent);
 
-    TVRHBA_SoftwareIdentity* createProviderIdentity();
-    uint32 createDriverIdentities();
-    uint32 createDriverIdentity(const FCAdapterAttributes& attributes);
-    uint32 createDiagnosticsIdentity(const FCAdapterAttributes& attributes);
-    uint32 createFurtherIdentity(Ref<TVRHBA_SoftwareIdentity> identity);
-    TVRHBA_SoftwareIdentity* insertIdentity(Ref<TVRHBA_SoftwareIdentity> identity);
-    void createInstalledSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity);
+    const TVRHBA_SoftwareIdentity& createProviderIdentity();
+    void createDriverIdentities();
+    void createFurtherIdentity(Ref<TVRHBA_SoftwareIdentity> identity);
     void createProviderSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity);
-    void createSoftwareConformsToProfile(const char* profile,
-                                         const TVRHBA_SoftwareIdentity& identity);
 
-    uint32 createSettings();
-    uint32 createRecordLog(const TVRHBA_SoftwareIdentity& provider);
-    uint32 createRecordLogCapabilities(const TVRHBA_RecordLog& log);
-    uint32 createRemoteAccessPoint();
+    void createSettings();
+    void createServices();
+    void createInstallationService();
+    void createWWNService();
+    void createBootBIOSService();
+    void createDriverParamService();
+    void createRecordLog(const TVRHBA_SoftwareIdentity& provider);
+    void createRecordLogCapabilities(const TVRHBA_RecordLog& log);
+    void createRemoteAccessPoint();
+    void createAdapterInstances();
 
     // The same for the SAN maps, from the targets of the ports.
     uint32 updateSANMaps();
 
-    uint32 createAdapterInstances();
-    uint32 createPortInstances(const FCAdapterAttributes& adapter, const FCPort& fc_port);
-
     bool m_bIsSANStageRunning = false; // under m_SANMapsReadyMutex
 };
 
-// The map that a class is answered from, as `agent.*map_of<TVRHBA_FCPort>`.
+// The map that a class is answered from, as `agent.*map_of<TVRHBA_FCPort>`, and its name.
 template <class C> inline constexpr Class_Map<C> ProviderAgent::*map_of = nullptr;
+template <class C> inline constexpr const char* map_name = nullptr;
 #define TVR_SERVED(class_name, member)                                                             \
     template <>                                                                                    \
     inline constexpr Class_Map<class_name> ProviderAgent::*map_of<class_name> =                    \
-        &ProviderAgent::member;
+        &ProviderAgent::member;                                                                    \
+    template <> inline constexpr const char* map_name<class_name> = #member;
 #define TVR_UNSERVED(class_name, member)
 TVR_INSTANCE_MAPS_FIRST(TVR_SERVED, TVR_UNSERVED)
 TVR_INSTANCE_MAPS_SECOND(TVR_SERVED, TVR_UNSERVED)

@@ -1,8 +1,6 @@
 // The provider's own log as an instance, and what stands around it.
 #include "agent/creation.h"
 #include "agent/profile_instance.h"
-#include "agent/provider_agent.h"
-#include "common/tvr_common.h"
 
 namespace cimple {
 
@@ -17,7 +15,7 @@ constexpr uint16 state_no_change = 5;
 
 } // namespace
 
-uint32 ProviderAgent::createRecordLog(const TVRHBA_SoftwareIdentity& provider) {
+void ProviderAgent::createRecordLog(const TVRHBA_SoftwareIdentity& provider) {
     const CLogger& logger = CLogger::getInstance();
     const bool enabled = logger.isEnabled() != 0;
     auto log = make<TVRHBA_RecordLog>();
@@ -36,48 +34,32 @@ uint32 ProviderAgent::createRecordLog(const TVRHBA_SoftwareIdentity& provider) {
     }
     log->LogLevel.set(static_cast<uint16>(logger.getLevel()));
     log->LogMode.set(static_cast<uint16>(logger.getMode()));
-    const TVRHBA_RecordLog* created = insert(m_TVRHBA_TVRHBA_RecordLog_map, std::move(log),
-                                             "Insert Failed : m_TVRHBA_TVRHBA_RecordLog_map");
-    if (created == nullptr) {
-        return TVR_FAILURE;
-    }
+    const TVRHBA_RecordLog& created = add_or_end(*this, std::move(log));
 
     if (const TVRHBA_RegisteredProfile* profile = createConformedProfile(record_log_profile)) {
         auto conformance = make<TVRHBA_RecordLogConformsToProfile>(any_namespace);
         conformance->ConformantStandard = profile->clone();
-        conformance->ManagedElement = created->clone();
-        insert(m_TVRHBA_RecordLogConformsToProfile_map, std::move(conformance),
-               "Insert Failed : m_TVRHBA_RecordLogConformsToProfile_map");
+        conformance->ManagedElement = created.clone();
+        add(*this, std::move(conformance));
     }
-    if (createRecordLogCapabilities(*created) != 0) {
-        return TVR_FAILURE;
-    }
+    createRecordLogCapabilities(created);
     auto use = make<TVRHBA_ProviderUseOfLog>();
-    use->Antecedent = created->clone();
+    use->Antecedent = created.clone();
     use->Dependent = provider.clone();
-    insert(m_TVRHBA_ProviderUseOfLog_map, std::move(use),
-           "Insert Failed : m_TVRHBA_ProviderUseOfLog_map");
-    return 0;
+    add(*this, std::move(use));
 }
 
-uint32 ProviderAgent::createRecordLogCapabilities(const TVRHBA_RecordLog& log) {
+void ProviderAgent::createRecordLogCapabilities(const TVRHBA_RecordLog& log) {
     auto capabilities = make<TVRHBA_EnabledRecordLogCapabilities>();
     capabilities->InstanceID.set("TVRHBA provider log capabilities");
     capabilities->RequestedStatesSupported.set(Array<uint16>{state_enabled, state_disabled});
     capabilities->LogParamsSupported.set(Array<uint16>{2, 3});
     capabilities->ElementNameEditSupported.set(false);
-    const TVRHBA_EnabledRecordLogCapabilities* created =
-        insert(m_TVRHBA_TVRHBA_EnabledRecordLogCapabilities_map, std::move(capabilities),
-               "Insert Failed : m_TVRHBA_TVRHBA_EnabledRecordLogCapabilities_map");
-    if (created == nullptr) {
-        return TVR_FAILURE;
-    }
+    const TVRHBA_EnabledRecordLogCapabilities& created = add_or_end(*this, std::move(capabilities));
     auto element = make<TVRHBA_RecordLogCapabilities>();
     element->ManagedElement = log.clone();
-    element->Capabilities = created->clone();
-    insert(m_TVRHBA_RecordLogCapabilities_map, std::move(element),
-           "Insert Failed : m_TVRHBA_RecordLogCapabilities_map");
-    return 0;
+    element->Capabilities = created.clone();
+    add(*this, std::move(element));
 }
 
 } // namespace cimple

@@ -1,14 +1,13 @@
 // The web portal, where the host's administrator has named one.
 #include "agent/creation.h"
-#include "agent/provider_agent.h"
 #include "common/tvr_common.h"
 
 namespace cimple {
 
-uint32 ProviderAgent::createRemoteAccessPoint() {
+void ProviderAgent::createRemoteAccessPoint() {
     const std::string url = readWebPortalURL();
     if (url.empty() || !m_TVRHBA_RemoteServiceAccessPoint_map.empty()) {
-        return 0;
+        return;
     }
     const CIM_ComputerSystem& system = computerSystem();
     auto point = make<TVRHBA_RemoteServiceAccessPoint>();
@@ -20,20 +19,12 @@ uint32 ProviderAgent::createRemoteAccessPoint() {
     point->Description.set("Fleetdesk WebPortal URL");
     point->AccessInfo.set(url);
     point->InfoFormat.set(uint16{200});
-    const TVRHBA_RemoteServiceAccessPoint* created =
-        insert(m_TVRHBA_RemoteServiceAccessPoint_map, std::move(point),
-               "Insert Failed : m_TVRHBA_RemoteServiceAccessPoint_map");
-    if (created == nullptr) {
-        return TVR_FAILURE;
-    }
+    const TVRHBA_RemoteServiceAccessPoint& created = add_or_end(*this, std::move(point));
     TVR_LOG("Remote Hosted Service Access Point");
     auto hosted = make<TVRHBA_RemoteHostedAccessPoint>(any_namespace);
     hosted->Antecedent = system.clone();
-    hosted->Dependent = created->clone();
-    return insert(m_TVRHBA_RemoteHostedAccessPoint_map, std::move(hosted),
-                  "Insert Failed : m_TVRHBA_RemoteHostedAccessPoint_map") != nullptr
-               ? 0
-               : TVR_FAILURE;
+    hosted->Dependent = created.clone();
+    add_or_end(*this, std::move(hosted));
 }
 
 } // namespace cimple

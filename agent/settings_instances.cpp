@@ -1,7 +1,5 @@
 // The provider's own settings as instances. Their positions in the map tell which is which.
 #include "agent/creation.h"
-#include "agent/provider_agent.h"
-#include "common/tvr_common.h"
 
 namespace cimple {
 
@@ -33,7 +31,7 @@ constexpr Setting provider_settings[] = {
 
 } // namespace
 
-uint32 ProviderAgent::createSettings() {
+void ProviderAgent::createSettings() {
     for (const Setting& setting : provider_settings) {
         auto row = make<TVRHBA_ProviderConfigSetting>();
         row->InstanceID.set(std::string("Tavrin HBA Provider:") + setting.name);
@@ -43,12 +41,8 @@ uint32 ProviderAgent::createSettings() {
         row->def.set(setting.initial);
         row->current.set(setting.current(m_Config));
         row->Description.set(setting.description);
-        if (insert(m_TVRHBA_ProviderConfigSetting_map, std::move(row),
-                   "Insert Failed : m_TVRHBA_ProviderConfigSetting_map") == nullptr) {
-            return TVR_FAILURE;
-        }
+        add_or_end(*this, std::move(row));
     }
-    return 0;
 }
 
 } // namespace cimple

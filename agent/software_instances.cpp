@@ -1,23 +1,18 @@
 // Software identities of provider, driver and diagnostics.
 #include "agent/creation.h"
-#include "agent/provider_agent.h"
+#include "agent/software_identity.h"
 #include "agent/version.h"
-#include "common/tvr_common.h"
 
 namespace cimple {
 
 namespace {
 
-// Value map of `Classifications`.
-constexpr uint16 classified_other = 1;
-constexpr uint16 classified_driver = 2;
-constexpr uint16 classified_diagnostics = 7;
-
 constexpr char diagnostics_name[] = "TVRHBA: Diagnostics";
 
 Ref<TVRHBA_SoftwareIdentity> make_identity(const std::string& id, const std::string& name,
                                            const std::string& description,
-                                           const std::string& version, uint16 classification,
+                                           const std::string& version,
+                                           Software_Class classification,
                                            const char* classification_description) {
     auto identity = make<TVRHBA_SoftwareIdentity>();
     identity->InstanceID.set(id);
@@ -31,11 +26,39 @@ Ref<TVRHBA_SoftwareIdentity> make_identity(const std::string& id, const std::str
     return identity;
 }
 
+Ref<TVRHBA_SoftwareIdentity> make_driver_identity(const FCAdapterAttributes& attributes) {
+    const std::string name = attributes.DriverName + " v" + attributes.DriverVersion;
+    auto identity = make_identity("TVR FC HBA: Driver " + name, name, "Tavrin HBA Driver",
+                                  attributes.DriverVersion, SOFTWARE_DRIVER, "FC HBA Driver");
+    identity->Manufacturer.set(attributes.Manufacturer);
+    identity->IdentityInfoValue.set(
+        Array<String>{attributes.DriverName, attributes.DriverVersion,
+                      std::to_string(static_cast<sint32>(attributes.driverType))});
+    identity->IdentityInfoType.set(
+        Array<String>{"TAVRIN:DRIVER_NAME", "TAVRIN:DRIVER_VERSION", "TAVRIN:TVFC_DRIVER_TYPE"});
+    return identity;
+}
+
+Ref<TVRHBA_SoftwareIdentity> make_diagnostics_identity(const FCAdapterAttributes& attributes) {
+    const std::string version = std::to_string(static_cast<sint32>(attributes.diagVersion));
+    const std::string name = std::string(diagnostics_name) + " v" + version;
+    auto identity = make_identity(name, name, diagnostics_name, version, SOFTWARE_DIAGNOSTICS,
+                                  "TVRHBA Diagnostics");
+    identity->IdentityInfoValue.set(Array<String>{diagnostics_name, version});
+    return identity;
+}
+
 } // namespace
 
-TVRHBA_SoftwareIdentity* ProviderAgent::insertIdentity(Ref<TVRHBA_SoftwareIdentity> identity) {
-    return insert(m_TVRHBA_SoftwareIdentity_map, std::move(identity),
-                  "Insert Failed : m_TVRHBA_SoftwareIdentity_map");
+const TVRHBA_SoftwareIdentity*
+find_driver_identity(const Class_Map<TVRHBA_SoftwareIdentity>& identities) {
+    for (const TVRHBA_SoftwareIdentity* identity : identities) {
+        const Array<uint16>& classes = identity->Classifications.value;
+        if (!classes.empty() && classes[0] == SOFTWARE_DRIVER) {
+            return identity;
+        }
+    }
+    return nullptr;
 }
 
 void ProviderAgent::createInstalledSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity) {
@@ -43,8 +66,7 @@ void ProviderAgent::createInstalledSoftwareIdentity(const TVRHBA_SoftwareIdentit
     auto installed = make<TVRHBA_InstalledSoftwareIdentity>(any_namespace);
     installed->System = computerSystem().clone();
     installed->InstalledSoftware = identity.clone();
-    insert(m_TVRHBA_InstalledSoftwareIdentity_map, std::move(installed),
-           "Insert Failed : m_TVRHBA_InstalledSoftwareIdentity_map");
+    add(*this, std::move(installed));
 }
 
 void ProviderAgent::createSoftwareConformsToProfile(const char* profile,
@@ -57,8 +79,7 @@ void ProviderAgent::createSoftwareConformsToProfile(const char* profile,
     auto conformance = make<TVRHBA_SoftwareConformsToProfile>(any_namespace);
     conformance->ConformantStandard = standard->clone();
     conformance->ManagedElement = identity.clone();
-    insert(m_TVRHBA_SoftwareConformsToProfile_map, std::move(conformance),
-           "Insert Failed : m_TVRHBA_SoftwareConformsToProfile_map");
+    add(*this, std::move(conformance));
 }
 
 void ProviderAgent::createProviderSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity) {
@@ -68,29 +89,26 @@ void ProviderAgent::createProviderSoftwareIdentity(const TVRHBA_SoftwareIdentity
     provider->Dependent = computerSystem().clone();
     provider->UpgradeCondition.set(uint16{3});
     provider->ElementSoftwareStatus.set(Array<uint16>{2, 3, 6});
-    insert(m_TVRHBA_ProviderSoftwareIdentity_map, std::move(provider),
-           "Insert Failed : m_TVRHBA_ProviderSoftwareIdentity_map");
+    add(*this, std::move(provider));
 }
 
-TVRHBA_SoftwareIdentity* ProviderAgent::createProviderIdentity() {
+const TVRHBA_SoftwareIdentity& ProviderAgent::createProviderIdentity() {
     const std::string name = "Tavrin CMPI HBA Provider v" + version_text();
     auto identity = make_identity(name, name, "Tavrin CMPI HBA Provider", version_text(),
-                                  classified_other, "CMPI HBA CIM Provider");
+                                  SOFTWARE_OTHER, "CMPI HBA CIM Provider");
     identity->Manufacturer.set("Tavrin Corporation");
     identity->MajorVersion.set(version_major);
     identity->MinorVersion.set(version_minor);
     identity->RevisionNumber.set(version_revision);
     identity->BuildNumber.set(version_build);
-    TVRHBA_SoftwareIdentity* created = insertIdentity(std::move(identity));
-    if (created != nullptr) {
-        createInstalledSoftwareIdentity(*created);
-        createProviderSoftwareIdentity(*created);
-        createSoftwareConformsToProfile("Software", *created);
-    }
+    const TVRHBA_SoftwareIdentity& created = add_or_end(*this, std::move(identity));
+    createInstalledSoftwareIdentity(created);
+    createProviderSoftwareIdentity(created);
+    createSoftwareConformsToProfile("Software", created);
     return created;
 }
 
-uint32 ProviderAgent::createDriverIdentities() {
+void ProviderAgent::createDriverIdentities() {
     const FCAdapterAttributes* attributes = nullptr;
     for (const std::unique_ptr<Adapter>& adapter : m_pData->getAdapters()) {
         if (adapter->getAdapterType() == ADAPTER_FC) {
@@ -101,45 +119,19 @@ uint32 ProviderAgent::createDriverIdentities() {
                 adapter->getAdapterName().c_str());
     }
     if (attributes == nullptr) {
-        return 0;
+        return;
     }
     TVR_LOG("driverName: %s, driverVersion: %s, driverManufacturer: %s",
             attributes->DriverName.c_str(), attributes->DriverVersion.c_str(),
             attributes->Manufacturer.c_str());
-    return createDriverIdentity(*attributes) != 0 ? TVR_FAILURE
-                                                  : createDiagnosticsIdentity(*attributes);
+    createFurtherIdentity(make_driver_identity(*attributes));
+    createFurtherIdentity(make_diagnostics_identity(*attributes));
 }
 
-uint32 ProviderAgent::createDriverIdentity(const FCAdapterAttributes& attributes) {
-    const std::string name = attributes.DriverName + " v" + attributes.DriverVersion;
-    auto identity = make_identity("TVR FC HBA: Driver " + name, name, "Tavrin HBA Driver",
-                                  attributes.DriverVersion, classified_driver, "FC HBA Driver");
-    identity->Manufacturer.set(attributes.Manufacturer);
-    identity->IdentityInfoValue.set(
-        Array<String>{attributes.DriverName, attributes.DriverVersion,
-                      std::to_string(static_cast<sint32>(attributes.driverType))});
-    identity->IdentityInfoType.set(
-        Array<String>{"TAVRIN:DRIVER_NAME", "TAVRIN:DRIVER_VERSION", "TAVRIN:TVFC_DRIVER_TYPE"});
-    return createFurtherIdentity(std::move(identity));
-}
-
-uint32 ProviderAgent::createDiagnosticsIdentity(const FCAdapterAttributes& attributes) {
-    const std::string version = std::to_string(static_cast<sint32>(attributes.diagVersion));
-    const std::string name = std::string(diagnostics_name) + " v" + version;
-    auto identity = make_identity(name, name, diagnostics_name, version, classified_diagnostics,
-                                  "TVRHBA Diagnostics");
-    identity->IdentityInfoValue.set(Array<String>{diagnostics_name, version});
-    return createFurtherIdentity(std::move(identity));
-}
-
-uint32 ProviderAgent::createFurtherIdentity(Ref<TVRHBA_SoftwareIdentity> identity) {
-    const TVRHBA_SoftwareIdentity* created = insertIdentity(std::move(identity));
-    if (created == nullptr) {
-        return TVR_FAILURE;
-    }
-    createInstalledSoftwareIdentity(*created);
-    createSoftwareConformsToProfile("Software Inventory", *created);
-    return 0;
+void ProviderAgent::createFurtherIdentity(Ref<TVRHBA_SoftwareIdentity> identity) {
+    const TVRHBA_SoftwareIdentity& created = add_or_end(*this, std::move(identity));
+    createInstalledSoftwareIdentity(created);
+    createSoftwareConformsToProfile("Software Inventory", created);
 }
 
 } // namespace cimple

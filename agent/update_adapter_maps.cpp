@@ -1,5 +1,6 @@
 // One rebuild of the adapter maps, from the host down to the ports.
-#include "agent/provider_agent.h"
+#include "agent/creation.h"
+#include "agent/driver_parameters.h"
 #include "common/tvr_common.h"
 
 #include <stdexcept>
@@ -18,9 +19,9 @@ uint32 ProviderAgent::updateAdapterMaps() {
     }
     createProfiles();
     try {
-        if (updateFromAdapters() != 0) {
-            return TVR_FAILURE;
-        }
+        updateFromAdapters();
+    } catch (const Rebuild_Ended&) {
+        return TVR_FAILURE;
     } catch (...) {
         TVR_LOG("No FC card found");
     }
@@ -29,21 +30,24 @@ uint32 ProviderAgent::updateAdapterMaps() {
 }
 
 // What a host has only with an FC adapter. Throws if it has none.
-uint32 ProviderAgent::updateFromAdapters() {
+void ProviderAgent::updateFromAdapters() {
     if (!m_pData) {
         TVR_LOG("Could not locate the data pointer - Serious issue");
-        return TVR_FAILURE;
+        throw Rebuild_Ended();
     }
     if (!m_pData->isBuilt()) {
         TVR_LOG("FC Adapter Not present !!!!, throw error !!!");
         throw std::runtime_error("no FC adapter");
     }
-    TVRHBA_SoftwareIdentity* provider = createProviderIdentity();
-    if (provider == nullptr || createSettings() != 0 || createRecordLog(*provider) != 0 ||
-        createRemoteAccessPoint() != 0 || createDriverIdentities() != 0) {
-        return TVR_FAILURE;
-    }
-    return createAdapterInstances();
+    const TVRHBA_SoftwareIdentity& provider = createProviderIdentity();
+    createSettings();
+    createServices();
+    createRecordLog(provider);
+    createRemoteAccessPoint();
+    createDriverIdentities();
+    createAdapterInstances();
+    fetchDriverParams(*this);
+    TVR_LOG("Done with the Driver Parameter fetching");
 }
 
 } // namespace cimple

@@ -48,6 +48,8 @@ std::string value_text(Type type, const void* value) {
         return std::to_string(*static_cast<const uint64*>(value));
     case STRING:
         return static_cast<const String*>(value)->c_str();
+    case REAL32:
+        return std::to_string(*static_cast<const real32*>(value));
     case DATETIME:
         return static_cast<const Datetime*>(value)->ascii().c_str();
     default:
@@ -170,7 +172,7 @@ fake::Adapter With_Host::adapter(uint32 index, uint32 ports) {
     adapter.record.NodeWWN = wwn(0x20, index, 0);
     adapter.record.NumberOfPorts = ports;
     adapter.driverType = 3;
-    adapter.attributes = {{RM_HA_OPERATIONAL_FIRMWARE, {"SLI-3"}},
+    adapter.attributes = {{RM_HA_OPERATIONAL_FIRMWARE, {"Overlay 3"}},
                           {RM_HA_IEEE_ADDRESS, {std::string("\x00\x11\x22\x33\x44\x55", 6)}},
                           {RM_HA_DIAG_VERSION, number(5)},
                           {RM_HA_PORT_NUMBER, number(index)}};
@@ -197,7 +199,7 @@ fake::Adapter With_Host::adapter(uint32 index, uint32 ports) {
 
 With_Agent::With_Agent() {
     CLogger::getInstance().enable();
-    libraries.adapters = {adapter(1, 2), adapter(2)};
+    libraries.adapters = {adapter(1), adapter(2), adapter(3)};
 }
 
 With_Agent::~With_Agent() {

@@ -1,6 +1,7 @@
-// FC ports: the instance as a whole, and the tables behind it.
+// The tables of FC ports: types, states, classes of service, FC-4 types, speeds.
 #include "tests/agent/agent_fixture.h"
 
+#include "agent/locks.h"
 #include "agent/port_tables.h"
 
 #include <cstring>
@@ -27,48 +28,6 @@ protected:
     }
 };
 
-TEST_F(Ports, HaveEveryPropertyOfTheirTable) {
-    load();
-    EXPECT_THAT(first_instance(),
-                testing::ContainerEq(std::map<std::string, std::string>{
-                    {"", "root/tavrin"},
-                    {"SystemCreationClassName", "CIM_ComputerSystem"},
-                    {"SystemName", "host.example"},
-                    {"CreationClassName", "TVRHBA_FCPort"},
-                    {"DeviceID", "1000AABBCCDD0100"},
-                    {"Name", "1000AABBCCDD0100"},
-                    {"PermanentAddress", "1000AABBCCDD0100"},
-                    {"NetworkAddresses", "{1000AABBCCDD0100}"},
-                    {"Description", "Tavrin TV1 16Gb"},
-                    {"ElementName", "TV1 node"},
-                    {"PortNumber", "1"},
-                    {"UsageRestriction", "4"},
-                    {"FCID", "66048"},
-                    {"NumberOfDiscoveredPorts", "4"},
-                    {"OperationalFirmware", "SLI-3:v2.82a4"},
-                    {"FabricName", "3000AABBCCDD0100"},
-                    {"OtherIdentifyingInfo", "{/sys/host1, 00:11:22:33:44:55}"},
-                    {"IdentifyingDescriptions", "{OS Device Name, TAVRIN:IEEE_ADDRESS}"},
-                    {"PortType", "10"},
-                    {"OperationalStatus", "{2}"},
-                    {"StatusDescriptions", "{OK}"},
-                    {"SupportedCOS", "{3}"},
-                    {"ActiveCOS", "{3}"},
-                    {"SupportedFC4Types", "{8}"},
-                    {"ActiveFC4Types", "{8}"},
-                    {"Speed", "8000000000"},
-                    {"MaxSpeed", "16000000000"},
-                    {"LinkTechnology", "4"},
-                    {"SupportedMaximumTransmissionUnit", "2112"},
-                    {"ActiveMaximumTransmissionUnit", "2112"},
-                    {"PortAvailability", "2"},
-                    {"EnabledDefault", "2"},
-                    {"EnabledState", "5"},
-                    {"RequestedState", "12"},
-                    {"TransitioningToState", "12"},
-                }));
-}
-
 TEST_F(Ports, TellTypesAndStatesOfTheVendor) {
     load();
     first_port().record.PortType = 20;
@@ -89,15 +48,20 @@ TEST_F(Ports, TellTypesAndStatesOfTheVendor) {
     EXPECT_EQ(logged("***************Port Status: 21******************"), 1u);
 }
 
-TEST_F(Ports, WithOneNameTwiceEndTheRebuild) {
-    libraries.adapters = {adapter(1), adapter(1), adapter(3)};
-    libraries.adapters[1].name += "b";
+TEST_F(Ports, AreKnownByTheirIdInAnyCase) {
     load();
     refresh();
-    EXPECT_THAT(enumerated<TVRHBA_FCPort>().texts("DeviceID"), ElementsAre("1000AABBCCDD0100"));
-    EXPECT_EQ(logged("Insert Failed : m_TVRHBA_FCPort_map"), 1u);
-    EXPECT_EQ(logged("PERF: updateAdapterMaps: cleanExit"), 0u);
-    EXPECT_TRUE(agent->m_bIsAdapterMapsReady);
+    const Full_Guard guard(*agent);
+    EXPECT_TRUE(agent->IsValidFCPort("1000aabbccdd0200"));
+    EXPECT_TRUE(agent->IsValidLogicalPort("1000AABBCCDD0200"));
+    EXPECT_FALSE(agent->IsValidFCPort("1000AABBCCDD0"));
+    EXPECT_FALSE(agent->IsValidLogicalPort(""));
+    for (const char* line :
+         {"Valid FCPort WWPN Passed", "Valid WWPN Passed",
+          "Could not find the passed FCPort in the map",
+          "Could not find the passed LogicalPort in the provider resource map"}) {
+        EXPECT_EQ(logged(line), 1u) << line;
+    }
 }
 
 TEST(Port_Tables, Types) {
@@ -120,17 +84,24 @@ TEST(Port_Tables, Types) {
 TEST(Port_Tables, States) {
     struct Row {
         uint32 from;
-        uint16 status;
-        const char* text;
+        uint16 port;
+        const char* port_text;
+        uint16 controller;
+        const char* controller_text;
     };
     for (const Row& row :
-         {Row{0, 0, "Unknown"}, Row{1, 0, "Unknown"}, Row{2, 2, "OK"}, Row{3, 10, "Stopped"},
-          Row{4, 1, "Other"}, Row{5, 11, "InService"}, Row{6, 1, "Other"}, Row{7, 6, "Error"},
-          Row{8, 0x8008, "InService"}, Row{9, 0, "Unknown"}, Row{19, 0, "Unknown"},
-          Row{20, 0x8014, "Operational. Need RESET"}, Row{21, 0x8015, "Link down. Need RESET"},
-          Row{22, 0x8016, "Disable"}, Row{23, 0, "Unknown"}}) {
-        EXPECT_EQ(port_status(row.from).operational_status, row.status) << row.from;
-        EXPECT_STREQ(port_status(row.from).description, row.text) << row.from;
+         {Row{0, 0, "Unknown", 0, "Unknown"}, Row{1, 0, "Unknown", 0, "Unknown"},
+          Row{2, 2, "OK", 2, "OK"}, Row{3, 10, "Stopped", 10, "Stopped"},
+          Row{4, 1, "Other", 1, "Other"}, Row{5, 11, "InService", 11, "InService"},
+          Row{6, 1, "Other", 1, "Other"}, Row{7, 6, "Error", 6, "Error"},
+          Row{8, 0x8008, "InService", 11, "InService"}, Row{9, 0, "Unknown", 0, "Unknown"},
+          Row{20, 0x8014, "Operational. Need RESET", 0, "Unknown"},
+          Row{21, 0x8015, "Link down. Need RESET", 0, "Unknown"},
+          Row{22, 0x8016, "Disable", 0, "Unknown"}, Row{23, 0, "Unknown", 0, "Unknown"}}) {
+        EXPECT_EQ(port_status(row.from).operational_status, row.port) << row.from;
+        EXPECT_STREQ(port_status(row.from).description, row.port_text) << row.from;
+        EXPECT_EQ(controller_status(row.from).operational_status, row.controller) << row.from;
+        EXPECT_STREQ(controller_status(row.from).description, row.controller_text) << row.from;
     }
 }
 

@@ -64,7 +64,7 @@ TEST_F(Refresh, TheFirstRequestWaits) {
     EXPECT_EQ(ports.wait_for(std::chrono::milliseconds(5)), std::future_status::timeout);
     gate.open();
     EXPECT_THAT(ports.get().texts("DeviceID"),
-                ElementsAre("1000AABBCCDD0100", "1000AABBCCDD0101", "1000AABBCCDD0200"));
+                ElementsAre("1000AABBCCDD0100", "1000AABBCCDD0200", "1000AABBCCDD0300"));
     EXPECT_EQ(logged(begin_line), 1u);
     EXPECT_EQ(logged("PERF: Clearing the previous thread...with join"), 0u);
 }
@@ -173,8 +173,9 @@ TEST_F(Refresh, ReadersSeeOldOrNewNeverAMixture) {
     libraries.entered = [&](const std::string& entry_point) {
         if (entry_point == "HBA_GetNumberOfAdapters") {
             ++generation;
-            libraries.adapters = {adapter(1, 3), adapter(2, generation % 2 == 0 ? 2 : 5)};
-            for (fake::Adapter& each : libraries.adapters) {
+            libraries.adapters.clear();
+            for (uint32 i = 0; i < (generation % 2 == 0 ? 5u : 8u); ++i) {
+                fake::Adapter& each = libraries.adapters.emplace_back(adapter(i));
                 std::snprintf(each.record.ModelDescription, sizeof each.record.ModelDescription,
                               "%d", generation);
             }
@@ -243,7 +244,7 @@ TEST_F(Refresh, WaitingRequestsStartItWhenAStartFailed) {
     auto second =
         std::async(std::launch::async, [] { return enumerated<TVRHBA_SoftwareIdentity>().size(); });
     EXPECT_EQ(first.get(), 3u);
-    EXPECT_EQ(second.get(), 3u);
+    EXPECT_EQ(second.get(), 15u);
     EXPECT_EQ(failing_starts, 0);
     EXPECT_EQ(logged(begin_line), 1u);
 }
@@ -426,7 +427,7 @@ TEST_F(Refresh, AStalledClientHoldsUpNobody) {
                                          nullptr};
     std::size_t identities = 0;
     enumerate<TVRHBA_FCPort>({handler.proc, &identities});
-    EXPECT_EQ(identities, 9u);
+    EXPECT_EQ(identities, 45u);
 }
 
 TEST_F(Refresh, AHandlerThatThrowsEndsTheEnumeration) {

@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
+#include <pthread.h>
 #include <sstream>
 
 namespace client {
@@ -106,11 +107,20 @@ TEST_F(Client, NothingIsLeftOfTheModuleOnceItIsClosed) {
     EXPECT_THAT(directory.read("provider.log"),
                 testing::HasSubstr("[TVR_DBG] Tavrin Provider Unloaded\n"));
 
+    // A thread key that the module kept would move the next one on.
+    const auto next_key = [] {
+        pthread_key_t key{};
+        EXPECT_EQ(::pthread_key_create(&key, nullptr), 0);
+        ::pthread_key_delete(key);
+        return key;
+    };
+    const pthread_key_t key = next_key();
     const std::size_t files = open_files();
     for (int life = 0; life < 3; ++life) {
         EXPECT_EQ(enumerate("TVRHBA_FCPort").instances.size(), 4u);
         stop();
     }
+    EXPECT_EQ(next_key(), key);
     EXPECT_EQ(open_files(), files);
     EXPECT_EQ(threads(), threads_before);
 }

@@ -1,0 +1,185 @@
+// The services of the host: software installation, world wide names, boot BIOS and driver
+// parameters.
+#include "agent/creation.h"
+#include "agent/profile_instance.h"
+#include "agent/uri_schemes.h"
+
+namespace cimple {
+
+namespace {
+
+constexpr Profile software_update_profile{"Software Update", ORGANIZATION_DMTF, "1.0.0"};
+
+constexpr uint16 state_enabled = 2;
+
+struct Service_Texts {
+    const char* class_name;
+    const char* name;
+    const char* description;
+    const char* status;
+    const char* status_description;
+};
+
+// What all services have. Null if there is no memory for one.
+template <class Service>
+Ref<Service> make_service(const CIM_ComputerSystem& system, const Service_Texts& texts) {
+    Ref<Service> service = try_make<Service>();
+    if (!service) {
+        return service;
+    }
+    service->SystemCreationClassName.set(system.CreationClassName.value);
+    service->SystemName.set(system.Name.value);
+    service->CreationClassName.set(texts.class_name);
+    service->Name.set(texts.name);
+    service->Description.set(texts.description);
+    service->ElementName.set(texts.description);
+    service->StartMode.set("Automatic");
+    service->Started.set(true);
+    service->EnabledState.set(state_enabled);
+    service->TimeOfLastStateChange.set(Datetime(0));
+    service->OperationalStatus.set(Array<uint16>{2});
+    service->HealthState.set(uint16{5});
+    service->Status.set(texts.status);
+    service->StatusDescriptions.set(Array<String>{texts.status_description});
+    return service;
+}
+
+template <class Service> void enable_by_default(Service& service) {
+    service.RequestedState.set(state_enabled);
+    service.EnabledDefault.set(state_enabled);
+}
+
+// The associations of services log without the name of their map.
+template <class C> void add_association(ProviderAgent& agent, Ref<C> association) {
+    insert(agent.*map_of<C>, std::move(association), "Insert Failed");
+}
+
+// `Antecedent` hosts `Dependent`.
+template <class C, class Service>
+Ref<C> hosted(const CIM_ComputerSystem& system, const Service& service) {
+    auto association = make<C>(any_namespace);
+    association->Antecedent = system.clone();
+    association->Dependent = service.clone();
+    return association;
+}
+
+template <class C, class Service>
+Ref<C> affects_system(const CIM_ComputerSystem& system, const Service& service) {
+    auto association = make<C>(any_namespace);
+    association->AffectedElement = system.clone();
+    association->AffectingElement = service.clone();
+    return association;
+}
+
+Ref<TVRHBA_SoftwareInstallationServiceCapabilities> make_capabilities() {
+    constexpr char name[] = "Tavrin Software Installation Service Capabilities";
+    auto capabilities = make<TVRHBA_SoftwareInstallationServiceCapabilities>();
+    capabilities->InstanceID.set("TVR:HBASoftwareInstallationServiceCapabilities");
+    capabilities->Description.set(name);
+    capabilities->ElementName.set(name);
+    capabilities->SupportedURISchemes.set(supported_URI_schemes());
+    capabilities->SupportedTargetTypes.set(Array<String>{"FC HBA"});
+    capabilities->SupportedAsynchronousActions.set(Array<uint16>{2});
+    capabilities->SupportedSynchronousActions.set(Array<uint16>{4, 5});
+    capabilities->SupportedExtendedResourceTypes.set(Array<uint16>{2});
+    capabilities->CanAddToCollection.set(false);
+    capabilities->SupportedInstallOptions.set(Array<uint16>{2, 3, 4, 5, 6, 7, 11});
+    capabilities->OtherSupportedExtendedResourceTypeDescriptions.set(
+        Array<String>{"Tavrin FC firmware files"});
+    capabilities->SupportedExtendedResourceTypesMajorVersions.set(Array<uint16>{0});
+    capabilities->SupportedExtendedResourceTypesMinorVersions.set(Array<uint16>{0});
+    capabilities->SupportedExtendedResourceTypesRevisionNumbers.set(Array<uint16>{0});
+    capabilities->SupportedExtendedResourceTypesBuildNumbers.set(Array<uint16>{0});
+    return capabilities;
+}
+
+} // namespace
+
+void ProviderAgent::createServices() {
+    createInstallationService();
+    createWWNService();
+    createBootBIOSService();
+    createDriverParamService();
+}
+
+void ProviderAgent::createInstallationService() {
+    TVR_LOG("Starting the SoftwareInstallationService");
+    const TVRHBA_RegisteredProfile* profile = createConformedProfile(software_update_profile);
+    auto made = make_service<TVRHBA_SoftwareInstallationService>(
+        computerSystem(),
+        {"TVRHBA_SoftwareInstallationService", "TVRHBA_FCSoftwareInstallationService",
+         "Tavrin FC HBA Software Installation Service", "ok", "ok"});
+    const TVRHBA_SoftwareInstallationService* service = nullptr;
+    if (made) {
+        enable_by_default(*made);
+        made->InstallDate.set(Datetime(0));
+        service = &add_or_end(*this, std::move(made));
+    }
+    const auto& capabilities = add_or_end(*this, make_capabilities());
+    if (service == nullptr) {
+        return;
+    }
+    const CIM_ComputerSystem& system = computerSystem();
+    add_association(*this, hosted<TVRHBA_HostedInstallationService>(system, *service));
+    add_association(*this, affects_system<TVRHBA_InstallServiceAffectsSystem>(system, *service));
+    if (profile != nullptr) {
+        auto conformance = make<TVRHBA_InstallServiceConformsToProfile>(any_namespace);
+        conformance->ConformantStandard = profile->clone();
+        conformance->ManagedElement = service->clone();
+        add_association(*this, std::move(conformance));
+    }
+    auto element = make<TVRHBA_ElementCapabilities>();
+    element->ManagedElement = service->clone();
+    element->Capabilities = capabilities.clone();
+    add_association(*this, std::move(element));
+}
+
+void ProviderAgent::createWWNService() {
+    TVR_LOG("Starting the WWN Management Service");
+    auto made = make_service<TVRHBA_FCHBAWWNService>(
+        computerSystem(), {"TVRHBA_FCHBAWWNService", "TVRHBA_FCHBAWWNService",
+                           "Tavrin FC HBA WWN Management Service", "Ok", "ok"});
+    const TVRHBA_FCHBAWWNService* service = nullptr;
+    if (made) {
+        enable_by_default(*made);
+        service = add(*this, std::move(made));
+    }
+    if (service == nullptr) {
+        TVR_LOG("Failed to create WWN Services class");
+        throw Rebuild_Ended();
+    }
+    const CIM_ComputerSystem& system = computerSystem();
+    add_association(*this, hosted<TVRHBA_HostedFCHBAWWNService>(system, *service));
+    add_association(*this, affects_system<TVRHBA_FCHBAWWNServiceAffectsSystem>(system, *service));
+}
+
+void ProviderAgent::createBootBIOSService() {
+    TVR_LOG("Starting the BootBIOSService");
+    auto made = make_service<TVRHBA_BootBIOSService>(
+        computerSystem(), {"TVRHBA_BootBIOSService", "TVRHBA_BootBIOSService",
+                           "Tavrin FC HBA Boot BIOS Service", "Ok", "ok"});
+    if (!made) {
+        return;
+    }
+    enable_by_default(*made);
+    const TVRHBA_BootBIOSService& service = add_or_end(*this, std::move(made));
+    const CIM_ComputerSystem& system = computerSystem();
+    add_association(*this, hosted<TVRHBA_HostedBootBIOSService>(system, service));
+    add_association(*this, affects_system<TVRHBA_BootBIOSServiceAffectsSystem>(system, service));
+}
+
+void ProviderAgent::createDriverParamService() {
+    TVR_LOG("Starting the FCHBASetDriverParamService");
+    auto made = make_service<TVRHBA_FCHBADriverParamService>(
+        computerSystem(), {"TVRHBA_FCHBADriverParamService", "TVRHBA_FCHBADriverParamService",
+                           "Tavrin FC HBA Set Driver Parameters Service", "OK", "OK"});
+    if (made) {
+        const TVRHBA_FCHBADriverParamService& service = add_or_end(*this, std::move(made));
+        const CIM_ComputerSystem& system = computerSystem();
+        add(*this, affects_system<TVRHBA_FCHBADriverParamServiceAffectsSystem>(system, service));
+        add(*this, hosted<TVRHBA_HostedFCHBADriverParamService>(system, service));
+    }
+    TVR_LOG("Ending the FCHBASetDriverSetParamService");
+}
+
+} // namespace cimple

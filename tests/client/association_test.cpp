@@ -1,0 +1,261 @@
+// Associations through the loaded module: every one that a rich host has, walked from every
+// instance.
+#include "tests/client/client.h"
+
+#include <algorithm>
+#include <fstream>
+#include <set>
+
+namespace client {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAreArray;
+
+// Association classes that a host has instances of; the rest is that of diagnostics, dumps, driver
+// log and port virtualization, and of a computer system of the provider's own.
+const std::set<std::string> filled = {
+    "BaseServerReferencedProfile",
+    "BootBIOSServiceAffectsFCPort",
+    "BootBIOSServiceAffectsSystem",
+    "ControlledBy",
+    "DeviceSAPImplementation",
+    "DriverParameterAffectsFCPort",
+    "DriverServiceElementSettingData",
+    "ElementCapabilities",
+    "ElementFlashImageSoftwareIdentity",
+    "ElementSoftwareIdentity",
+    "ElementStatisticalData",
+    "ElementVPD",
+    "FCDriverServiceAffectsDriver",
+    "FCHBADriverParamServiceAffectsFCPort",
+    "FCHBADriverParamServiceAffectsSystem",
+    "FCHBAWWNServiceAffectsFCPort",
+    "FCHBAWWNServiceAffectsSystem",
+    "FCPortConformsToProfile",
+    "FCPortSystemDevice",
+    "GlobalDriverServiceElementSettingData",
+    "HostedBootBIOSService",
+    "HostedCollection",
+    "HostedFCHBADriverParamService",
+    "HostedFCHBAWWNService",
+    "HostedInstallationService",
+    "InstallServiceAffectsFCPort",
+    "InstallServiceAffectsSystem",
+    "InstallServiceConformsToProfile",
+    "InstalledSoftwareIdentity",
+    "LocalHostedAccessPoint",
+    "LocalHostedInitiatorAccessPoint",
+    "LogicalDiskSystemDevice",
+    "MemberOfCollection",
+    "PCIElementConformsToProfile",
+    "PortControllerConformsToProfile",
+    "PortControllerSystemDevice",
+    "ProductElementComponent",
+    "ProductPhysicalComponent",
+    "ProtocolControllerForPort",
+    "ProviderSoftwareIdentity",
+    "ProviderUseOfLog",
+    "Realizes",
+    "RecordLogCapabilities",
+    "RecordLogConformsToProfile",
+    "ReferencedProfile",
+    "RemoteHostedAccessPoint",
+    "SAPAvailableForElement",
+    "SCSIArbitraryLogicalUnitSystemDevice",
+    "SCSIInitiatorTargetArbitraryLogicalUnitPath",
+    "SCSIInitiatorTargetLogicalDiskPath",
+    "SCSIInitiatorTargetStorageExtentPath",
+    "SCSIInitiatorTargetStorageVolumePath",
+    "SCSIInitiatorTargetTapeDrivePath",
+    "SCSIProtocolControllerSystemDevice",
+    "SoftwareConformsToProfile",
+    "StorageExtentSystemDevice",
+    "StorageVolumeSystemDevice",
+    "SystemDevice",
+    "SystemPackaging",
+    "TapeDriveSystemDevice",
+    "TransceiverComponent",
+};
+
+// A path without its namespace, which an end has from its own instance and a source from the
+// request.
+std::string bare(Cim_Path path) {
+    path.name_space.clear();
+    return path.text();
+}
+
+struct End {
+    std::string role;
+    std::string path;
+};
+struct Link {
+    std::string class_name;
+    Cim_Path path;
+    std::vector<End> ends;
+
+    bool refers_to(const std::string& source) const {
+        return std::any_of(ends.begin(), ends.end(),
+                           [&](const End& end) { return end.path == source; });
+    }
+};
+
+class Associations : public Client {
+protected:
+    // A host with everything that an association can join.
+    void start_rich_host(std::vector<Cim_Instance> instances) {
+        std::ofstream(directory.file("etc/tvr_smis.conf")) << "https://portal.example.test/\n";
+        control(R"({"ports": {"10000254563C7780": {"targets": [
+            {"nodeWWN": "50:02:54:56:70:00:0C:00", "portWWN": "50:02:54:56:70:00:0C:01",
+             "luns": [{"type": "cdrom", "identifier": "50:02:54:56:70:00:0C:02"},
+                      {"type": "objectStorage", "identifier": "50:02:54:56:70:00:0C:03"}]}]}}})");
+        start(std::move(instances));
+        for (const auto& declared : manager().schema()->classes()) {
+            if (declared->is_association() &&
+                manager().serves(declared->name, tvrhost::Kind::association)) {
+                read_links(*declared);
+            }
+        }
+    }
+
+    std::vector<std::string> names(const Cim_Path& source,
+                                   const tvrhost::Association_Filter& filter = {}) {
+        const Answer answer = manager().associator_names(source, filter);
+        EXPECT_EQ(answer.rc, 0) << source.text();
+        std::vector<std::string> out;
+        for (const Cim_Path& path : answer.paths) {
+            out.push_back(bare(path));
+        }
+        return out;
+    }
+
+    std::vector<Link> links;
+    std::map<std::string, Cim_Path> sources; // all ends, by their bare paths
+
+private:
+    void read_links(const tvrmof::Class& declared) {
+        for (const Cim_Instance& instance : enumerate(declared.name).instances) {
+            Link link{declared.name, instance.path, {}};
+            for (const tvrmof::Feature* feature : declared.features) {
+                if (feature->kind == tvrmof::Feature_Kind::reference) {
+                    const Cim_Path& path = instance[feature->name].as_path();
+                    link.ends.push_back({feature->name, bare(path)});
+                    sources.emplace(bare(path), path);
+                }
+            }
+            links.push_back(std::move(link));
+        }
+    }
+};
+
+TEST_F(Associations, OfARichHostAreAllThereAndWalkableFromEverywhere) {
+    start_rich_host({computer_system("server-7"), base_server_profile()});
+    std::set<std::string> found;
+    for (const Link& link : links) {
+        found.insert(link.class_name.substr(sizeof "TVRHBA_" - 1));
+    }
+    EXPECT_EQ(found, filled);
+
+    for (const auto& [text, source] : sources) {
+        EXPECT_EQ(manager().get_instance(source).rc, 0) << text;
+        std::vector<std::string> references;
+        std::vector<std::string> others;
+        for (const Link& link : links) {
+            if (!link.refers_to(text)) {
+                continue;
+            }
+            references.push_back(bare(link.path));
+            for (const End& end : link.ends) {
+                if (end.path != text) {
+                    others.push_back(end.path);
+                }
+            }
+        }
+        std::vector<std::string> reference_names;
+        for (const Cim_Path& path : manager().reference_names(source).paths) {
+            reference_names.push_back(bare(path));
+        }
+        ASSERT_THAT(reference_names, UnorderedElementsAreArray(references)) << text;
+        ASSERT_THAT(names(source), UnorderedElementsAreArray(others)) << text;
+    }
+}
+
+TEST_F(Associations, FollowRolesClassesAndPropertyLists) {
+    start_rich_host({computer_system("server-7")});
+    const Cim_Path port = enumerate("TVRHBA_FCPort").instances.at(0).path;
+    const Cim_Path controller = enumerate("TVRHBA_PortController").instances.at(0).path;
+    const std::string controlled_by = "TVRHBA_ControlledBy";
+    struct Case {
+        const char* result_class;
+        const char* role;
+        const char* result_role;
+        bool found;
+    };
+    for (const Case& filter :
+         std::initializer_list<Case>{{"", "", "", true},
+                                     {"", "dependent", "", true},
+                                     {"", "Antecedent", "", false},
+                                     {"", "", "Antecedent", true},
+                                     {"", "", "Dependent", false},
+                                     {"CIM_LogicalDevice", "", "", true},
+                                     {"tvrhba_portcontroller", "Dependent", "Antecedent", true},
+                                     {"TVRHBA_Product", "", "", false}}) {
+        const std::vector<std::string> expected =
+            filter.found ? std::vector<std::string>{bare(controller)} : std::vector<std::string>{};
+        EXPECT_EQ(
+            names(port, {controlled_by, filter.result_class, filter.role, filter.result_role}),
+            expected)
+            << filter.result_class << ' ' << filter.role << ' ' << filter.result_role;
+    }
+    EXPECT_THAT(manager().references(port, controlled_by, "Antecedent").instances, IsEmpty());
+
+    // Without a list all properties are there, those that were NULL as zero; with one the named.
+    const Cim_Instance whole = manager().references(port, controlled_by, "Dependent").instance();
+    EXPECT_EQ(whole["AccessState"].plain(), "1");
+    EXPECT_EQ(whole["NegotiatedSpeed"].plain(), "0");
+    const Cim_Instance narrow =
+        manager()
+            .references(port, controlled_by, {}, std::vector<std::string>{"AccessState"})
+            .instance();
+    EXPECT_FALSE(narrow.has("NegotiatedSpeed"));
+    EXPECT_EQ(narrow["AccessState"].plain(), "1");
+
+    // An associated instance comes from its own provider.
+    const Cim_Instance current =
+        manager()
+            .associators(port, {controlled_by, "", "", ""}, std::vector<std::string>{"Name"})
+            .instance();
+    EXPECT_TRUE(current.has("Name"));
+    EXPECT_FALSE(current.has("Description"));
+    EXPECT_EQ(bare(current.path), bare(controller));
+
+    Cim_Path strange = port;
+    strange.keys.set("DeviceID", "10000254564a1020");
+    EXPECT_THAT(names(strange), IsEmpty());
+    EXPECT_EQ(manager()
+                  .associator_names(Cim_Path(name_space, "TVRHBA_Nonsense", port.keys),
+                                    {controlled_by, "", "", ""},
+                                    tvrhost::Call{controlled_by, {}, 0})
+                  .rc,
+              0);
+}
+
+// Nobody but the module's maps knows the computer system that the module makes: it is named, and
+// where it should be delivered the answer ends without a word.
+TEST_F(Associations, EndSilentlyAtAComputerSystemThatNobodyServes) {
+    start_rich_host({});
+    const Cim_Path port = enumerate("TVRHBA_FCPort").instances.at(0).path;
+    const std::string system_device = "TVRHBA_FCPortSystemDevice";
+    EXPECT_EQ(names(port, {system_device, "", "", ""}).size(), 1u);
+    const Answer answer = manager().associators(port, {system_device, "", "", ""});
+    EXPECT_EQ(answer.rc, 0);
+    EXPECT_THAT(answer.instances, IsEmpty());
+
+    const Cim_Path controller = enumerate("TVRHBA_PortController").instances.at(0).path;
+    const Answer packages = manager().associators(controller, {"TVRHBA_Realizes", "", "", ""});
+    EXPECT_EQ(packages.instances.size(), 1u);
+}
+
+} // namespace
+} // namespace client
