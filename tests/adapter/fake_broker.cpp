@@ -340,48 +340,55 @@ const CMPIBrokerEncFT enc_ft{
         return make(broker, "newDateTimeFromChars", When{chars}, rc);
     }};
 
-const CMPIBrokerFT broker_ft{0,
-                             100,
-                             "fake",
-                             [](const CMPIBroker* broker, const CMPIContext*) -> CMPIContext* {
-                                 Broker& self = of(broker);
-                                 if (self.fails("prepareAttachThread")) {
-                                     return nullptr;
-                                 }
-                                 ++self.prepared;
-                                 return self.context(Context{{}, true});
-                             },
-                             [](const CMPIBroker* broker, const CMPIContext* context) {
-                                 Context& content = Broker::content<Context>(context);
-                                 EXPECT_TRUE(content.prepared && !content.attached);
-                                 content.attached = !of(broker).fails("attachThread");
-                                 return content.attached ? ok : failed;
-                             },
-                             [](const CMPIBroker* broker, const CMPIContext* context) {
-                                 EXPECT_TRUE(Broker::content<Context>(context).attached);
-                                 ++of(broker).detached;
-                                 return release<Context>(const_cast<CMPIContext*>(context));
-                             },
-                             nullptr,
-                             nullptr,
-                             nullptr,
-                             nullptr,
-                             nullptr,
-                             nullptr,
-                             nullptr,
-                             [](const CMPIBroker* broker, const CMPIContext*,
-                                const CMPIObjectPath* path, const char**,
-                                CMPIStatus* rc) -> CMPIEnumeration* {
-                                 Broker& self = of(broker);
-                                 const Path& content = Broker::of(path);
-                                 if (self.fails("enumerateInstances")) {
-                                     set(rc, failed);
-                                     return nullptr;
-                                 }
-                                 self.asked.push_back(content);
-                                 set(rc, ok);
-                                 return self.add(Enumeration{self.instances[content.class_name]});
-                             }};
+const CMPIBrokerFT broker_ft{
+    0,
+    100,
+    "fake",
+    [](const CMPIBroker* broker, const CMPIContext*) -> CMPIContext* {
+        Broker& self = of(broker);
+        if (self.fails("prepareAttachThread")) {
+            return nullptr;
+        }
+        ++self.prepared;
+        return self.context(Context{{}, true});
+    },
+    [](const CMPIBroker* broker, const CMPIContext* context) {
+        Context& content = Broker::content<Context>(context);
+        EXPECT_TRUE(content.prepared && !content.attached);
+        content.attached = !of(broker).fails("attachThread");
+        return content.attached ? ok : failed;
+    },
+    [](const CMPIBroker* broker, const CMPIContext* context) {
+        EXPECT_TRUE(Broker::content<Context>(context).attached);
+        ++of(broker).detached;
+        return release<Context>(const_cast<CMPIContext*>(context));
+    },
+    nullptr,
+    nullptr,
+    [](const CMPIBroker* broker, const CMPIContext*, const CMPIObjectPath* path,
+       const char** properties, CMPIStatus* rc) -> CMPIInstance* {
+        Broker& self = of(broker);
+        self.asked.push_back(Broker::of(path));
+        const std::shared_ptr<Inst> got = self.get_instance(Broker::of(path), properties);
+        set(rc, got == nullptr ? failed : ok);
+        return got == nullptr ? nullptr : self.add(got);
+    },
+    nullptr,
+    nullptr,
+    nullptr,
+    nullptr,
+    [](const CMPIBroker* broker, const CMPIContext*, const CMPIObjectPath* path, const char**,
+       CMPIStatus* rc) -> CMPIEnumeration* {
+        Broker& self = of(broker);
+        const Path& content = Broker::of(path);
+        if (self.fails("enumerateInstances")) {
+            set(rc, failed);
+            return nullptr;
+        }
+        self.asked.push_back(content);
+        set(rc, ok);
+        return self.add(Enumeration{self.instances[content.class_name]});
+    }};
 
 const std::tuple tables{&string_ft, &datetime_ft, &array_ft,       &path_ft,   &instance_ft,
                         &args_ft,   &result_ft,   &enumeration_ft, &context_ft};

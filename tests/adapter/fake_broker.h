@@ -7,6 +7,7 @@
 #include <cmpidt.h>
 #include <cmpift.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -177,6 +178,8 @@ public:
     std::vector<Path> asked;
     // The number of the element at which getNext fails, from 1.
     std::size_t fail_element = 0;
+    // What getInstance answers; the paths go into `asked` too. Null for none.
+    std::function<std::shared_ptr<Inst>(const Path&, const char** properties)> get_instance;
 
     // Contexts of attached threads: made, and ended by a detach.
     int prepared = 0;

@@ -1,0 +1,303 @@
+// The entries of the association MI.
+#include "runtime/association.h"
+#include "tests/adapter/fixture.h"
+#include "tests/runtime/sample_classes.h"
+
+#include <future>
+
+namespace cimple::sample {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// What the provider does, and what was asked of it.
+struct Plan {
+    std::vector<Ref<>> links;
+    int names = ENUM_ASSOCIATOR_NAMES_UNSUPPORTED;
+    int references = ENUM_REFERENCES_UNSUPPORTED;
+    int associators = ENUM_ASSOCIATORS_UNSUPPORTED;
+    int instances = ENUM_INSTANCES_OK;
+    Ref<> direct; // a clone of this comes from all traversals of its own
+    bool use_selector = false;
+    int left_out = 0; // instances, by the selector
+    int enumerations = 0;
+};
+Plan plan;
+
+int provider(const Registration*, int operation, void* arg0, void*, void* arg2, void* arg3,
+             void* arg4, void* arg5, void* arg6, void*) {
+    const auto own = [](int status, void* proc, void* client_data) {
+        if (plan.direct) {
+            reinterpret_cast<Instance_Enumerator_Proc>(proc)(clone(plan.direct.get()), 0,
+                                                             client_data);
+        }
+        return status;
+    };
+    switch (operation) {
+    case OPERATION_GET_META_CLASS:
+        *static_cast<const Meta_Class**>(arg0) = &Link::static_meta_class;
+        return 0;
+    case OPERATION_GET_REPOSITORY:
+        *static_cast<const Meta_Repository**>(arg0) = &repository;
+        return 0;
+    case OPERATION_ENUM_INSTANCES:
+        ++plan.enumerations;
+        for (const Ref<>& link : plan.links) {
+            if (plan.use_selector && !static_cast<Instance_Selector*>(arg4)->accepts(link.get())) {
+                ++plan.left_out;
+            } else {
+                reinterpret_cast<Instance_Enumerator_Proc>(arg2)(clone(link.get()), 0, arg3);
+            }
+        }
+        return plan.instances;
+    case OPERATION_ENUM_ASSOCIATOR_NAMES:
+        return own(plan.names, arg5, arg6);
+    case OPERATION_ENUM_REFERENCES:
+        EXPECT_TRUE(static_cast<Link*>(arg2)->Caption.is_null());
+        return own(plan.references, arg4, arg5);
+    case OPERATION_ENUM_ASSOCIATORS:
+        return own(plan.associators, arg5, arg6);
+    default:
+        return 0;
+    }
+}
+const Registration registration = {"fixture", "Link_Provider", provider, &Link::static_meta_class,
+                                   nullptr};
+
+class Association_Entries_Test : public ::testing::Test {
+protected:
+    Association_Entries_Test() {
+        plan = Plan();
+        const Ref<Device> a = make_device("a", 1), d = make_device("d", 1), e = make_device("e", 1);
+        const Ref<Device> b = make_device("b", 1);
+        b->__name_space = "root/own";
+        link(a.get(), b.get());
+        link(a.get(), make_device<Port>("c", 1).get());
+        link(d.get(), a.get());
+        link(e.get(), e.get());
+        link(make_device("A", 1).get(), d.get());
+        link(nullptr, make_device("f", 1).get());
+        void* made = nullptr;
+        cimple_cmpi_adapter(block, &registration, broker.get(), context, "Link", 'A', made);
+        mi = static_cast<CMPIAssociationMI*>(made);
+        broker.get_instance = [this](const fake::Path& path, const char** properties) {
+            asked_properties = properties;
+            return text(path) == missing ? nullptr
+                                         : std::make_shared<fake::Inst>(fake::Inst{path, {}});
+        };
+    }
+    ~Association_Entries_Test() override {
+        EXPECT_EQ(broker.of(result).done, 0);
+        static_cast<CMPI_Adapter*>(block.adapter)->cleanup(true);
+        plan = Plan();
+    }
+    static void link(const Element* antecedent, const Device* dependent) {
+        plan.links.emplace_back(make_link(antecedent, dependent).release());
+    }
+    CMPIObjectPath* source(const char* name, const char* class_name = "Device") {
+        fake::Path path{"root/test", class_name, {}};
+        path.keys.set("SystemName", fake::string(name));
+        path.keys.set("Number", fake::uint32(1));
+        return broker.path(path);
+    }
+    // An element as its name, with "!" in its own namespace; a link as its ends.
+    static std::string text(const fake::Path& path) {
+        std::string names = path.name_space == "root/own" ? "!" : "";
+        for (const fake::Entry& key : path.keys) {
+            const auto* end = key.datum.as<fake::Path>();
+            names += end != nullptr ? text(*end) : key.datum.text();
+        }
+        return names;
+    }
+    // What came since the last call.
+    Texts sent() {
+        Texts texts;
+        for (const fake::Datum& datum : broker.of(result).data) {
+            const auto* instance = datum.as<fake::Inst>();
+            texts.push_back(text(instance != nullptr ? instance->path : *datum.as<fake::Path>()));
+        }
+        broker.of(result).data.clear();
+        return texts;
+    }
+    CMPIrc names(const CMPIObjectPath* path, const char* result_class = nullptr,
+                 const char* role = nullptr, const char* result_role = nullptr) {
+        const auto call = mi->ft->associatorNames;
+        return call(mi, context, result, path, "Other", result_class, role, result_role).rc;
+    }
+    CMPIrc instances(const CMPIObjectPath* path, const char** list = nullptr) {
+        return mi->ft->associators(mi, context, result, path, "Other", "", "", "", list).rc;
+    }
+    CMPIrc references(const CMPIObjectPath* path, const char* role = nullptr,
+                      const char** list = nullptr) {
+        return mi->ft->references(mi, context, result, path, "Other", role, list).rc;
+    }
+    CMPIrc reference_names(const CMPIObjectPath* path, const char* role = nullptr) {
+        return mi->ft->referenceNames(mi, context, result, path, "Other", role).rc;
+    }
+
+    fake::Broker broker;
+    CMPIContext* context = broker.context();
+    CMPIResult* result = broker.result();
+    CMPI_Static_Data block{};
+    CMPIAssociationMI* mi = nullptr;
+    std::string missing;
+    const char** asked_properties = nullptr;
+};
+
+TEST_F(Association_Entries_Test, EndsAreChosenByClassRoleAndKeys) {
+    const struct {
+        const char *name, *class_name, *result_class, *role, *result_role;
+        Texts ends, links;
+    } cases[] = {
+        {"a", "Device", nullptr, nullptr, nullptr, {"!b", "c", "d"}, {"a!b", "ac", "da"}},
+        {"a", "device", "", "ANTECEDENT", "", {"!b", "c"}, {"a!b", "ac"}},
+        {"a", "Device", "", "Dependent", "", {"d"}, {"da"}},
+        {"a", "Device", "", "Others", "", {}, {}},
+        {"a", "Device", "ELEMENT", "", "dependent", {"!b", "c"}, {"a!b", "ac", "da"}},
+        {"a", "Device", "Port", "", "", {"c"}, {"a!b", "ac", "da"}},
+        {"a", "Device", "Link", "", "", {}, {"a!b", "ac", "da"}},
+        {"A", "Device", "", "", "", {"d"}, {"Ad"}},
+        {"c", "Device", "", "", "", {"a"}, {"ac"}},
+        {"c", "Port", "", "", "", {"a"}, {"ac"}},
+        {"a", "Port", "", "", "", {}, {}}, // a port has one key more
+        {"e", "Device", "", "", "", {}, {"ee"}},
+        {"f", "Device", "", "", "", {}, {"f"}}, // the other end is null
+        {"z", "Device", "", "", "", {}, {}},
+        {"a", "Stranger", "", "", "", {}, {}},
+        // Without keys it equals every antecedent; for a dependent its class isn't near enough.
+        {"a", "Element", "", "", "", {"!b", "c", "a", "e", "d"}, {"a!b", "ac", "da", "ee", "Ad"}},
+    };
+    for (const bool use_selector : {false, true}) {
+        plan.use_selector = use_selector;
+        for (const auto& row : cases) {
+            SCOPED_TRACE(std::string(row.name) + " " + row.class_name);
+            const CMPIObjectPath* path = source(row.name, row.class_name);
+            EXPECT_EQ(names(path, row.result_class, row.role, row.result_role), 0);
+            EXPECT_EQ(sent(), row.ends);
+            EXPECT_EQ(reference_names(path, row.role), 0);
+            EXPECT_EQ(sent(), row.links);
+            EXPECT_EQ(references(path, row.role), 0);
+            EXPECT_EQ(sent(), row.links);
+        }
+    }
+    EXPECT_GT(plan.left_out, 0);
+}
+
+TEST_F(Association_Entries_Test, ReferencesAreFilteredByThePropertyList) {
+    const char* none[] = {nullptr};
+    const char* caption[] = {"Caption", nullptr};
+    for (const char** list : {static_cast<const char**>(nullptr), caption, none}) {
+        ASSERT_EQ(references(source("d"), "antecedent", list), 0);
+        const fake::Datum got = broker.of(result).data.at(0);
+        const fake::Datum* property = got.as<fake::Inst>()->properties.find("Caption");
+        ASSERT_EQ(property == nullptr, list == none);
+        EXPECT_TRUE(property == nullptr || property->type == CMPI_string) << "NULL goes out empty";
+        EXPECT_EQ(sent(), Texts{"da"});
+    }
+}
+
+TEST_F(Association_Entries_Test, AssociatorsComeFromTheirOwnProviders) {
+    const char* list[] = {"Label", nullptr};
+    const auto get = broker.get_instance;
+    broker.get_instance = [&](const fake::Path& path, const char** properties) {
+        Mutex& mutex = block.adapter.load()->mutex();
+        EXPECT_FALSE(std::async(std::launch::async, [&] { return mutex.try_lock(); }).get());
+        return get(path, properties);
+    };
+    EXPECT_EQ(instances(source("a"), list), 0);
+    EXPECT_EQ(asked_properties, list);
+    EXPECT_EQ(sent(), (Texts{"!b", "c", "d"}));
+    missing = "c";
+    broker.asked.clear();
+    EXPECT_EQ(instances(source("a")), 0) << "the client isn't told";
+    EXPECT_EQ(sent(), Texts{"!b"});
+    EXPECT_EQ(broker.asked.size(), 2u);
+}
+
+TEST_F(Association_Entries_Test, AProviderMayTraverseByItself) {
+    plan.direct.reset(clone(make_device("own", 1).get()));
+    plan.direct->__name_space = "root/own";
+    plan.names = plan.references = plan.associators = 0;
+    EXPECT_EQ(instances(source("z")) + names(source("z")), 0);
+    plan.direct = plan.links[0];
+    EXPECT_EQ(references(source("z")) + reference_names(source("z")), 0);
+    EXPECT_EQ(sent(), (Texts{"!own", "!own", "a!b", "a!b"}));
+    EXPECT_EQ(plan.enumerations, 0);
+    EXPECT_TRUE(broker.asked.empty());
+}
+
+TEST_F(Association_Entries_Test, StatusesBecomeAnswers) {
+    const CMPIrc done = CMPI_RC_OK, failed = CMPI_RC_ERR_FAILED, denied = CMPI_RC_ERR_ACCESS_DENIED;
+    const struct {
+        int names, references, associators, instances;
+        CMPIrc for_names, for_references, for_associators;
+    } cases[] = {
+        {110, 120, 170, 0, failed, failed, failed},  {112, 122, 172, 0, failed, denied, denied},
+        {112, 0, 171, 0, failed, done, failed},      {111, 121, 171, 70, failed, failed, failed},
+        {111, 121, 171, 71, denied, denied, denied}, {-1, -1, -1, 77, done, done, done},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.names + row.instances);
+        plan.names = row.names;
+        plan.references = row.references;
+        plan.associators = row.associators;
+        plan.instances = row.instances;
+        EXPECT_EQ(names(source("a")), row.for_names);
+        EXPECT_EQ(references(source("a")), row.for_references);
+        EXPECT_EQ(reference_names(source("a")), row.for_references);
+        EXPECT_EQ(instances(source("a")), row.for_associators);
+    }
+}
+
+TEST_F(Association_Entries_Test, AFailureOnTheWayOutEndsTheDeliveryUnseen) {
+    const CMPIObjectPath* path = source("a");
+    std::size_t kept = 0; // objects that the calls leave to the end of the scope
+    const auto requests = [&] {
+        kept = broker.live();
+        EXPECT_EQ(names(path) + reference_names(path) + references(path) + instances(path), 0);
+        kept = broker.live() - kept;
+        return sent().size();
+    };
+    EXPECT_EQ(requests(), 12u);
+    const std::size_t all_kept = kept;
+    for (const char* call : {"newObjectPath", "newInstance"}) {
+        broker.failing = {call};
+        EXPECT_LT(requests(), 12u) << call;
+        EXPECT_LE(kept, all_kept) << call;
+    }
+}
+
+TEST_F(Association_Entries_Test, AnUnknownClassHasNoAssociations) {
+    const Runtime_Log log;
+    const CMPIObjectPath* path = source("a", "Unheard_Of");
+    EXPECT_EQ(instances(path) + names(path) + references(path) + reference_names(path), 0);
+    EXPECT_TRUE(sent().empty());
+    EXPECT_EQ(plan.enumerations, 0);
+    EXPECT_EQ(log.count("return: associators(): CMPI_RC_OK"), 1);
+    for (const char* entry : {"associatorNames", "references", "referenceNames"}) {
+        EXPECT_EQ(log.count("return: " + std::string(entry) + "(): CMPI_RC_ERR_INVALID_CLASS"), 1);
+    }
+}
+
+TEST_F(Association_Entries_Test, TheHandleClosesAnEnumerationOnce) {
+    const Ref<Device> a = make_device("a", 1);
+    const auto proc = [](Instance* instance, int status, void* client_data) {
+        *static_cast<std::string*>(client_data) += instance != nullptr ? 'i' : 'n';
+        EXPECT_EQ(status, 0);
+        unref(instance);
+        return false; // which ends nothing
+    };
+    std::string calls;
+    const Provider_Handle handle(&registration);
+    const Ref<Link> wanted = make<Link>();
+    EXPECT_EQ(handle.enum_associator_names(a.get(), "", "", "", proc, &calls), 0);
+    EXPECT_EQ(handle.enum_references(a.get(), wanted.get(), "", proc, &calls), 0);
+    EXPECT_EQ(calls, "iiiniiin");
+    const Provider_Handle other(&fixture_registration); // of no association
+    EXPECT_EQ(other.enum_associator_names(a.get(), "", "", "", proc, &calls), 110);
+    EXPECT_EQ(other.enum_references(a.get(), a.get(), "", proc, &calls), 120);
+    EXPECT_EQ(calls, "iiiniiin");
+}
+
+} // namespace
+} // namespace cimple::sample
