@@ -25,7 +25,7 @@ template <class T> void destroy_object(void* at) noexcept {
 }
 
 template <class T> constexpr Type_Traits plain() noexcept {
-    return {sizeof(T), nullptr, nullptr, nullptr};
+    return {sizeof(T), nullptr, nullptr, nullptr}; // NOLINT(bugprone-sizeof-expression)
 }
 
 // Reals compare as numbers: 0.0 equals -0.0, and no NaN equals itself.

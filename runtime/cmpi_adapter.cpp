@@ -166,9 +166,9 @@ int cimple_cmpi_adapter(CMPI_Static_Data& static_data, const Registration* regis
     } else {
         try {
             // The block holds it from here on; the last cleanup ends it.
-            std::make_unique<CMPI_Adapter>(static_data, registration, broker, context,
-                                           provider_name)
-                .release();
+            auto made = std::make_unique<CMPI_Adapter>(static_data, registration, broker, context,
+                                                       provider_name);
+            static_cast<void>(made.release());
         } catch (const std::exception& error) {
             log_exception("cimple_cmpi_adapter", error.what());
             return -1;

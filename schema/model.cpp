@@ -10,7 +10,6 @@ namespace tvrgen {
 using tvrmof::Class;
 using tvrmof::Error;
 using tvrmof::Feature;
-using tvrmof::Feature_Kind;
 using tvrmof::Typed;
 
 namespace {

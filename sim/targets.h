@@ -82,7 +82,7 @@ private:
     struct Address {
         uint64_t port;
         uint64_t lun;
-        auto operator<=>(const Address&) const = default;
+        auto operator<=>(const Address&) const = default; // NOLINT(modernize-use-nullptr)
     };
     struct Unit {
         Address address;
