@@ -27,7 +27,7 @@ std::size_t compare(const Meta_Class& meta_class, Random_Instances& random, Make
     static const String roles[] = {"", "antecedent", "Dependent", "Others"};
     Instance_Map map(&meta_class);
     std::size_t hits = 0;
-    for (int step = 0; step < 400; ++step) {
+    for (int step = 0; step < 300; ++step) {
         Ref<Instance> instance = make_instance();
         if (map.insert(instance.get()) >= 0) {
             static_cast<void>(instance.release());
@@ -56,7 +56,7 @@ std::size_t compare(const Meta_Class& meta_class, Random_Instances& random, Make
 }
 
 TEST(Selection, ends_are_found_whatever_the_classes_and_keys) {
-    for (unsigned seed = 0; seed < 8; ++seed) {
+    for (unsigned seed = 0; seed < 4; ++seed) {
         SCOPED_TRACE(seed);
         Random_Instances random(seed);
         for (const bool odd : {false, true}) {
@@ -73,7 +73,7 @@ TEST(Selection, ends_are_found_whatever_the_classes_and_keys) {
 
 // An association whose end has a key of each type, reals among them.
 TEST(Selection, ends_and_instances_are_found_by_keys_of_any_type) {
-    for (unsigned seed = 0; seed < 8; ++seed) {
+    for (unsigned seed = 0; seed < 4; ++seed) {
         SCOPED_TRACE(seed);
         Random_Instances random(seed);
         const auto keys = [&] { return random.keys(); };
@@ -92,7 +92,7 @@ TEST(Selection, ends_and_instances_are_found_by_keys_of_any_type) {
 }
 
 TEST(Selection, instances_are_found_by_the_keys_of_the_models_class) {
-    for (unsigned seed = 0; seed < 8; ++seed) {
+    for (unsigned seed = 0; seed < 4; ++seed) {
         SCOPED_TRACE(seed);
         Random_Instances random(seed);
         for (const bool odd : {false, true}) {
