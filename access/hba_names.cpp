@@ -96,6 +96,19 @@ uint32 TVR_MethodWrapper::str2HBAName(HBA_WWN* out, const char* text) {
     return 0;
 }
 
+bool TVR_MethodWrapper::deviceIdToHBAName(HBA_WWN& out, const std::string& deviceId) {
+    char text[hbaNameTextSize];
+    if (Id2HBAName(text, deviceId.c_str()) != 0) {
+        TVR_LOG("Id2HBAName failed");
+        return false;
+    }
+    if (str2HBAName(&out, text) != 0) {
+        TVR_LOG("str2HBAName failed");
+        return false;
+    }
+    return true;
+}
+
 uint32 TVR_MethodWrapper::string2HBAName(HBA_WWN& out, std::string_view text) {
     return text2HBAName(out.wwn, text);
 }

@@ -88,6 +88,14 @@ uint32 TVR_MethodWrapper::Validatewwpn(HBA_WWN name) {
     return 1;
 }
 
+bool TVR_MethodWrapper::isLocal(const HBA_WWN& port) {
+    if (Validatewwpn(port) != 0) {
+        TVR_LOG("INVALID wwpn");
+        return false;
+    }
+    return true;
+}
+
 void TVR_MethodWrapper::logRMStatus(RM_STATUS status) {
     char text[RM_STATUS_TEXT_SIZE + 1] = {};
     rm::RM_StatusString(status, text, RM_STATUS_TEXT_SIZE);

@@ -5,6 +5,7 @@
 #include "access/rm/rm_api.h"
 #include "runtime/type.h"
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -46,6 +47,9 @@ public:
     // Writes the colon form in upper case; nothing into a null buffer. Answers 0.
     static uint32 hbaNameToText(char* out, const HBA_WWN& name);
 
+    // Id2HBAName and str2HBAName in one; false, with a line in the log, when either fails.
+    static bool deviceIdToHBAName(HBA_WWN& out, const std::string& deviceId);
+
     // 0 when the name belongs to an adapter of this host, else 1.
     static uint32 Validatewwpn(HBA_WWN name);
 
@@ -55,6 +59,47 @@ public:
     // 1 when the name is in the list, else 0, and the list has it then. When memory is exhausted
     // the list is emptied and the answer 0.
     static uint32 isDuplicateEntryInWWPNList(const HBA_WWN& name, std::vector<HBA_WWN>& list);
+
+    // ---- requests to the adapter of a port ----
+    //
+    // All but SetPortEnabled answer 1 for a port that is not of this host, and else, unless it is
+    // told otherwise, the library's status.
+
+    // Dumps. The directory is terminated, and empty when the library fails to tell it.
+    static uint32 tvrcimSetDumpDirectory(const HBA_WWN& port, const std::string& directory);
+    static uint32 tvrcimGetDumpDirectory(const HBA_WWN& port,
+                                         char (&directory)[RM_DUMP_DIRECTORY_SIZE]);
+    // 1 for a count of files outside 1 to 20.
+    static uint32 tvrcimSetRetentionCount(const HBA_WWN& port, uint32 count);
+    static uint32 tvrcimGetRetentionCount(const HBA_WWN& port, uint32* count);
+    static uint32 tvrcimDeleteDumpFiles(const HBA_WWN& port);
+    static constexpr uint32 plainDump = 0xFFFFFFFF;
+    // A plain dump, or one of an extended type.
+    static uint32 tvrcimDumpDiagnostic(const HBA_WWN& port, uint32 type);
+    // `names` has room for as many entries as its count says; RM_STATUS_BUFFER_TOO_SMALL when there
+    // are more, with their number in the count.
+    static uint32 tvrcimGetDumpFileNames(const HBA_WWN& port, RM_DUMPFILENAMES* names);
+
+    // Boot BIOS. The state is non-zero when it is enabled, and 0 also when the adapter doesn't
+    // tell; 1 when the library fails.
+    static uint32 tvrcimGetBootBiosState(const HBA_WWN& port, uint32* state);
+    // 'e' enables, 'd' disables, in either case; 1 for anything else.
+    static uint32 tvrcimSetBootBiosState(const HBA_WWN& port, const char* control);
+
+    static uint32 tvrcimResetHBA(const HBA_WWN& port);
+    // By the low byte of `enable`. 1 for a name that can't be converted.
+    static uint32 SetPortEnabled(const std::string& deviceId, uint32 enable);
+
+    // Sets a parameter of the driver as a whole (cw1 is 1) or of the port (0), permanently (cw2 is
+    // 1) or until the driver's next start (0). 1 for other words, for null texts, and when
+    // parameter and value don't fit together into a text of driverParamTextSize bytes.
+    static constexpr std::size_t driverParamTextSize = 256;
+    static uint32 tvrcimSetDriverParam(const std::string& deviceId, const HBA_WWN& port, uint8 cw1,
+                                       uint8 cw2, const char* parameter, const char* value);
+
+private:
+    // Validatewwpn with the callers' line in the log.
+    static bool isLocal(const HBA_WWN& port);
 };
 
 // How long a construction waits for another one of the same process, in milliseconds; one minute at

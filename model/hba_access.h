@@ -1,12 +1,11 @@
-// How the tree reads the HBA API: handles that close themselves, the one retry on stale data, texts
-// taken no further than their arrays reach.
+// How the tree reads the HBA API: handles that close themselves, the one retry on stale data.
 #ifndef TVR_MODEL_HBA_ACCESS_H
 #define TVR_MODEL_HBA_ACCESS_H
 
+#include "access/bounded_text.h"
 #include "access/entry_points.h"
 #include "common/logger.h"
 
-#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -49,10 +48,6 @@ public:
 private:
     HBA_HANDLE m_handle;
 };
-
-template <std::size_t size> std::string toString(const char (&text)[size]) {
-    return {text, strnlen(text, size)};
-}
 
 } // namespace cimple
 
