@@ -54,8 +54,9 @@ uint32 TVR_MethodWrapper::tvrcimGetDumpDirectory(const HBA_WWN& port,
     }
     std::memset(directory, 0, sizeof directory);
     const RM_STATUS status = rm::LRM_GetDumpDirectoryA(port, directory, RM_DUMP_DIRECTORY_SIZE);
-    directory[RM_DUMP_DIRECTORY_SIZE - 1] = '\0';
+    directory[sizeof directory - 1] = '\0';
     if (status != RM_STATUS_OK) {
+        directory[0] = '\0';
         TVR_LOG("Failed to get the Dump directory, returned with error code %d", status);
         logRMStatus(status);
     }

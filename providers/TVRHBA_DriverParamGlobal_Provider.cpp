@@ -1,5 +1,6 @@
 #include "providers/TVRHBA_DriverParamGlobal_Provider.h"
 
+#include "agent/driver_parameters.h"
 #include "agent/provider_calls.h"
 
 namespace cimple {
@@ -16,7 +17,7 @@ Enum_Instances_Status
 TVRHBA_DriverParamGlobal_Provider::enum_instances(const Class*,
                                                   const Enum_Instances_Handler& handler) {
     if (TVR_IS_AGENT_LOADED()) {
-        enumerate_active<TVRHBA_DriverParamGlobal>(handler);
+        enumerate_active<TVRHBA_DriverParamGlobal>(handler, UpdateDriverParamGlobal);
         TVR_LOG("TVRHBA_DriverParamGlobal_Provider::enum_instances()");
     }
     return ENUM_INSTANCES_OK;

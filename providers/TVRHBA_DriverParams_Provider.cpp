@@ -1,5 +1,6 @@
 #include "providers/TVRHBA_DriverParams_Provider.h"
 
+#include "agent/driver_parameters.h"
 #include "agent/provider_calls.h"
 
 namespace cimple {
@@ -15,7 +16,7 @@ Unload_Status TVRHBA_DriverParams_Provider::unload() {
 Enum_Instances_Status
 TVRHBA_DriverParams_Provider::enum_instances(const Class*, const Enum_Instances_Handler& handler) {
     if (TVR_IS_AGENT_LOADED()) {
-        enumerate_active<TVRHBA_DriverParams>(handler);
+        enumerate_active<TVRHBA_DriverParams>(handler, UpdateDriverParams);
         TVR_LOG("TVRHBA_DriverParams_Provider::enum_instances()");
     }
     return ENUM_INSTANCES_OK;

@@ -1,5 +1,6 @@
 #include "providers/TVRHBA_FCPortStatistics_Provider.h"
 
+#include "agent/port_refresh.h"
 #include "agent/provider_calls.h"
 
 namespace cimple {
@@ -16,7 +17,7 @@ Enum_Instances_Status
 TVRHBA_FCPortStatistics_Provider::enum_instances(const Class*,
                                                  const Enum_Instances_Handler& handler) {
     if (TVR_IS_AGENT_LOADED()) {
-        enumerate_active<TVRHBA_FCPortStatistics>(handler);
+        enumerate_active<TVRHBA_FCPortStatistics>(handler, GetFCPortStats);
     }
     return ENUM_INSTANCES_OK;
 }

@@ -1,5 +1,6 @@
 #include "providers/TVRHBA_FCPort_Provider.h"
 
+#include "agent/port_refresh.h"
 #include "agent/provider_calls.h"
 
 namespace cimple {
@@ -16,7 +17,7 @@ Unload_Status TVRHBA_FCPort_Provider::unload() {
 Enum_Instances_Status
 TVRHBA_FCPort_Provider::enum_instances(const Class*, const Enum_Instances_Handler& handler) {
     if (TVR_IS_AGENT_LOADED()) {
-        enumerate_active<TVRHBA_FCPort>(handler);
+        enumerate_active<TVRHBA_FCPort>(handler, UpdateFCPortStatus);
         TVR_LOG("TVRHBA_FCPort_Provider::enum_instances()");
     }
     return ENUM_INSTANCES_OK;
