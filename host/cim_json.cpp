@@ -23,8 +23,9 @@ Json to_json(const Cim_Value& value) {
     case Cim_Type::boolean:
         return value.as_bool();
     case Cim_Type::real32:
-    case Cim_Type::real64:
-        return std::isfinite(value.as_real()) ? Json(value.as_real()) : Json(value.plain());
+    case Cim_Type::real64: // no more digits than the value has
+        return std::isfinite(value.as_real()) ? Json(std::stod(value.plain()))
+                                              : Json(value.plain());
     case Cim_Type::sint8:
     case Cim_Type::sint16:
     case Cim_Type::sint32:

@@ -74,7 +74,8 @@ std::string quoted(std::string_view text) {
     return result + '"';
 }
 
-std::string real_text(double value) {
+// The shortest text that reads as the value again.
+template <class Real> std::string real_text(Real value) {
     char buffer[64];
     const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
     std::string text(buffer, end);
@@ -310,7 +311,8 @@ std::string Cim_Value::plain() const {
         return std::to_string(*value);
     }
     if (const auto* value = std::get_if<double>(&_content)) {
-        return real_text(*value);
+        return _type == Cim_Type::real32 ? real_text(static_cast<float>(*value))
+                                         : real_text(*value);
     }
     switch (_type) {
     case Cim_Type::string:

@@ -40,7 +40,12 @@ TEST_F(Ports, ShowEveryPropertyOfTheirTable) {
     for (const char* checked : {"OtherIdentifyingInfo", "OperationalFirmware", "FabricName"}) {
         values.erase(checked);
     }
-    EXPECT_EQ(port["OtherIdentifyingInfo"].as_strings().front(), "/sys/class/fc_host/host3");
+    std::vector<std::string> info = port["OtherIdentifyingInfo"].as_strings();
+    info.pop_back();
+    const char* product = "Tavrin TVR-F1602 16Gb 2-port PCIe Fibre Channel adapter";
+    EXPECT_THAT(info, ElementsAre(product, "TVR-F1602", "TVF1602S0417", "5456", "A3", "2-0",
+                                  "Slot 2", "05:00.0", "TVR-F1602", product, "Port 0", "TVR",
+                                  "Lab unit", "/sys/class/fc_host/host3"));
     EXPECT_EQ(values,
               (std::map<std::string, std::string>{
                   {"SystemCreationClassName", "\"IBMSD_ComputerSystem\""},
@@ -56,7 +61,13 @@ TEST_F(Ports, ShowEveryPropertyOfTheirTable) {
                   {"UsageRestriction", "4"},
                   {"FCID", "66048"},
                   {"NumberOfDiscoveredPorts", "2"},
-                  {"IdentifyingDescriptions", "{\"OS Device Name\", \"TAVRIN:IEEE_ADDRESS\"}"},
+                  {"LocationIndicator", "3"},
+                  {"IdentifyingDescriptions",
+                   "{\"VPD:PRODUCT_NAME\", \"VPD:PART_NUMBER\", \"VPD:SERIAL_NUMBER\", "
+                   "\"VPD:MANUFACTURER_ID\", \"VPD:EC_LEVEL\", \"VPD:FABRIC_GEOGRAPHY\", "
+                   "\"VPD:LOCATION\", \"VPD:PCI_GEOGRAPHY\", \"VPD:V0\", \"VPD:V1\", "
+                   "\"VPD:V2\", \"VPD:VB\", \"VPD:Z0\", \"OS Device Name\", "
+                   "\"TAVRIN:IEEE_ADDRESS\"}"},
                   {"PortType", "10"},
                   {"OperationalStatus", "{2}"},
                   {"StatusDescriptions", "{\"OK\"}"},
