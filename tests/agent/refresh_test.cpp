@@ -2,6 +2,7 @@
 #include "tests/agent/agent_fixture.h"
 
 #include "agent/locks.h"
+#include "runtime/association.h"
 
 #include <future>
 #include <set>
@@ -458,6 +459,40 @@ TEST_F(Refresh, TwoInstancesWithEqualKeysDeliverNothing) {
     // Locks are free again.
     refresh();
     EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+}
+
+// A get and a traversal differ from an enumeration in what is copied, and in nothing else.
+TEST_F(Refresh, ASelectorLimitsWhatIsCopied) {
+    static int refreshed = 0;
+    load();
+    refresh();
+    const Ref<TVRHBA_FCPort> port(clone_of(agent->m_TVRHBA_FCPort_map.get(1)));
+    const std::string id = port->DeviceID.value.c_str();
+    const auto kept = [](auto enumeration, const Instance_Selector& selector) {
+        Collected collected;
+        Enum_Instances_Handler handler = collected.handler();
+        handler.selector = &selector;
+        enumeration(handler);
+        return collected;
+    };
+    const Instance_Selector by_key = Instance_Selector::by_key(*port);
+    const auto active = [](const Enum_Instances_Handler& handler) {
+        enumerate_active<TVRHBA_FCPort>(handler, [](ProviderAgent&) { ++refreshed; });
+    };
+    EXPECT_THAT(kept(enumerate<TVRHBA_FCPort>, by_key).texts("DeviceID"), ElementsAre(id));
+    EXPECT_THAT(kept(active, by_key).texts("DeviceID"), ElementsAre(id));
+    EXPECT_EQ(refreshed, 1);
+    EXPECT_EQ(kept(enumerate_SAN<TVRHBA_TapeDrive>, by_key).size(), 0u);
+
+    const String any;
+    const Instance_Selector by_end = Instance_Selector::by_end(*port, any);
+    for (int maps = 0; maps < 2; ++maps) { // the index of ends goes with the maps of its time
+        const Collected devices = kept(enumerate<TVRHBA_FCPortSystemDevice>, by_end);
+        ASSERT_EQ(devices.size(), 1u);
+        EXPECT_TRUE(is_reference_end(port.get(), devices[0], any));
+        agent->m_bForceAdapterRefresh = true;
+        refresh();
+    }
 }
 
 TEST_F(Refresh, RecordsAndJobsOfTestsOutliveIt) {
