@@ -17,4 +17,5 @@ int main(int argc, char** argv) {
     }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    tvrbench::leave_simulated_host();
 }

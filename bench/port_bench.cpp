@@ -25,7 +25,7 @@ double median(std::vector<double>& values) {
 
 void enumerate_ports(benchmark::State& state) {
     const auto ports = static_cast<std::size_t>(state.range(0));
-    tvrbench::set_ports(state.range(0));
+    tvrbench::set_host(state.range(0));
     const std::unique_ptr<tvrhost::Object_Manager> module = tvrbench::module_manager();
     const tvrhost::Answer first = module->enumerate_instances("root/tavrin", "TVRHBA_FCPort");
     if (first.instances.size() != ports) {

@@ -30,6 +30,13 @@ void remove_private_directory() {
     std::filesystem::remove_all(std::getenv("TAVRIN_FC_PREFIX"), ignored);
 }
 
+struct Kept {
+    long ports = 0;
+    long disks = 0;
+    std::unique_ptr<tvrhost::Object_Manager> manager;
+};
+Kept kept;
+
 tvrhost::Options with_class_model() {
     tvrhost::Options options;
     options.schema = class_model();
@@ -58,7 +65,8 @@ void enter_simulated_host(char** argv) {
     give_up("cannot start again with the simulated libraries");
 }
 
-void set_ports(long count) {
+void set_host(long ports, long disks) {
+    kept = {};
     static const auto control = [] {
         void* library = dlopen("liblrmapi.so", RTLD_NOW | RTLD_LOCAL);
         void* symbol = library == nullptr ? nullptr : dlsym(library, "tvrsim_control");
@@ -67,8 +75,12 @@ void set_ports(long count) {
         }
         return reinterpret_cast<tvrsim_control_fn>(symbol);
     }();
+    const std::string targets = disks == 0
+                                    ? ""
+                                    : R"("targets": [{"luns": [{"blocks": 2048, "copies": )" +
+                                          std::to_string(disks) + "}]}]";
     const std::string request = R"({"scenario": {"adapters": [{"copies": )" +
-                                std::to_string(count) + R"(, "ports": [{}]}]}})";
+                                std::to_string(ports) + R"(, "ports": [{)" + targets + "}]}]}}";
     char message[256] = "";
     if (control(request.c_str(), message, sizeof message) != 0) {
         give_up(message);
@@ -84,6 +96,18 @@ std::unique_ptr<tvrhost::Object_Manager> module_manager() {
     options.instances.push_back(
         {tvrhost::Cim_Path("root/ibmse", "IBMSD_ComputerSystem", system), system});
     return std::make_unique<tvrhost::Object_Manager>(std::move(options));
+}
+
+tvrhost::Object_Manager& kept_manager(long ports, long disks) {
+    if (kept.manager == nullptr || kept.ports != ports || kept.disks != disks) {
+        set_host(ports, disks);
+        kept = {ports, disks, module_manager()};
+    }
+    return *kept.manager;
+}
+
+void leave_simulated_host() {
+    kept = {};
 }
 
 std::unique_ptr<tvrhost::Object_Manager> manager_of(tvrhost::Factory_Lookup factories) {

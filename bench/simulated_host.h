@@ -14,12 +14,19 @@ namespace tvrbench {
 // Returns in the new process only. The directory is removed at its end.
 void enter_simulated_host(char** argv);
 
-// Makes the host show so many ports from now on, each on an adapter of its own, without latency.
-void set_ports(long count);
+// Makes the host show so many ports from now on, each on an adapter of its own and with so many
+// disks, of one target, behind it; without latency. Ends a kept object manager.
+void set_host(long ports, long disks = 0);
 
 // An object manager with the module loaded from its file, and a computer system of another provider
 // that the module finds by up-call.
 std::unique_ptr<tvrhost::Object_Manager> module_manager();
+
+// Such an object manager on a host of its own, kept for the benchmarks that come next: until
+// another host is asked for, or until `leave_simulated_host`, which `main` calls while the module's
+// own variables still stand.
+tvrhost::Object_Manager& kept_manager(long ports, long disks);
+void leave_simulated_host();
 
 // An object manager with the same class model and other factories.
 std::unique_ptr<tvrhost::Object_Manager> manager_of(tvrhost::Factory_Lookup factories);
