@@ -225,11 +225,17 @@ void ProviderAgent::runSANStages() {
         m_bIsSANStageRunning = true;
     }
     const Lock adapter_data(m_AdapterDataReadyMutex);
+    if (m_bIsLoaded) {
+        const Lock data(m_ProviderDataMutex);
+        TVR_LOG("PERF: Building SAN Data...");
+        contain("buildSANData", [this] { m_pData->buildSANData(); });
+    }
     const Lock adapter_maps(m_AdapterMapsReadyMutex);
     const Stage_In_Progress stage(m_SANMapsReadyMutex, m_bIsSANMapsReady, m_SANMapsReadyCond);
     if (m_bIsLoaded) {
         const Lock data(m_ProviderDataMutex);
-        contain("clearSANMaps", [this] { clearSANMaps(); });
+        TVR_LOG("PERF: Updating SAN Maps...");
+        contain("updateSANMaps", [this] { updateSANMaps(); });
     }
     m_bIsSANStageRunning = false;
 }

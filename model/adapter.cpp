@@ -53,4 +53,15 @@ FCAdapter::~FCAdapter() {
     }
 }
 
+void FCAdapter::rescanTargets() {
+    TVR_LOG("FCAdapter::rescanTargets");
+    for (const std::unique_ptr<Port>& port : ports) {
+        try {
+            port->rescanTargets(*this);
+        } catch (...) {
+            TVR_LOG("Issue with Target Rescan - moving to the next Port");
+        }
+    }
+}
+
 } // namespace cimple

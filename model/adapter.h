@@ -45,6 +45,8 @@ public:
     virtual const std::vector<std::unique_ptr<Port>>& getPorts() const = 0;
     // Throws std::out_of_range.
     virtual Port* getPort(std::size_t index) const = 0;
+    // Discovers the targets of all ports anew.
+    virtual void rescanTargets() = 0;
 
     sint32 getAdapterType() const noexcept { return adapterType; }
 
@@ -136,6 +138,8 @@ public:
     std::size_t getPortCount() const override { return ports.size(); }
     const std::vector<std::unique_ptr<Port>>& getPorts() const override { return ports; }
     Port* getPort(std::size_t index) const override { return ports.at(index).get(); }
+    // A port whose targets can't be had has none then.
+    void rescanTargets() override;
 
     // The attributes by their own type; null for a default-constructed adapter.
     const FCAdapterAttributes* getFCAttributes() const noexcept {

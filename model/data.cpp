@@ -77,6 +77,18 @@ void Data::buildAdapterData() {
     }
 }
 
+void Data::buildSANData() {
+    TVR_LOG("buildSANData");
+    for (const std::unique_ptr<Adapter>& adapter : m_adapters) {
+        TVR_LOG("Target Scan from adapter: %s", adapter->getAdapterName().c_str());
+        try {
+            adapter->rescanTargets();
+        } catch (...) {
+            TVR_LOG("Issue with Target Rescan with Adapter- moving to the next adapter");
+        }
+    }
+}
+
 // False for an adapter that is left out; throws for one that can't be read.
 bool Data::addAdapter(uint32 index) {
     // Room for more than the 256 bytes that a name has, and for its end.

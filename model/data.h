@@ -27,6 +27,8 @@ public:
     // Discovers the adapters anew. Failures end within: an adapter that can't be read is left out,
     // likewise a port of an adapter.
     void buildAdapterData();
+    // Discovers the targets of all ports anew. A port whose mapping can't be read has none then.
+    void buildSANData();
     // Empties the tree.
     void freeAllData();
 

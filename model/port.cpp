@@ -1,15 +1,23 @@
 #include "model/port.h"
 
 #include "common/logger.h"
+#include "model/adapter.h"
+#include "model/hba_access.h"
+#include "model/target_mapping.h"
 
 namespace cimple {
 
 Port::~Port() {
     TVR_LOG("~Port");
+    freeTargets();
+}
+
+void Port::freeTargets() noexcept {
     for (std::unique_ptr<Target>& target : targets) {
         TVR_LOG("Freeing Target: %s", target->PortWWN.c_str());
         target.reset();
     }
+    targets.clear();
 }
 
 FCPort::FCPort(Adapter* owner, uint32 index) : Port(owner) {
@@ -34,6 +42,29 @@ PortStatistics* FCPort::getStatistics() {
         throw;
     }
     return statistics.get();
+}
+
+void FCPort::rescanTargets(const Adapter& owner) {
+    TVR_LOG("FCPort::rescanTargets");
+    freeTargets();
+    const OpenAdapter open(owner.getAdapterName());
+    TargetMapping mapping;
+    const HBA_STATUS status = fetchTargetMapping(open.handle(), mapping);
+    if (mapping && mapping.toldRows() == 0) {
+        TVR_LOG("HBA_GetFcpTargetMapping_t() found no target mappings");
+        return;
+    }
+    if (status != HBA_STATUS_OK) {
+        return;
+    }
+    targets.reserve(mapping.size());
+    for (uint32 row = 0; row < mapping.size(); ++row) {
+        try {
+            targets.push_back(std::make_unique<Target>(owner, mapping.row(row)));
+        } catch (...) {
+            TVR_LOG("target creation failed - moving to the next target");
+        }
+    }
 }
 
 } // namespace cimple

@@ -36,6 +36,10 @@ public:
     // std::runtime_error when there are none to be had; the old ones then stay.
     virtual PortStatistics* getStatistics() = 0;
     virtual Adapter* getAdapter() const = 0;
+    // Discovers the targets anew, each row of the owner's mapping. The old ones end first. Throws
+    // std::runtime_error when the adapter can't be opened; a row whose target can't be had is left
+    // out.
+    virtual void rescanTargets(const Adapter& owner) = 0;
     virtual const std::vector<std::unique_ptr<Target>>& getTargets() const = 0;
     // Throws std::out_of_range.
     virtual Target* getTarget(std::size_t index) const = 0;
@@ -49,6 +53,8 @@ public:
     PortStatistics* heldStatistics() const noexcept { return statistics.get(); }
 
 protected:
+    void freeTargets() noexcept;
+
     std::string portName;
     uint32 portIndex = 0;
     std::unique_ptr<PortAttributes> attributes;
@@ -129,6 +135,7 @@ public:
     PortAttributes* getAttributes() const override { return attributes.get(); }
     PortStatistics* getStatistics() override;
     Adapter* getAdapter() const override { return adapter; }
+    void rescanTargets(const Adapter& owner) override;
     const std::vector<std::unique_ptr<Target>>& getTargets() const override { return targets; }
     Target* getTarget(std::size_t index) const override { return targets.at(index).get(); }
     std::size_t getTargetCount() const override { return targets.size(); }

@@ -2,6 +2,7 @@
 #ifndef TVR_MODEL_TARGET_H
 #define TVR_MODEL_TARGET_H
 
+#include "access/rm/hba_api.h"
 #include "common/tvr_common.h"
 #include "runtime/type.h"
 
@@ -9,16 +10,23 @@
 
 namespace cimple {
 
+class Adapter;
+
 // One row of a port's target mapping: one logical unit of one remote port, and what it answered to
 // SCSI commands.
 class Target {
 public:
+    // Interrogates the unit of the row. Throws std::runtime_error only when the adapter can't be
+    // opened; where a command fails its texts are "Unknown" and its numbers 0.
+    Target(const Adapter& adapter, const HBA_FCPSCSIENTRY& row);
     virtual ~Target() = default;
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
 
     uint32 FcId = 0;
     std::string NodeWWN; // names in 16 digits
     std::string PortWWN;
-    uint64 FcpLun = 0;
+    uint64 FcpLun = 0; // its 8 bytes as the library stores them
 
     // The operating system's name and address of the unit.
     std::string OSDeviceName;

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 namespace client {
 
@@ -68,7 +70,9 @@ std::map<std::string, std::string> literals(const Cim_Instance& instance) {
 Client::Client() {
     std::filesystem::create_directory(directory.file("etc"));
     setenv("TAVRIN_FC_PREFIX", directory.path().c_str(), 1);
-    control(R"({"clear": true, "resetCounts": true})");
+    std::ostringstream scenario;
+    scenario << std::ifstream(TVR_SCENARIO).rdbuf();
+    control(R"({"clear": true, "resetCounts": true, "scenario": )" + scenario.str() + "}");
 }
 
 Client::~Client() {

@@ -429,17 +429,19 @@ IdentifyingDescriptions={"OS Device Name"}
 )"}},
     {"TVRHBA_StorageVolume", 1, {on_system, enabled, R"(
 CreationClassName="TVRHBA_StorageVolume"
-DeviceID="10000254564A1020_5002545670000A01_6002545670000A000000000000000002_0001000000000000"
+DeviceID="10000254564A1020_5002545670000A01_6002545670000A000000000000000002_0100000000000000"
 Description="TVSTORE  ARRAY-2000       Revision 4.10 Serial Number A2000-00000002"
 ElementName="Storage Volume: 1"
 OperationalStatus={0}
-Capacity=214748364800
+Capacity=214748360704
 CapacityUnit="Byte"
 BlockSize=4096
-NumberOfBlocks=52428800
-Name="002545670000A000000000000000002"
+NumberOfBlocks=52428799
+Name="02545670000A000000000000000002"
 NameFormat=9
 NameNamespace=2
+IsComposite=TRUE
+Primordial=FALSE
 OtherIdentifyingInfo={"/dev/sdc", "TVSTORE  ARRAY-2000       Revision 4.10"}
 IdentifyingDescriptions={"OS Device Name", "Standard SCSI inquiry data"}
 )"}},
@@ -455,7 +457,7 @@ IdentifyingDescriptions={"OS Device Name", "standard SCSI Inquery data"}
 )"}},
     {"TVRHBA_SCSIArbitraryLogicalUnit", 1, {on_system, enabled, R"(
 CreationClassName="TVRHBA_SCSIArbitraryLogicalUnit"
-DeviceID="10000254564A1020_5002545670000A01_5002545670000A0C_0003000000000000"
+DeviceID="10000254564A1020_5002545670000A01_5002545670000A0C_0300000000000000"
 Description="TVSTORE  ARRAY-2000 CTL   Revision 4.10 Serial Number A2000-CTL-A"
 ElementName="Storage array controller 3"
 OperationalStatus={0}
@@ -471,11 +473,13 @@ DeviceID="10000254563C7780_5002545670000C01_00025456700C0099_0000000000000000"
 Description="TVOPTIC  JUKEBOX          Revision 2.2  Serial Number OJ-0099"
 ElementName="CD/DVD 0"
 OperationalStatus={0}
-Capacity=4700372992
+Capacity=4700370944
 CapacityUnit="Byte"
 BlockSize=2048
-NumberOfBlocks=2295104
+NumberOfBlocks=2295103
 Name="00025456700C0099"
+IsComposite=TRUE
+Primordial=FALSE
 OtherIdentifyingInfo={"/dev/sr0", "TVOPTIC  JUKEBOX          Revision 2.2 "}
 IdentifyingDescriptions={"Standard SCSI inquiry data", "OS Device Name"}
 )"}},
