@@ -164,7 +164,9 @@ TEST_F(Refresh, GoesThroughItsStagesInOrder) {
                 ElementsAre("TimeOut", "Creating DataFetch_Handler Thread.",
                             "DataFetch_Handler Thread BEGIN", "Building Adapter Data...",
                             "Updating Adapter Maps...", "updateAdapterMaps: Entry",
-                            "updateAdapterMaps: cleanExit", "DataFetch_Handler Thread END"));
+                            "updateAdapterMaps: cleanExit", "Building SAN Data...",
+                            "Updating SAN Maps...", "updateSANMaps: Entry",
+                            "updateSANMaps: cleanExit", "DataFetch_Handler Thread END"));
     EXPECT_TRUE(agent->m_bIsAdapterDataReady);
     EXPECT_TRUE(agent->m_bIsAdapterMapsReady);
     EXPECT_TRUE(agent->m_bIsSANMapsReady);
