@@ -1,7 +1,10 @@
 #include "tests/access/fake_fc.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <sstream>
 
 namespace {
 
@@ -40,9 +43,10 @@ struct Head {
     uint16_t id;
     uint16_t toldLength;
     uint16_t length;
-    uint16_t padding;
-    uint32_t status;
-    uint32_t next;
+    uint16_t status;
+
+    // From one row to the next.
+    uint32_t step() const { return static_cast<uint32_t>(sizeof(Head) + (length + 7u) / 8 * 8); }
 };
 
 uint32_t fill(const fake::Attributes& attributes, void* buffer, uint32_t* size) {
@@ -53,14 +57,13 @@ uint32_t fill(const fake::Attributes& attributes, void* buffer, uint32_t* size) 
         head.id = id;
         head.length = static_cast<uint16_t>(attribute.bytes.size());
         head.toldLength = attribute.toldLength.value_or(head.length);
-        head.status = attribute.status;
-        head.next = used + static_cast<uint32_t>((sizeof head + head.length + 7) / 8 * 8);
-        if (head.next + sizeof head > *size) {
+        head.status = static_cast<uint16_t>(attribute.status);
+        if (used + head.step() + sizeof head > *size) {
             return RM_STATUS_MORE_DATA;
         }
         std::memcpy(bytes + used, &head, sizeof head);
         std::memcpy(bytes + used + sizeof head, attribute.bytes.data(), head.length);
-        used = head.next;
+        used += head.step();
     }
     std::memset(bytes + used, 0, sizeof(Head));
     return RM_STATUS_OK;
@@ -73,6 +76,34 @@ template <class Record> HBA_STATUS copy(uint32_t status, const Record& from, Rec
     } else {
         *to = from;
     }
+    return status;
+}
+
+// A request on its way to an adapter.
+template <class... Arguments> uint32_t request(const char* entryPoint, Arguments... arguments) {
+    std::ostringstream text;
+    text << entryPoint;
+    ((text << ' ' << arguments), ...);
+    libraries.requests.push_back(text.str());
+    return enter(entryPoint);
+}
+
+uint32_t fill(uint32_t status, const std::vector<RM_DRIVERPARAM>& params, RM_DRIVERPARAM* out,
+              uint32_t* count) {
+    if (status != 0) {
+        return status;
+    }
+    if (*count < params.size()) {
+        *count = libraries.toldNeed.value_or(static_cast<uint32_t>(params.size()));
+        return libraries.tooSmall;
+    }
+    std::copy(params.begin(), params.end(), out);
+    *count = libraries.toldParams.value_or(static_cast<uint32_t>(params.size()));
+    return RM_STATUS_OK;
+}
+
+uint32_t putNumber(uint32_t status, uint32_t* out) {
+    *out = libraries.number.value_or(*out);
     return status;
 }
 
@@ -174,12 +205,137 @@ void* RM_GetAttributeValue(void* buffer, uint16_t id, uint16_t* length, RM_STATU
             *status = head.status;
             return bytes + position + sizeof head;
         }
-        position = head.next;
+        position += head.step();
     }
 }
 
 RM_STATUS RM_IsLocalHBA(HBA_WWN name, uint32_t* isLocal) {
     *isLocal = portOf(name).second != nullptr;
     return enter(__func__);
+}
+
+RM_STATUS RM_StatusString(RM_STATUS status, char* text, uint32_t size) {
+    std::snprintf(text, size, "text of %u", status);
+    return RM_STATUS_OK;
+}
+
+// An entry is the lengths of keyword and value, in two bytes each, and both; one of length 0 ends.
+RM_STATUS LRM_GetVPD(HBA_WWN name, void* buffer, uint32_t* size) {
+    const uint32_t status = enter(__func__);
+    const auto& vpd = portOf(name).second->vpd;
+    if (status != 0 || vpd.empty()) {
+        return status != 0 ? status : RM_STATUS_ERROR;
+    }
+    std::string bytes;
+    for (const auto& [keyword, value] : vpd) {
+        const uint16_t lengths[] = {static_cast<uint16_t>(keyword.size()),
+                                    static_cast<uint16_t>(value.size())};
+        bytes.append(reinterpret_cast<const char*>(lengths), sizeof lengths);
+        bytes += keyword + value;
+    }
+    bytes.append(4, '\0');
+    if (bytes.size() > *size) {
+        return RM_STATUS_MORE_DATA;
+    }
+    bytes.copy(static_cast<char*>(buffer), bytes.size());
+    return RM_STATUS_OK;
+}
+
+// A text that fills its buffer has no end.
+void* RM_GetNextVpdEntry(void* cursor, char* keyword, uint32_t keywordSize, char* value,
+                         uint32_t valueSize) {
+    uint16_t lengths[2];
+    std::memcpy(lengths, cursor, sizeof lengths);
+    if (lengths[0] == 0) {
+        return nullptr;
+    }
+    char* const at = static_cast<char*>(cursor) + sizeof lengths;
+    std::strncpy(keyword, std::string(at, lengths[0]).c_str(), keywordSize);
+    std::strncpy(value, std::string(at + lengths[0], lengths[1]).c_str(), valueSize);
+    char* const next = at + lengths[0] + lengths[1];
+    return libraries.vpdStep ? libraries.vpdStep(static_cast<char*>(cursor), next) : next;
+}
+
+RM_STATUS LRM_GetSffData(HBA_WWN name, void* buffer, uint32_t* size) {
+    const uint32_t status = enter(__func__);
+    const auto& transceiver = portOf(name).second->transceiver;
+    if (status != 0 || !transceiver || *size != sizeof *transceiver) {
+        return status != 0 ? status : RM_STATUS_NOT_SUPPORTED;
+    }
+    *size = 0xFFFFFFFF;
+    return copy(status, *transceiver, static_cast<RM_SFFDATA*>(buffer));
+}
+
+RM_STATUS LRM_DiagGetLoadListParams(HBA_WWN name, RM_LOADLIST* list) {
+    const auto& images = portOf(name).second->images;
+    list->count = libraries.toldImages.value_or(static_cast<uint32_t>(images.size() + 1));
+    std::copy(images.begin(), images.end(), list->entry);
+    return enter(__func__);
+}
+
+RM_STATUS LRM_GetDriverParams(HBA_WWN name, RM_DRIVERPARAM* params, uint32_t* count) {
+    return fill(enter(__func__), portOf(name).second->params, params, count);
+}
+
+RM_STATUS LRM_GetDriverParamsGlobal(HBA_WWN, RM_DRIVERPARAM* params, uint32_t* count) {
+    return fill(enter(__func__), libraries.globalParams, params, count);
+}
+
+RM_STATUS LRM_SetDriverParam(HBA_WWN, const char* assignment, uint32_t control) {
+    return request(__func__, assignment, control);
+}
+
+RM_STATUS LRM_SetDumpDirectory(HBA_WWN, const char* directory) {
+    return request(__func__, directory);
+}
+
+RM_STATUS LRM_GetDumpDirectoryA(HBA_WWN, char* directory, uint32_t size) {
+    std::strncpy(directory, libraries.dumpDirectory.c_str(), size);
+    return request(__func__, size);
+}
+
+RM_STATUS LRM_SetDumpRetentionCount(HBA_WWN, uint32_t count) {
+    return request(__func__, count);
+}
+
+RM_STATUS LRM_GetDumpRetentionCount(HBA_WWN, uint32_t* count) {
+    return putNumber(request(__func__), count);
+}
+
+RM_STATUS LRM_DeleteDumpFiles(HBA_WWN) {
+    return request(__func__);
+}
+
+RM_STATUS LRM_GenerateDump(HBA_WWN host, HBA_WWN port) {
+    return request(__func__, static_cast<int>(host.wwn[0]), static_cast<int>(port.wwn[0]));
+}
+
+RM_STATUS LRM_GenerateEfdDump(HBA_WWN, uint32_t type, uint32_t flags) {
+    return request(__func__, type, flags);
+}
+
+RM_STATUS LRM_GetDumpFileNames(HBA_WWN, RM_DUMPFILENAMES* names) {
+    return putNumber(request(__func__, names->count), &names->count);
+}
+
+RM_STATUS LRM_SetBootBiosState(HBA_WWN, uint32_t enable) {
+    return request(__func__, enable);
+}
+
+RM_STATUS LRM_ResetHBA(HBA_WWN, uint32_t mode) {
+    return request(__func__, mode);
+}
+
+RM_STATUS LRM_SetPortEnabled(HBA_WWN, uint8_t enable, uint8_t* state) {
+    *state = static_cast<uint8_t>(libraries.number.value_or(*state));
+    return request(__func__, static_cast<int>(enable));
+}
+
+RM_STATUS LRM_DiagBeacon(HBA_WWN, uint32_t state) {
+    return request(__func__, state);
+}
+
+RM_STATUS LRM_DiagBeaconState(HBA_WWN, uint32_t* state) {
+    return putNumber(enter(__func__), state);
 }
 }

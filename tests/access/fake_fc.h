@@ -26,6 +26,10 @@ struct Port {
     HBA_PORTATTRIBUTES record{};
     Attributes attributes;
     Attributes statistics;
+    std::vector<RM_DRIVERPARAM> params;
+    std::vector<std::pair<std::string, std::string>> vpd; // keywords and values
+    std::optional<RM_SFFDATA> transceiver;
+    std::vector<RM_LOADENTRY> images;
 };
 
 struct Adapter {
@@ -39,6 +43,20 @@ struct Adapter {
 struct Libraries {
     std::vector<Adapter> adapters;
     std::optional<uint32_t> toldAdapters; // in place of their number
+
+    std::vector<RM_DRIVERPARAM> globalParams;
+    RM_STATUS tooSmall = RM_STATUS_MORE_DATA; // for lack of room
+    std::optional<uint32_t> toldNeed;         // in place of the room that the parameters need
+    std::optional<uint32_t> toldParams;       // in place of their number
+    std::optional<uint32_t> toldImages;       // in place of the load list's count
+    // From the cursor and the next one, where a walk through the VPD leads.
+    std::function<char*(char*, char*)> vpdStep;
+
+    // Requests that change an adapter, each the entry point with its arguments; and what the other
+    // calls write, where it is set.
+    std::vector<std::string> requests;
+    std::string dumpDirectory;
+    std::optional<uint32_t> number; // a count or state
 
     // Statuses for the next calls of an entry point, one a call; 0 lets a call through.
     std::map<std::string, std::deque<uint32_t>> statuses;

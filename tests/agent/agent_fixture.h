@@ -23,6 +23,8 @@ namespace cimple {
 // All properties of an instance that aren't NULL, by name, as text; arrays as "{a, b}", references
 // as the path of their target. The namespace stands under "".
 std::map<std::string, std::string> describe(const Instance* instance);
+// The same in one text, as "=root/tavrin; Name=host; ".
+std::string one_line(const Instance* instance);
 
 // What an enumeration delivered.
 class Collected {
@@ -100,9 +102,11 @@ protected:
 
     fake::Libraries& libraries;
     TempDir directory; // with "etc" and "proc" below
-    Test_Clock clock{1'000'000'000'000'000};
+    Test_Clock clock{_start += 24 * 3'600'000'000};
 
 private:
+    // A day later for each test, behind the time limits that another has left in the process.
+    static inline uint64 _start = 1'000'000'000'000'000;
     Settings _settings_before;
     static fake::Libraries& find_libraries();
 };
