@@ -11,6 +11,8 @@ int main(int argc, char** argv) {
     // costs is the system's, and would hide how the measured code grows.
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
     mallopt(M_MMAP_MAX, 0);
+    // One heap for all threads, whose size can be asked for.
+    mallopt(M_ARENA_MAX, 1);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 2;
