@@ -57,8 +57,9 @@ void FCPort::rescanTargets(const Adapter& owner) {
     if (status != HBA_STATUS_OK) {
         return;
     }
-    targets.reserve(mapping.size());
-    for (uint32 row = 0; row < mapping.size(); ++row) {
+    const uint32 rows = mapping.size();
+    targets.reserve(rows);
+    for (uint32 row = 0; row < rows; ++row) {
         try {
             targets.push_back(std::make_unique<Target>(owner, mapping.row(row)));
         } catch (...) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 
 namespace cimple {
 
@@ -34,7 +35,13 @@ bool TargetMapping::allocate(uint32 rows) noexcept {
 }
 
 uint32 TargetMapping::size() const noexcept {
-    return m_mapping ? std::min(m_mapping->NumberOfEntries, m_capacity) : 0;
+    static constexpr HBA_FCPSCSIENTRY unwritten{};
+    uint32 rows = m_mapping ? std::min(m_mapping->NumberOfEntries, m_capacity) : 0;
+    while (rows > 0 &&
+           std::memcmp(&m_mapping->entry[rows - 1], &unwritten, sizeof unwritten) == 0) {
+        --rows;
+    }
+    return rows;
 }
 
 HBA_STATUS fetchTargetMapping(HBA_HANDLE handle, TargetMapping& mapping) {

@@ -26,7 +26,8 @@ public:
     HBA_FCPTARGETMAPPING* get() noexcept { return m_mapping.get(); }
     // What the library says of its rows, whatever it may mean.
     uint32 toldRows() const noexcept { return m_mapping->NumberOfEntries; }
-    // Those that are there to be read.
+    // Those that are there to be read: no more than there was room for, and up to the last one that
+    // the library has written.
     uint32 size() const noexcept;
     const HBA_FCPSCSIENTRY& row(uint32 index) const noexcept { return m_mapping->entry[index]; }
 
