@@ -6,21 +6,20 @@
 
 namespace cimple {
 
-// Calls `visit` for each FC adapter, in the order of the adapter data. Others are told of in the
-// log. False if `visit` has ended the walk by answering false.
-template <class Visit> bool for_each_FC_adapter(const ProviderAgent& agent, Visit visit) {
+// Calls `visit` for each FC adapter, in the order of the adapter data, until it answers false.
+// Others are told of in the log.
+template <class Visit> void for_each_FC_adapter(const ProviderAgent& agent, Visit visit) {
     if (!agent.m_pData) {
-        return true;
+        return;
     }
     for (const std::unique_ptr<Adapter>& adapter : agent.m_pData->getAdapters()) {
         if (adapter->getAdapterType() != ADAPTER_FC) {
             TVR_LOG("Skippping Adapter [%s] since it is not an FC Adapter",
                     adapter->getAdapterName().c_str());
         } else if (!visit(static_cast<const FCAdapter&>(*adapter))) {
-            return false;
+            return;
         }
     }
-    return true;
 }
 
 } // namespace cimple

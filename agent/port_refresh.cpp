@@ -88,10 +88,10 @@ void update_counters(TVRHBA_FCPortStatistics& statistics, Port& port) {
 void UpdateFCPortStatus(ProviderAgent& agent) {
     static constinit Time_Limit limit;
     TVR_LOG("PERF: UpdateFCPortStatus: Entry");
-    if (!limit.lets_run()) {
-        return;
-    }
     try {
+        if (!limit.lets_run()) {
+            return;
+        }
         for_each_FC_adapter(agent, [&](const FCAdapter& adapter) {
             for (const std::unique_ptr<Port>& fc_port : adapter.getPorts()) {
                 if (TVRHBA_FCPort* port =
