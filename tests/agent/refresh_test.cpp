@@ -160,13 +160,12 @@ TEST_F(Refresh, GoesThroughItsStagesInOrder) {
     // The starter's last line and the thread's first come in any order.
     std::erase(stages, "---Created DataFetch_Handler thread -- BuildCimpleInfo END---");
     stages.erase(stages.begin());
-    EXPECT_THAT(stages,
-                ElementsAre("TimeOut", "Creating DataFetch_Handler Thread.",
-                            "DataFetch_Handler Thread BEGIN", "Building Adapter Data...",
-                            "Updating Adapter Maps...", "updateAdapterMaps: Entry",
-                            "updateAdapterMaps: cleanExit", "Building SAN Data...",
-                            "Updating SAN Maps...", "updateSANMaps: Entry",
-                            "updateSANMaps: cleanExit", "DataFetch_Handler Thread END"));
+    EXPECT_THAT(stages, ElementsAre("TimeOut", "Creating DataFetch_Handler Thread.",
+                                    "DataFetch_Handler Thread BEGIN", "Building Adapter Data...",
+                                    "Updating Adapter Maps...", "updateAdapterMaps: Entry",
+                                    "updateAdapterMaps: cleanExit", "Building SAN Data...",
+                                    "Updating SAN Maps...", "updateSANMaps: Entry",
+                                    "updateSANMaps: cleanExit", "DataFetch_Handler Thread END"));
     EXPECT_TRUE(agent->m_bIsAdapterDataReady);
     EXPECT_TRUE(agent->m_bIsAdapterMapsReady);
     EXPECT_TRUE(agent->m_bIsSANMapsReady);
@@ -189,9 +188,22 @@ TEST_F(Refresh, ReadersSeeOldOrNewNeverAMixture) {
     };
     load();
     refresh();
+    const Ref<TVRHBA_FCPort> port(clone_of(agent->m_TVRHBA_FCPort_map.get(1)));
+    const String any;
+    const Instance_Selector by_end = Instance_Selector::by_end(*port, any);
     std::atomic<bool> done{false};
     std::atomic<int> mixtures{0};
     std::vector<std::thread> readers;
+    for (int i = 0; i < 2; ++i) {
+        readers.emplace_back([&] { // traversals, which share an index of the map
+            do {
+                Collected devices;
+                const Enum_Instances_Handler all = devices.handler();
+                enumerate<TVRHBA_FCPortSystemDevice>({all.proc, all.client_data, &by_end});
+                mixtures += devices.size() != 1;
+            } while (!done);
+        });
+    }
     for (int i = 0; i < 4; ++i) {
         readers.emplace_back([&, i] {
             do {
@@ -472,9 +484,8 @@ TEST_F(Refresh, ASelectorLimitsWhatIsCopied) {
     const std::string id = port->DeviceID.value.c_str();
     const auto kept = [](auto enumeration, const Instance_Selector& selector) {
         Collected collected;
-        Enum_Instances_Handler handler = collected.handler();
-        handler.selector = &selector;
-        enumeration(handler);
+        const Enum_Instances_Handler all = collected.handler();
+        enumeration(Enum_Instances_Handler{all.proc, all.client_data, &selector});
         return collected;
     };
     const Instance_Selector by_key = Instance_Selector::by_key(*port);
