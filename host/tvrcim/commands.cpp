@@ -1,9 +1,9 @@
 #include "host/tvrcim/commands.h"
 
-#include "host/cim_json.h"
 #include "host/declared_type.h"
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/near_names.h"
+#include "host/tvrcim/output.h"
 #include "host/tvrcim/progress.h"
 
 #include <CLI/CLI.hpp>
@@ -15,33 +15,12 @@ namespace tvrcim {
 using tvrhost::Answer;
 using tvrhost::Cim_Instance;
 using tvrhost::Cim_Path;
-using tvrhost::Cim_Value;
 using tvrhost::Json;
 using tvrhost::Kind;
 using tvrhost::Named_Value;
 using tvrmof::Feature_Kind;
 
 namespace {
-
-void print_json(Session& session, const Json& json) {
-    session.out << tvrhost::json_text(json) << '\n';
-}
-
-void print_values(Session& session, const tvrhost::Named_Values& values) {
-    std::size_t width = 0;
-    for (const Named_Value& value : values) {
-        width = std::max(width, value.name.size());
-    }
-    for (const Named_Value& value : values) {
-        session.out << "  " << value.name << std::string(width - value.name.size(), ' ') << " = "
-                    << value.value.literal() << '\n';
-    }
-}
-
-void print_instance(Session& session, const Cim_Instance& instance) {
-    session.out << instance.path.text() << '\n';
-    print_values(session, instance.properties);
-}
 
 // ---- classes
 
@@ -166,6 +145,7 @@ tvrhost::Properties properties_of(Session& session, const tvrmof::Class& model,
         return std::nullopt;
     }
     std::vector<std::string> properties;
+    properties.reserve(names.size());
     for (const std::string& name : names) {
         properties.push_back(session.find_feature(model, name, Feature_Kind::property).name);
     }
@@ -184,26 +164,7 @@ void enumerate(Session& session, const std::string& class_name,
                        : session.manager.enumerate_instances(space, model.name, wanted);
     }
     Session::check(answer, model.name);
-    if (session.format == Format::json) {
-        Json json = Json::array();
-        for (const Cim_Path& path : answer.paths) {
-            json.push_back(to_json(path));
-        }
-        for (const Cim_Instance& instance : answer.instances) {
-            json.push_back(to_json(instance));
-        }
-        print_json(session, json);
-        return;
-    }
-    for (const Cim_Path& path : answer.paths) {
-        session.out << path.text() << '\n';
-    }
-    for (const Cim_Instance& instance : answer.instances) {
-        if (&instance != answer.instances.data()) {
-            session.out << '\n';
-        }
-        print_instance(session, instance);
-    }
+    print_answer(session, answer);
 }
 
 void get(Session& session, const std::string& text, const std::vector<std::string>& properties) {
@@ -305,6 +266,8 @@ void add_commands(CLI::App& app, Command& chosen) {
     app.add_subcommand("list", "A line per port of the host")->callback([&chosen] {
         chosen = list_ports;
     });
+    app.add_subcommand("tree", "Host, adapters, ports, targets and logical units as a tree")
+        ->callback([&chosen] { chosen = show_tree; });
 
     {
         auto* const command =
@@ -364,6 +327,7 @@ void add_commands(CLI::App& app, Command& chosen) {
             };
         });
     }
+    add_association_commands(app, chosen);
 }
 
 } // namespace tvrcim

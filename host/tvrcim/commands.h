@@ -16,8 +16,12 @@ namespace tvrcim {
 using Command = std::function<void(Session&)>;
 void add_commands(CLI::App& app, Command& chosen);
 
-// `tvrcim list`
+// `list` and `tree`
 void list_ports(Session& session);
+void show_tree(Session& session);
+
+// `assoc`, `refs` and `graph`
+void add_association_commands(CLI::App& app, Command& chosen);
 
 } // namespace tvrcim
 

@@ -2,7 +2,7 @@
 
 _tvrcim() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands='list classes enum get set call shell'
+    local commands='list tree classes enum get set call assoc refs graph shell'
     local options='--module --sim --namespace -o --output --log --instances --help --version'
     local word command='' words=()
     local i
@@ -32,6 +32,9 @@ _tvrcim() {
         enum) options+=' -p --property --names' ;;
         get) options+=' -p --property' ;;
         classes) options+=' --all' ;;
+        assoc) options+=' --class --result-class --role --result-role -p --property --names' ;;
+        refs) options+=' --class --role -p --property --names' ;;
+        graph) options+=' --depth --leaf --hide' ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
         return
@@ -41,7 +44,7 @@ _tvrcim() {
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
         [[ $previous == --sim ]] && mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -f -- "$current")
         ;;
-    enum | classes | get | set | call)
+    enum | classes | get | set | call | assoc | refs | graph)
         # Only the word right after the command, or after its options, is a class.
         if [[ $current != *.* ]]; then
             mapfile -t words < <("${COMP_WORDS[0]}" classes 2>/dev/null | awk 'NR > 1 { print $1 }')

@@ -200,22 +200,4 @@ std::pair<std::string, std::string> split_assignment(const std::string& text) {
     return {text.substr(0, at), text.substr(at + 1)};
 }
 
-void print_table(std::ostream& out, const std::vector<std::vector<std::string>>& rows) {
-    std::vector<std::size_t> widths;
-    for (const auto& row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], row[i].size());
-        }
-    }
-    for (const auto& row : rows) {
-        std::string line;
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            line += row[i];
-            line.append(widths[i] - row[i].size() + 2, ' ');
-        }
-        out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
-    }
-}
-
 } // namespace tvrcim

@@ -51,9 +51,6 @@ private:
 // "NAME=VALUE" in its parts. Throws Usage_Error.
 std::pair<std::string, std::string> split_assignment(const std::string& text);
 
-// Columns of text, each as wide as its widest cell; the first row is the heading.
-void print_table(std::ostream& out, const std::vector<std::vector<std::string>>& rows);
-
 } // namespace tvrcim
 
 #endif

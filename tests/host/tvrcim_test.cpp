@@ -15,8 +15,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::ContainsRegex;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 struct Outcome {
@@ -75,9 +77,53 @@ TEST_F(Tvrcim, lists_the_simulated_ports) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.err, IsEmpty()) << "neither progress nor faults";
     EXPECT_EQ(lines(outcome.out), 5u) << outcome.out;
-    EXPECT_THAT(outcome.out, ContainsRegex("^WWPN +MODEL +FIRMWARE +STATE +SPEED +TYPE\n"));
-    EXPECT_THAT(outcome.out, ContainsRegex("\n10000254564A1020  .*  OK +16G +N\n"));
-    EXPECT_THAT(outcome.out, ContainsRegex("\n10000254563C7781  .*  Disable +- +unknown\n"));
+    EXPECT_THAT(outcome.out,
+                ContainsRegex("^WWPN +MODEL +FIRMWARE +STATE +SPEED +TYPE +TARGETS\n"));
+    EXPECT_THAT(outcome.out,
+                ContainsRegex("\n10000254564A1020  TVR-F1602  v2.82a4 +OK +16G +N +2\n"));
+    EXPECT_THAT(outcome.out, ContainsRegex("\n10000254563C7781  .*  Disable +- +unknown +0\n"));
+}
+
+TEST_F(Tvrcim, shows_the_host_as_a_tree) {
+    environment = "LC_ALL=C";
+    const Outcome outcome = run("--sim tree");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.out, HasSubstr(R"(
+|- TVR-F1602  serial TVF1602S0417  node 20000254564A1020
+|  `- port 10000254564A1020  OK  16G  N  firmware v2.82a4
+|     |- target 5002545670000A01
+|     |  |- LUN 0  Storage Volume  100.0 GiB  TVSTORE ARRAY-2000 Revision 4.10  /dev/sdb
+)"));
+    EXPECT_THAT(outcome.out, HasSubstr(R"(
+|     `- target 5002545670000B01
+|        |- LUN 0  Tape Drive  TVTAPE LT-8 DRIVE K1A2  /dev/nst0
+|        `- LUN 1  Jukebox  TVTAPE LIBRARY 48 Revision 1.07
+)"));
+    const auto tree = nlohmann::json::parse(run("--sim -o json tree").out);
+    EXPECT_EQ(tree["adapters"][0]["ports"][0]["targets"][0]["units"].size(), 4u);
+}
+
+TEST_F(Tvrcim, follows_associations) {
+    const std::string port = " TVRHBA_FCPort.DeviceID=10000254563C7780 ";
+    const Outcome controller = run("--sim assoc" + port + "--class tvrhba_controlledBY --names");
+    EXPECT_THAT(controller.out, ContainsRegex("^root/tavrin:TVRHBA_PortController\\.[^\n]*\n$"));
+    EXPECT_EQ(run("--sim assoc" + port + "--result-class CIM_PortController --names").out,
+              controller.out);
+    EXPECT_THAT(run("--sim assoc" + port + "--class TVRHBA_ControlledBy --role Antecedent").out,
+                IsEmpty());
+    EXPECT_THAT(run("--sim refs" + port + "--class TVRHBA_ControlledBy -p AccessState").out,
+                ContainsRegex("\n  AccessState += 1\n$"));
+    expect_error("--sim refs" + port + "--class TVRHBA_FCPort", 2,
+                 "TVRHBA_FCPort is no association");
+
+    const std::string graph = run("--sim graph" + port + "--hide TVRHBA_DriverParams").out;
+    EXPECT_THAT(graph, StartsWith("digraph associations {\n"));
+    EXPECT_THAT(graph, HasSubstr("  n0 [label=\"FCPort\\n10000254563C7780\", style=bold]\n"));
+    EXPECT_THAT(graph, HasSubstr("label=\"ControlledBy\", taillabel=\"Antecedent\", "
+                                 "headlabel=\"Dependent\"]\n"));
+    EXPECT_THAT(graph, Not(HasSubstr("DriverParams")));
+    EXPECT_THAT(graph, EndsWith("]\n}\n"));
+    EXPECT_EQ(run("--sim graph" + port + "--hide TVRHBA_DriverParams").out, graph);
 }
 
 TEST_F(Tvrcim, takes_a_scenario_and_leaves_nothing_behind) {

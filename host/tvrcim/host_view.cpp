@@ -1,0 +1,237 @@
+#include "host/tvrcim/host_view.h"
+
+#include "host/tvrcim/errors.h"
+#include "host/tvrcim/places.h"
+#include "host/tvrcim/progress.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace tvrcim {
+
+using tvrhost::Cim_Instance;
+using tvrhost::Cim_Path;
+
+namespace {
+
+constexpr char port_class[] = "TVRHBA_FCPort";
+constexpr char package_class[] = "TVRHBA_PhysicalPackage";
+constexpr char package_link[] =
+    "TVRHBA_Realizes"; // package and controller, which has the port's id
+constexpr char endpoint_class[] = "TVRHBA_SCSIProtocolEndpoint";
+
+struct Device_Class {
+    const char* device;
+    const char* path;
+};
+constexpr Device_Class device_classes[] = {
+    {"TVRHBA_StorageVolume", "TVRHBA_SCSIInitiatorTargetStorageVolumePath"},
+    {"TVRHBA_LogicalDisk", "TVRHBA_SCSIInitiatorTargetLogicalDiskPath"},
+    {"TVRHBA_StorageExtent", "TVRHBA_SCSIInitiatorTargetStorageExtentPath"},
+    {"TVRHBA_TapeDrive", "TVRHBA_SCSIInitiatorTargetTapeDrivePath"},
+    {"TVRHBA_SCSIArbitraryLogicalUnit", "TVRHBA_SCSIInitiatorTargetArbitraryLogicalUnitPath"}};
+
+struct Port_Type {
+    std::uint64_t code;
+    const char* name;
+};
+
+// CIM_FCPort.PortType.
+constexpr Port_Type port_types[] = {{0, "unknown"}, {1, "other"}, {10, "N"}, {11, "NL"},
+                                    {12, "F/NL"},   {13, "Nx"},   {14, "E"}, {15, "F"},
+                                    {16, "FL"},     {17, "B"},    {18, "G"}};
+
+// Of a class that this module doesn't have there are none.
+std::vector<Cim_Instance> instances(Session& session, const char* class_name,
+                                    const tvrhost::Properties& properties = {}) {
+    if (!session.manager.serves(class_name, tvrhost::Kind::instance)) {
+        return {};
+    }
+    tvrhost::Answer answer = session.manager.enumerate_instances(
+        session.name_space_of(session.find_class(class_name)), class_name, properties);
+    Session::check(answer, class_name);
+    return std::move(answer.instances);
+}
+
+std::vector<Cim_Path> paths(Session& session, const char* class_name) {
+    if (!session.manager.serves(class_name, tvrhost::Kind::instance)) {
+        return {};
+    }
+    tvrhost::Answer answer = session.manager.enumerate_instance_names(
+        session.name_space_of(session.find_class(class_name)), class_name);
+    Session::check(answer, class_name);
+    return std::move(answer.paths);
+}
+
+std::string key(const Cim_Path& association, const char* end, const char* name) {
+    return association.keys[end].as_path().keys[name].plain();
+}
+
+std::vector<Adapter_View> read_adapters(Session& session) {
+    std::vector<Adapter_View> adapters;
+    std::map<std::string, std::size_t> by_tag;
+    for (Cim_Instance& package : instances(session, package_class)) {
+        by_tag[package["Tag"].plain()] = adapters.size();
+        adapters.push_back({std::move(package), {}});
+    }
+    std::map<std::string, std::size_t> by_port;
+    for (const Cim_Path& link : paths(session, package_link)) {
+        const auto found = by_tag.find(key(link, "Antecedent", "Tag"));
+        if (found != by_tag.end()) {
+            by_port[key(link, "Dependent", "DeviceID")] = found->second;
+        }
+    }
+    Adapter_View without_package;
+    for (Cim_Instance& port : instances(session, port_class)) {
+        const auto found = by_port.find(port["DeviceID"].plain());
+        (found != by_port.end() ? adapters[found->second] : without_package)
+            .ports.push_back({std::move(port), {}});
+    }
+    if (!without_package.ports.empty()) {
+        adapters.push_back(std::move(without_package));
+    }
+    return adapters;
+}
+
+// A device names itself with its kind and, behind that, its number.
+Unit_View unit_of(const Cim_Instance& device) {
+    const std::string name = device["ElementName"].plain();
+    const std::size_t number = name.find_last_not_of("-0123456789") + 1;
+    const std::size_t kind = name.find_last_not_of(": ", number == 0 ? 0 : number - 1) + 1;
+    return {name.substr(number), name.substr(0, kind), device};
+}
+
+void add_unit(Port_View& port, const std::string& wwpn, Unit_View unit) {
+    auto target = std::find_if(port.targets.begin(), port.targets.end(),
+                               [&](const Target_View& each) { return each.wwpn == wwpn; });
+    if (target == port.targets.end()) {
+        target = port.targets.insert(target, {wwpn, {}});
+    }
+    target->units.push_back(std::move(unit));
+}
+
+void read_units(Session& session, std::vector<Adapter_View>& adapters, Units units) {
+    std::map<std::string, Port_View*> ports;
+    for (Adapter_View& adapter : adapters) {
+        for (Port_View& port : adapter.ports) {
+            ports[port.wwpn()] = &port;
+        }
+    }
+    std::map<std::string, std::string> remote_ports; // by the endpoint's name
+    for (const Cim_Instance& endpoint :
+         instances(session, endpoint_class, std::vector<std::string>{"TargetWWPN"})) {
+        remote_ports[endpoint["Name"].plain()] = endpoint["TargetWWPN"].plain();
+    }
+    for (const auto& [device_class, path_class] : device_classes) {
+        std::map<std::string, Cim_Instance> devices;
+        if (units == Units::described) {
+            for (Cim_Instance& device : instances(session, device_class)) {
+                std::string id = device["DeviceID"].plain();
+                devices.emplace(std::move(id), std::move(device));
+            }
+        }
+        for (const Cim_Path& path : paths(session, path_class)) {
+            const auto port = ports.find(key(path, "Initiator", "Name"));
+            if (port != ports.end()) {
+                add_unit(*port->second, remote_ports[key(path, "Target", "Name")],
+                         unit_of(devices[key(path, "LogicalUnit", "DeviceID")]));
+            }
+        }
+    }
+    // Units come by their class; people look for them by their number.
+    for (const auto& [wwpn, port] : ports) {
+        for (Target_View& target : port->targets) {
+            std::stable_sort(target.units.begin(), target.units.end(),
+                             [](const Unit_View& a, const Unit_View& b) {
+                                 return a.number.size() != b.number.size()
+                                            ? a.number.size() < b.number.size()
+                                            : a.number < b.number;
+                             });
+        }
+    }
+}
+
+} // namespace
+
+std::uint64_t number_of(const tvrhost::Cim_Value& value) {
+    try {
+        return value.is_null() ? 0 : value.as_uint();
+    } catch (const tvrhost::Value_Error&) {
+        return 0;
+    }
+}
+
+std::uint64_t Unit_View::capacity() const {
+    return number_of(device["Capacity"]);
+}
+
+std::string Unit_View::os_name() const {
+    const tvrhost::Cim_Value& info = device["OtherIdentifyingInfo"];
+    return info.is_array() && !info.elements().empty() ? info.elements().front().plain() : "";
+}
+
+std::string Unit_View::inquiry() const {
+    const tvrhost::Cim_Value& info = device["OtherIdentifyingInfo"];
+    if (!info.is_array() || info.elements().size() < 2) {
+        return {};
+    }
+    // Its parts are padded.
+    std::istringstream words(info.elements()[1].plain());
+    std::string text;
+    for (std::string word; words >> word;) {
+        text += (text.empty() ? "" : " ") + word;
+    }
+    return text;
+}
+
+std::string Port_View::type() const {
+    const std::string other = port["OtherPortType"].plain();
+    if (!other.empty()) {
+        return other;
+    }
+    const std::uint64_t code = number_of(port["PortType"]);
+    for (const Port_Type& each : port_types) {
+        if (each.code == code) {
+            return each.name;
+        }
+    }
+    return std::to_string(code);
+}
+
+std::string Port_View::speed() const {
+    constexpr std::uint64_t giga = 1000000000;
+    const std::uint64_t speed = number_of(port["Speed"]);
+    return speed == 0 ? "-" : std::to_string((speed + giga / 2) / giga) + "G";
+}
+
+std::string Port_View::firmware() const {
+    const std::string text = port["OperationalFirmware"].plain();
+    return text.substr(text.rfind(':') + 1);
+}
+
+std::string Adapter_View::model() const {
+    const std::string model = package["Model"].plain();
+    return !model.empty() || ports.empty() ? model : ports.front().port["Description"].plain();
+}
+
+Host_View read_host(Session& session, Units units) {
+    Host_View host;
+    {
+        const Progress progress("reading adapters and targets");
+        host.adapters = read_adapters(session);
+        read_units(session, host.adapters, units);
+    }
+    for (const Adapter_View& adapter : host.adapters) {
+        if (!adapter.ports.empty()) {
+            host.name = adapter.ports.front().port["SystemName"].plain();
+            return host;
+        }
+    }
+    if (!adapter_libraries_present()) {
+        throw Cim_Error("this machine has no adapter libraries (libHBAAPI.so, and liblrmapi.so or "
+                        "librmapi.so); --sim shows simulated adapters");
+    }
+    return host;
+}
+
+} // namespace tvrcim

@@ -1,0 +1,28 @@
+// How commands print what they have found.
+#ifndef TVR_HOST_TVRCIM_OUTPUT_H
+#define TVR_HOST_TVRCIM_OUTPUT_H
+
+#include "host/cim_json.h"
+#include "host/tvrcim/session.h"
+
+namespace tvrcim {
+
+void print_json(Session& session, const tvrhost::Json& json);
+
+// A line per value: its name, padded, and its literal.
+void print_values(Session& session, const tvrhost::Named_Values& values);
+void print_instance(Session& session, const tvrhost::Cim_Instance& instance);
+
+// The paths and instances of an answer: a JSON array, or paths a line each and instances with an
+// empty line between.
+void print_answer(Session& session, const tvrhost::Answer& answer);
+
+// Columns of text, each as wide as its widest cell; the first row is the heading.
+void print_table(std::ostream& out, const std::vector<std::vector<std::string>>& rows);
+
+// "100.0 GiB" and the like.
+std::string size_text(std::uint64_t bytes);
+
+} // namespace tvrcim
+
+#endif

@@ -1,0 +1,163 @@
+// `tvrcim tree`: the host from its adapters down to the logical units.
+#include "host/tvrcim/commands.h"
+#include "host/tvrcim/host_view.h"
+#include "host/tvrcim/output.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+
+namespace tvrcim {
+
+using tvrhost::Json;
+
+namespace {
+
+// A line with what hangs below it.
+struct Node {
+    std::string text;
+    std::vector<Node> children;
+};
+
+struct Branches {
+    const char* inner; // before a child that others follow, and before what is below it
+    const char* below_inner;
+    const char* last;
+    const char* below_last;
+};
+constexpr Branches lines{"\u251c\u2500 ", "\u2502  ", "\u2514\u2500 ", "   "};
+constexpr Branches plain{"|- ", "|  ", "`- ", "   "};
+
+// Lines are drawn where the locale's characters have them.
+const Branches& branches() {
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* const value = std::getenv(name);
+        if (value != nullptr && *value != '\0') {
+            return std::strstr(value, "UTF-8") != nullptr || std::strstr(value, "utf8") != nullptr
+                       ? lines
+                       : plain;
+        }
+    }
+    return plain;
+}
+
+void print(std::ostream& out, const Node& node, const Branches& style, const std::string& before) {
+    for (const Node& child : node.children) {
+        const bool is_last = &child == &node.children.back();
+        out << before << (is_last ? style.last : style.inner) << child.text << '\n';
+        print(out, child, style, before + (is_last ? style.below_last : style.below_inner));
+    }
+}
+
+// The parts that say something, with two blanks between.
+std::string joined(std::initializer_list<std::string> parts) {
+    std::string text;
+    for (const std::string& part : parts) {
+        if (!part.empty()) {
+            text += (text.empty() ? "" : "  ") + part;
+        }
+    }
+    return text;
+}
+
+std::string labelled(const char* label, const std::string& text) {
+    return text.empty() ? "" : std::string(label) + " " + text;
+}
+
+// "100.0 GiB" and the like.
+std::string size_text(std::uint64_t bytes) {
+    static constexpr const char* units[] = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
+    double size = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    while (size >= 1024 && unit + 1 < std::size(units)) {
+        size /= 1024;
+        ++unit;
+    }
+    char text[32];
+    std::snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", size, units[unit]);
+    return text;
+}
+
+Node unit_node(const Unit_View& unit) {
+    const std::uint64_t capacity = unit.capacity();
+    return {joined({"LUN " + unit.number, unit.kind, capacity == 0 ? "" : size_text(capacity),
+                    unit.inquiry(), unit.os_name()}),
+            {}};
+}
+
+Node port_node(const Port_View& port) {
+    Node node{joined({"port " + port.wwpn(), port.state(), port.speed() == "-" ? "" : port.speed(),
+                      port.type(), labelled("firmware", port.firmware())}),
+              {}};
+    for (const Target_View& target : port.targets) {
+        Node& below = node.children.emplace_back(Node{"target " + target.wwpn, {}});
+        for (const Unit_View& unit : target.units) {
+            below.children.push_back(unit_node(unit));
+        }
+    }
+    return node;
+}
+
+Node host_node(const Host_View& host) {
+    Node node{host.name.empty() ? "no ports" : host.name, {}};
+    for (const Adapter_View& adapter : host.adapters) {
+        Node& below = node.children.emplace_back(Node{
+            joined({adapter.model(), labelled("serial", adapter.package["SerialNumber"].plain()),
+                    labelled("node", adapter.package["Tag"].plain())}),
+            {}});
+        for (const Port_View& port : adapter.ports) {
+            below.children.push_back(port_node(port));
+        }
+    }
+    return node;
+}
+
+Json unit_json(const Unit_View& unit) {
+    return {{"number", unit.number},          {"kind", unit.kind},
+            {"capacity", unit.capacity()},    {"inquiry", unit.inquiry()},
+            {"osDeviceName", unit.os_name()}, {"device", unit.device.path.text()}};
+}
+
+Json host_json(const Host_View& host) {
+    Json adapters = Json::array();
+    for (const Adapter_View& adapter : host.adapters) {
+        Json ports = Json::array();
+        for (const Port_View& port : adapter.ports) {
+            Json targets = Json::array();
+            for (const Target_View& target : port.targets) {
+                Json units = Json::array();
+                for (const Unit_View& unit : target.units) {
+                    units.push_back(unit_json(unit));
+                }
+                targets.push_back({{"wwpn", target.wwpn}, {"units", std::move(units)}});
+            }
+            ports.push_back({{"wwpn", port.wwpn()},
+                             {"state", port.state()},
+                             {"speed", number_of(port.port["Speed"])},
+                             {"type", port.type()},
+                             {"firmware", port.firmware()},
+                             {"targets", std::move(targets)}});
+        }
+        adapters.push_back({{"model", adapter.model()},
+                            {"serialNumber", adapter.package["SerialNumber"].plain()},
+                            {"nodeWWN", adapter.package["Tag"].plain()},
+                            {"ports", std::move(ports)}});
+    }
+    return {{"host", host.name}, {"adapters", std::move(adapters)}};
+}
+
+} // namespace
+
+void show_tree(Session& session) {
+    const Host_View host = read_host(session, Units::described);
+    if (session.format == Format::json) {
+        print_json(session, host_json(host));
+        return;
+    }
+    const Node root = host_node(host);
+    session.out << root.text << '\n';
+    print(session.out, root, branches(), "");
+}
+
+} // namespace tvrcim
