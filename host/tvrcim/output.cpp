@@ -1,7 +1,6 @@
 #include "host/tvrcim/output.h"
 
-#include <cstdio>
-#include <iterator>
+#include <algorithm>
 
 namespace tvrcim {
 
