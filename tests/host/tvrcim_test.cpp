@@ -171,7 +171,7 @@ TEST_F(Tvrcim, enumerates_and_gets) {
 }
 
 TEST_F(Tvrcim, wrong_input_is_told_in_one_line) {
-    expect_error("", 2, "a command is missing: list, classes");
+    expect_error("", 2, "a command is missing: list, tree, classes");
     expect_error("lst", 2, "there is no command 'lst'; did you mean list?");
     expect_error("enum TVRHBA_FCPrt", 2, "did you mean TVRHBA_FCPort?");
     expect_error("enum TVRHBA_FCPort -p Sped", 2, "did you mean Speed");
