@@ -129,11 +129,14 @@ struct Object_Manager::Rep {
     Answer each_class(const std::string& name_space, const std::string& class_name, const Call& how,
                       bool names, const Properties& properties, Ask ask);
 
-    // The class's own association classes, or the one that the call names.
+    // Makes a call for each served association class that can answer it, or the one that the call
+    // names.
     template <class Ask>
-    Answer each_association(const Cim_Path& path, const std::string& association_class,
-                            const Call& how, Ask ask);
-    bool has_end(const tvrmof::Class& association, const Cim_Path& path) const;
+    Answer each_association(const Cim_Path& path, const Association_Filter& filter, const Call& how,
+                            Ask ask);
+    bool joins(const tvrmof::Class& association, const Cim_Path& path,
+               const Association_Filter& filter) const;
+    bool are_related(const std::string& a, const std::string& b) const;
 
     bool is_a(const std::string& descendant, const std::string& ancestor) const {
         return same_name(descendant, ancestor) ||
@@ -491,34 +494,49 @@ Answer Object_Manager::invoke_method(const Cim_Path& path, const std::string& me
 
 // ---- associations
 
-bool Object_Manager::Rep::has_end(const tvrmof::Class& association, const Cim_Path& path) const {
-    return std::any_of(association.features.begin(), association.features.end(),
-                       [&](const tvrmof::Feature* feature) {
-                           return feature->kind == tvrmof::Feature_Kind::reference &&
-                                  (is_a(path.class_name, feature->target) ||
-                                   is_a(feature->target, path.class_name));
-                       });
+bool Object_Manager::Rep::are_related(const std::string& a, const std::string& b) const {
+    return is_a(a, b) || is_a(b, a);
+}
+
+// One reference takes the path's instance, in its role, and another one the result's.
+bool Object_Manager::Rep::joins(const tvrmof::Class& association, const Cim_Path& path,
+                                const Association_Filter& filter) const {
+    const auto takes = [&](const tvrmof::Feature& reference, const std::string& role,
+                           const std::string& class_name) {
+        return reference.kind == tvrmof::Feature_Kind::reference &&
+               (role.empty() || same_name(role, reference.name)) &&
+               (class_name.empty() || are_related(class_name, reference.target));
+    };
+    const auto& features = association.features;
+    return std::any_of(features.begin(), features.end(), [&](const tvrmof::Feature* source) {
+        return takes(*source, filter.role, path.class_name) &&
+               std::any_of(features.begin(), features.end(), [&](const tvrmof::Feature* result) {
+                   return result != source &&
+                          takes(*result, filter.result_role, filter.result_class);
+               });
+    });
 }
 
 template <class Ask>
-Answer Object_Manager::Rep::each_association(const Cim_Path& path,
-                                             const std::string& association_class, const Call& how,
-                                             Ask ask) {
+Answer Object_Manager::Rep::each_association(const Cim_Path& path, const Association_Filter& filter,
+                                             const Call& how, Ask ask) {
     if (!how.through.empty()) {
         return ask(how.through);
     }
     if (schema == nullptr || schema->find(path.class_name) == nullptr) {
         return refusal(CMPI_RC_ERR_INVALID_CLASS, "there is no class " + path.class_name);
     }
-    if (!association_class.empty() && schema->find(association_class) == nullptr) {
-        return refusal(CMPI_RC_ERR_INVALID_PARAMETER, "there is no class " + association_class);
+    for (const std::string& each : {filter.association_class, filter.result_class}) {
+        if (!each.empty() && schema->find(each) == nullptr) {
+            return refusal(CMPI_RC_ERR_INVALID_PARAMETER, "there is no class " + each);
+        }
     }
     Answer answer;
     answer.done = true;
     for (const std::unique_ptr<tvrmof::Class>& each : schema->classes()) {
         if (each->is_association() &&
-            (association_class.empty() || is_a(each->name, association_class)) &&
-            has_end(*each, path) && mis.serves(each->name, Kind::association)) {
+            (filter.association_class.empty() || is_a(each->name, filter.association_class)) &&
+            joins(*each, path, filter) && mis.serves(each->name, Kind::association)) {
             append(answer, ask(each->name));
         }
     }
@@ -527,42 +545,40 @@ Answer Object_Manager::Rep::each_association(const Cim_Path& path,
 
 Answer Object_Manager::associators(const Cim_Path& path, const Association_Filter& filter,
                                    const Properties& properties, const Call& how) {
-    return _rep->each_association(
-        path, filter.association_class, how, [&](const std::string& association) {
-            return _rep->call<CMPIAssociationMI>(
-                association, Kind::association, "associators", how,
-                [&](CMPIAssociationMI* mi, const CMPIContext* context, const CMPIResult* result,
-                    Answer&) {
-                    return mi->ft->associators(
-                        mi, context, result, _rep->books.make(Cim_Path(path)),
-                        text_or_null(filter.association_class), text_or_null(filter.result_class),
-                        text_or_null(filter.role), text_or_null(filter.result_role),
-                        Property_List(properties).get());
-                });
-        });
+    return _rep->each_association(path, filter, how, [&](const std::string& association) {
+        return _rep->call<CMPIAssociationMI>(
+            association, Kind::association, "associators", how,
+            [&](CMPIAssociationMI* mi, const CMPIContext* context, const CMPIResult* result,
+                Answer&) {
+                return mi->ft->associators(
+                    mi, context, result, _rep->books.make(Cim_Path(path)),
+                    text_or_null(filter.association_class), text_or_null(filter.result_class),
+                    text_or_null(filter.role), text_or_null(filter.result_role),
+                    Property_List(properties).get());
+            });
+    });
 }
 
 Answer Object_Manager::associator_names(const Cim_Path& path, const Association_Filter& filter,
                                         const Call& how) {
-    return _rep->each_association(
-        path, filter.association_class, how, [&](const std::string& association) {
-            return _rep->call<CMPIAssociationMI>(
-                association, Kind::association, "associatorNames", how,
-                [&](CMPIAssociationMI* mi, const CMPIContext* context, const CMPIResult* result,
-                    Answer&) {
-                    return mi->ft->associatorNames(
-                        mi, context, result, _rep->books.make(Cim_Path(path)),
-                        text_or_null(filter.association_class), text_or_null(filter.result_class),
-                        text_or_null(filter.role), text_or_null(filter.result_role));
-                });
-        });
+    return _rep->each_association(path, filter, how, [&](const std::string& association) {
+        return _rep->call<CMPIAssociationMI>(
+            association, Kind::association, "associatorNames", how,
+            [&](CMPIAssociationMI* mi, const CMPIContext* context, const CMPIResult* result,
+                Answer&) {
+                return mi->ft->associatorNames(
+                    mi, context, result, _rep->books.make(Cim_Path(path)),
+                    text_or_null(filter.association_class), text_or_null(filter.result_class),
+                    text_or_null(filter.role), text_or_null(filter.result_role));
+            });
+    });
 }
 
 Answer Object_Manager::references(const Cim_Path& path, const std::string& association_class,
                                   const std::string& role, const Properties& properties,
                                   const Call& how) {
     return _rep->each_association(
-        path, association_class, how, [&](const std::string& association) {
+        path, {association_class, "", role, ""}, how, [&](const std::string& association) {
             return _rep->call<CMPIAssociationMI>(
                 association, Kind::association, "references", how,
                 [&](CMPIAssociationMI* mi, const CMPIContext* context, const CMPIResult* result,
@@ -577,7 +593,7 @@ Answer Object_Manager::references(const Cim_Path& path, const std::string& assoc
 Answer Object_Manager::reference_names(const Cim_Path& path, const std::string& association_class,
                                        const std::string& role, const Call& how) {
     return _rep->each_association(
-        path, association_class, how, [&](const std::string& association) {
+        path, {association_class, "", role, ""}, how, [&](const std::string& association) {
             return _rep->call<CMPIAssociationMI>(
                 association, Kind::association, "referenceNames", how,
                 [&](CMPIAssociationMI* mi, const CMPIContext* context, const CMPIResult* result,

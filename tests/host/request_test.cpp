@@ -115,7 +115,7 @@ TEST_F(Requests, methods_take_and_give) {
         << "the class has methods alone";
 }
 
-TEST_F(Requests, associations_are_asked_where_an_end_fits) {
+TEST_F(Requests, associations_are_asked_where_their_ends_fit) {
     std::vector<std::string> asked;
     module.add("Test_Link", "A").associator_names = [&](Request& r) {
         asked.push_back("link " + r.words[2]);
@@ -133,6 +133,15 @@ TEST_F(Requests, associations_are_asked_where_an_end_fits) {
     EXPECT_EQ(om().associator_names(Cim_Path("root/x", "Test_Other")).rc, CMPI_RC_ERR_FAILED);
     EXPECT_TRUE(om().associator_names(thing_path("a", 1), {"Test_Far_Link", "", "", ""}).ok());
     EXPECT_THAT(asked, ElementsAre("link Left", "far"));
+    asked.clear();
+    for (const Association_Filter& none : std::initializer_list<Association_Filter>{
+             {"", "Test_Other", "", ""}, {"", "", "Nope", ""}, {"", "", "Left", "Left"}})
+        EXPECT_TRUE(om().associator_names(thing_path("a", 1), none).paths.empty());
+    EXPECT_THAT(asked, ElementsAre()) << "no other reference takes the result";
+    om().associator_names(thing_path("a", 1), {"", "Test_Special", "right", "LEFT"});
+    EXPECT_THAT(asked, ElementsAre("link right"));
+    EXPECT_EQ(om().associators(thing_path("a", 1), {"", "Nope", "", ""}).rc,
+              CMPI_RC_ERR_INVALID_PARAMETER);
     EXPECT_EQ(om().references(thing_path("a", 1), "Nope").rc, CMPI_RC_ERR_INVALID_PARAMETER);
     EXPECT_EQ(om().reference_names(Cim_Path("root/x", "Nope")).rc, CMPI_RC_ERR_INVALID_CLASS);
 }
