@@ -175,7 +175,8 @@ CMPIString* message(const CMPIBroker* broker, const char* text, CMPIStatus* rc, 
                     va_list arguments) {
     std::vector<std::string> inserts;
     for (CMPICount i = 0; i < count && i < 10; ++i) {
-        const int type = va_arg(arguments, int);
+        // The caller has started the list.
+        const int type = va_arg(arguments, int); // NOLINT(clang-analyzer-valist.Uninitialized)
         switch (type) {
         case CMPI_sint32:
             inserts.push_back(std::to_string(va_arg(arguments, CMPISint32)));

@@ -51,9 +51,11 @@ public:
     ~String() { drop(_rep); }
 
     String& operator=(const String& other) noexcept {
-        share(other._rep);
-        drop(_rep);
-        _rep = other._rep;
+        if (this != &other) {
+            share(other._rep);
+            drop(_rep);
+            _rep = other._rep;
+        }
         return *this;
     }
     String& operator=(String&& other) noexcept {

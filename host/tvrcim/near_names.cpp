@@ -55,6 +55,7 @@ std::vector<std::string> near_names(std::string_view name, const std::vector<std
     std::sort(found.begin(), found.end());
     found.resize(std::min(found.size(), most));
     std::vector<std::string> result;
+    result.reserve(found.size());
     for (auto& [edits, each] : found) {
         result.push_back(std::move(each));
     }
