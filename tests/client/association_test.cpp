@@ -206,9 +206,9 @@ TEST_F(Associations, FollowRolesClassesAndPropertyLists) {
                                      {"TVRHBA_Product", "", "", false}}) {
         const std::vector<std::string> expected =
             filter.found ? std::vector<std::string>{bare(controller)} : std::vector<std::string>{};
-        EXPECT_EQ(
-            names(port, {controlled_by, filter.result_class, filter.role, filter.result_role}),
-            expected)
+        EXPECT_EQ(names(port, {controlled_by, filter.result_class, filter.role, filter.result_role},
+                        controlled_by),
+                  expected)
             << filter.result_class << ' ' << filter.role << ' ' << filter.result_role;
     }
     EXPECT_THAT(
@@ -254,10 +254,7 @@ TEST_F(Associations, EndSilentlyAtAComputerSystemThatNobodyServes) {
     start_rich_host({});
     const Cim_Path port = enumerate("TVRHBA_FCPort").instances.at(0).path;
     const std::string system_device = "TVRHBA_FCPortSystemDevice";
-    EXPECT_EQ(names(port, {controlled_by, filter.result_class, filter.role, filter.result_role},
-                    controlled_by),
-              expected)
-        << filter.result_class << ' ' << filter.role << ' ' << filter.result_role;
+    EXPECT_EQ(names(port, {system_device, "", "", ""}).size(), 1u);
     const Answer answer = manager().associators(port, {system_device, "", "", ""});
     EXPECT_EQ(answer.rc, 0);
     EXPECT_THAT(answer.instances, IsEmpty());
