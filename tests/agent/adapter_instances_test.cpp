@@ -1,6 +1,8 @@
 // A rebuild of the adapter maps: its order, and what it does where a step fails.
 #include "tests/agent/agent_fixture.h"
 
+#include "agent/locks.h"
+
 #include <algorithm>
 
 namespace cimple {
@@ -151,6 +153,22 @@ TEST_F(Rebuild, TellsAccessByTheStateOfThePort) {
     load();
     refresh();
     EXPECT_THAT(enumerated<TVRHBA_ControlledBy>().texts("AccessState"), ElementsAre("0", "1", "2"));
+}
+
+TEST_F(Rebuild, MakesPortsThatAreKnownByTheirIdInAnyCase) {
+    load();
+    refresh();
+    const Full_Guard guard(*agent);
+    EXPECT_TRUE(agent->IsValidFCPort("1000aabbccdd0200"));
+    EXPECT_TRUE(agent->IsValidLogicalPort("1000AABBCCDD0200"));
+    EXPECT_FALSE(agent->IsValidFCPort("1000AABBCCDD0"));
+    EXPECT_FALSE(agent->IsValidLogicalPort(""));
+    for (const char* line :
+         {"Valid FCPort WWPN Passed", "Valid WWPN Passed",
+          "Could not find the passed FCPort in the map",
+          "Could not find the passed LogicalPort in the provider resource map"}) {
+        EXPECT_EQ(logged(line), 1u) << line;
+    }
 }
 
 } // namespace
