@@ -22,6 +22,11 @@ _tvrcim() {
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
         return
         ;;
+    --class | --result-class | --leaf | --hide)
+        mapfile -t words < <("${COMP_WORDS[0]}" classes --all 2>/dev/null | awk 'NR > 1 { print $1 }')
+        mapfile -t COMPREPLY < <(compgen -W "${words[*]}" -- "$current")
+        return
+        ;;
     --namespace)
         mapfile -t COMPREPLY < <(compgen -W 'root/tavrin root/pg_interop' -- "$current")
         return
@@ -34,7 +39,7 @@ _tvrcim() {
         classes) options+=' --all' ;;
         assoc) options+=' --class --result-class --role --result-role -p --property --names' ;;
         refs) options+=' --class --role -p --property --names' ;;
-        graph) options+=' --depth --leaf --hide' ;;
+        graph) options+=' --depth --fold --leaf --hide' ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
         return

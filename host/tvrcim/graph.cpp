@@ -1,46 +1,73 @@
 #include "host/tvrcim/graph.h"
 
+#include "host/tvrcim/output.h"
 #include "host/tvrcim/progress.h"
 
 #include <algorithm>
+#include <map>
+#include <numeric>
 #include <set>
+#include <span>
 
 namespace tvrcim {
 
-using tvrhost::Cim_Instance;
 using tvrhost::Cim_Path;
+using tvrhost::Json;
 
 namespace {
 
+constexpr char before_dot[] = R"(digraph associations {
+  graph [rankdir=LR, nodesep=0.25, ranksep=0.6]
+  node [shape=box, fontname="Helvetica", fontsize=10, height=0.3]
+  edge [fontname="Helvetica", fontsize=8, color="#808080"]
+)";
+
 // Class names without the prefix that all of them have.
 std::string short_name(const std::string& class_name) {
-    for (const char* prefix : {"TVRHBA_", "CIM_"}) {
+    for (const std::string_view prefix : {"TVRHBA_", "CIM_"}) {
         if (class_name.starts_with(prefix)) {
-            return class_name.substr(std::char_traits<char>::length(prefix));
+            return class_name.substr(prefix.size());
         }
     }
     return class_name;
 }
 
+// In lines of a length that fits a box, broken where the parts of names end.
+std::string wrapped(const std::string& text) {
+    constexpr std::size_t width = 34;
+    constexpr char separators[] = " :_";
+    std::string result;
+    std::size_t begin = 0;
+    while (text.size() - begin > width) {
+        std::size_t end = text.find_last_of(separators, begin + width - 1);
+        if (end == std::string::npos || end < begin) {
+            end = text.find_first_of(separators, begin);
+        }
+        if (end == std::string::npos || end + 1 == text.size()) {
+            break;
+        }
+        result += text.substr(begin, end + 1 - begin) + '\n';
+        begin = end + 1;
+    }
+    return result + text.substr(begin);
+}
+
 // What tells an instance from others of its class: the values of its own keys.
 std::string own_name(const Cim_Path& path) {
+    constexpr std::string_view owners[] = {"SystemCreationClassName", "SystemName",
+                                           "CreationClassName"};
     std::string text;
     for (const tvrhost::Named_Value& key : path.keys) {
-        const bool is_of_owner = key.name == "SystemCreationClassName" ||
-                                 key.name == "SystemName" || key.name == "CreationClassName";
-        if (!is_of_owner) {
+        if (std::find(std::begin(owners), std::end(owners), key.name) == std::end(owners)) {
             text += (text.empty() ? "" : " ") + key.value.plain();
         }
     }
     return text;
 }
 
+// A text in quotes, in which the escapes of JSON mean the same.
 std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (const char c : text) {
-        result += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
-    }
-    return result + '"';
+    return tvrhost::json_text(Json(text), -1);
 }
 
 class Graph {
@@ -48,107 +75,184 @@ public:
     Graph(Session& session, const Graph_Request& request) : _session(session), _request(request) {}
 
     void walk() {
-        std::vector<Cim_Path> border = {_request.root};
-        number_of(_request.root);
+        std::vector<std::size_t> border = {node_of(_request.root)};
         for (unsigned depth = 0; depth < _request.depth && !border.empty(); ++depth) {
-            std::vector<Cim_Path> next;
-            for (const Cim_Path& path : border) {
-                if (depth == 0 || !is_one_of(path, _request.leaves)) {
-                    go_on_from(path, next);
+            const std::size_t known = _nodes.size();
+            for (const std::size_t node : border) {
+                const Node& from = _nodes[node];
+                if (from.folded == 0 && (node == 0 || !is_one_of(from.path, _request.leaves))) {
+                    go_on_from(node);
                 }
             }
-            border = std::move(next);
+            border.resize(_nodes.size() - known);
+            std::iota(border.begin(), border.end(), known);
         }
     }
 
-    void print() const {
+    void print_dot() const {
         std::ostream& out = _session.out;
-        out << "digraph associations {\n"
-               "  graph [rankdir=LR, nodesep=0.3, ranksep=1.6]\n"
-               "  node [shape=box, fontname=\"Helvetica\", fontsize=10]\n"
-               "  edge [fontname=\"Helvetica\", fontsize=8]\n";
+        out << before_dot;
         for (std::size_t i = 0; i < _nodes.size(); ++i) {
-            out << "  n" << i << " [label=" << node_label(_nodes[i])
-                << (i == 0 ? ", style=bold" : "") << "]\n";
+            out << "  n" << i << " [label=" << quoted(_nodes[i].label)
+                << (i == 0                  ? ", style=bold"
+                    : _nodes[i].folded != 0 ? ", style=dashed"
+                                            : "")
+                << "]\n";
         }
-        for (const Edge& edge : _edges) {
-            out << "  n" << edge.from << " -> n" << edge.to << " [label=" << quoted(edge.name)
-                << ", taillabel=" << quoted(edge.from_role)
-                << ", headlabel=" << quoted(edge.to_role) << "]\n";
+        for (std::size_t i = 0; i < _links.size(); ++i) {
+            const auto& ends = _links[i].ends;
+            const std::string name = short_name(_links[i].class_name);
+            if (ends.size() == 2) {
+                out << "  n" << ends[0].node << " -> n" << ends[1].node
+                    << " [label=" << quoted(name + '\n' + ends[0].role + " \u2192 " + ends[1].role)
+                    << "]\n";
+                continue;
+            }
+            out << "  a" << i << " [label=" << quoted(name) << ", shape=plaintext, fontsize=8]\n"
+                << "  n" << ends[0].node << " -> a" << i << " [label=" << quoted(ends[0].role)
+                << ", arrowhead=none]\n";
+            for (std::size_t end = 1; end < ends.size(); ++end) {
+                out << "  a" << i << " -> n" << ends[end].node
+                    << " [label=" << quoted(ends[end].role) << "]\n";
+            }
         }
         out << "}\n";
     }
 
+    void print_json() const {
+        Json nodes = Json::array();
+        for (const Node& node : _nodes) {
+            nodes.push_back(
+                node.folded != 0
+                    ? Json{{"folded", node.folded}, {"class", node.path.class_name}}
+                    : Json{{"class", node.path.class_name}, {"path", node.path.text()}});
+        }
+        Json edges = Json::array();
+        for (const Link& link : _links) {
+            Json ends = Json::object();
+            for (const End& end : link.ends) {
+                ends[end.role] = end.node;
+            }
+            edges.push_back({{"class", link.class_name}, {"ends", std::move(ends)}});
+        }
+        tvrcim::print_json(_session, {{"nodes", std::move(nodes)}, {"edges", std::move(edges)}});
+    }
+
 private:
-    struct Edge {
-        std::size_t from;
-        std::size_t to;
-        std::string name;
-        std::string from_role;
-        std::string to_role;
+    struct Node {
+        Cim_Path path; // of a box for many, that of one of them
+        std::string label;
+        std::size_t folded = 0; // instances that the box stands for, if it stands for many
+    };
+    struct End {
+        std::string role;
+        std::size_t node;
+    };
+    struct Link {
+        std::string class_name;
+        std::vector<End> ends; // at least two
     };
 
-    static std::string node_label(const Cim_Path& path) {
-        std::string label = quoted(short_name(path.class_name) + "\n" + own_name(path));
-        const std::size_t line_end = label.find('\n');
-        return label.replace(line_end, 1, "\\n");
-    }
-
-    // Ends of associations may lack the namespace that the instance itself has.
-    static std::string identity(Cim_Path path) {
-        path.name_space.clear();
-        return path.text();
-    }
-
     bool is_one_of(const Cim_Path& path, const std::vector<const tvrmof::Class*>& classes) const {
-        const tvrmof::Class* model = _session.manager.schema()->find(path.class_name);
+        const tvrmof::Class* const model = _session.manager.schema()->find(path.class_name);
         return std::any_of(classes.begin(), classes.end(), [&](const tvrmof::Class* each) {
             return model != nullptr && model->is_a(*each);
         });
     }
 
-    std::size_t number_of(const Cim_Path& path) {
+    // The ends of an association that are to be seen; none unless they are two.
+    std::vector<const tvrhost::Named_Value*> ends_of(const Cim_Path& association) const {
+        std::vector<const tvrhost::Named_Value*> ends;
+        for (const tvrhost::Named_Value& key : association.keys) {
+            if (key.value.type() == tvrhost::Cim_Type::reference && !key.value.is_null() &&
+                !is_one_of(key.value.as_path(), _request.hidden)) {
+                ends.push_back(&key);
+            }
+        }
+        if (ends.size() < 2) {
+            ends.clear();
+        }
+        return ends;
+    }
+
+    bool is_drawn(const Cim_Path& path) const { return _numbers.contains(identity(path)); }
+
+    std::size_t node_of(const Cim_Path& path) {
         const auto [found, is_new] = _numbers.emplace(identity(path), _nodes.size());
         if (is_new) {
-            _nodes.push_back(path);
+            _nodes.push_back(
+                {path, short_name(path.class_name) + '\n' + wrapped(own_name(path)), 0});
         }
         return found->second;
     }
 
-    void go_on_from(const Cim_Path& path, std::vector<Cim_Path>& next) {
+    void go_on_from(std::size_t node) {
+        const Cim_Path path = _nodes[node].path;
         const tvrhost::Answer answer = _session.manager.reference_names(path);
         Session::check(answer, path.text());
-        for (const Cim_Path& association : answer.paths) {
-            if (_drawn.insert(identity(association)).second) {
-                add(association, next);
-            }
+        // The associations of a class stand together.
+        for (auto first = answer.paths.begin(); first != answer.paths.end();) {
+            const auto last = std::find_if(first, answer.paths.end(), [&](const Cim_Path& each) {
+                return each.class_name != first->class_name;
+            });
+            add(path, {first, last});
+            first = last;
         }
     }
 
-    void add(const Cim_Path& association, std::vector<Cim_Path>& next) {
-        std::vector<std::pair<std::string, std::size_t>> ends;
-        for (const tvrhost::Named_Value& key : association.keys) {
-            if (key.value.type() != tvrhost::Cim_Type::reference || key.value.is_null() ||
-                is_one_of(key.value.as_path(), _request.hidden)) {
+    void add(const Cim_Path& from, std::span<const Cim_Path> associations) {
+        std::vector<const Cim_Path*> new_ones;
+        for (const Cim_Path& association : associations) {
+            const auto ends = ends_of(association);
+            if (std::any_of(ends.begin(), ends.end(), [&](const tvrhost::Named_Value* end) {
+                    return !is_drawn(end->value.as_path());
+                })) {
+                new_ones.push_back(&association);
+            } else if (!ends.empty()) {
+                draw(association);
+            }
+        }
+        if (_request.fold == 0 || new_ones.size() <= _request.fold) {
+            for (const Cim_Path* association : new_ones) {
+                draw(*association);
+            }
+        } else {
+            draw_folded(from, *new_ones.front(), new_ones.size());
+        }
+    }
+
+    void draw(const Cim_Path& association) {
+        if (!_drawn.insert(identity(association)).second) {
+            return;
+        }
+        Link link{association.class_name, {}};
+        for (const tvrhost::Named_Value* end : ends_of(association)) {
+            link.ends.push_back({end->name, node_of(end->value.as_path())});
+        }
+        _links.push_back(std::move(link));
+    }
+
+    // A box for each end of `association` but the one that `count` like it lead from.
+    void draw_folded(const Cim_Path& from, const Cim_Path& association, std::size_t count) {
+        Link link{association.class_name, {}};
+        for (const tvrhost::Named_Value* end : ends_of(association)) {
+            const Cim_Path& path = end->value.as_path();
+            if (identity(path) == identity(from)) {
+                link.ends.push_back({end->name, node_of(path)});
                 continue;
             }
-            const std::size_t known = _nodes.size();
-            ends.emplace_back(key.name, number_of(key.value.as_path()));
-            if (_nodes.size() > known) {
-                next.push_back(key.value.as_path());
-            }
+            link.ends.push_back({end->name, _nodes.size()});
+            _nodes.push_back(
+                {path, std::to_string(count) + ' ' + short_name(path.class_name), count});
         }
-        for (std::size_t i = 1; i < ends.size(); ++i) {
-            _edges.push_back({ends[0].second, ends[i].second, short_name(association.class_name),
-                              ends[0].first, ends[i].first});
-        }
+        _links.push_back(std::move(link));
     }
 
     Session& _session;
     const Graph_Request& _request;
-    std::vector<Cim_Path> _nodes;
+    std::vector<Node> _nodes;
     std::map<std::string, std::size_t> _numbers;
-    std::vector<Edge> _edges;
+    std::vector<Link> _links;
     std::set<std::string> _drawn;
 };
 
@@ -160,7 +264,11 @@ void draw_graph(Session& session, const Graph_Request& request) {
         const Progress progress("following associations");
         graph.walk();
     }
-    graph.print();
+    if (session.format == Format::json) {
+        graph.print_json();
+    } else {
+        graph.print_dot();
+    }
 }
 
 } // namespace tvrcim

@@ -5,6 +5,7 @@
 #include "host/tvrcim/progress.h"
 
 #include <algorithm>
+#include <set>
 
 namespace tvrcim {
 
@@ -140,6 +141,36 @@ void Session::check(const tvrhost::Answer& answer, const std::string& what) {
                     (answer.message.empty() ? "" : ", " + answer.message));
 }
 
+std::vector<Cim_Path> Session::ends_of(const tvrmof::Class& model) const {
+    const tvrmof::Schema& schema = *manager.schema();
+    std::vector<Cim_Path> ends;
+    std::set<std::string> seen;
+    for (const auto& association : schema.classes()) {
+        const bool leads_there =
+            std::any_of(association->features.begin(), association->features.end(),
+                        [&](const tvrmof::Feature* feature) {
+                            return feature->kind == tvrmof::Feature_Kind::reference &&
+                                   (schema.is_a(feature->target, model.name) ||
+                                    schema.is_a(model.name, feature->target));
+                        });
+        if (!leads_there || !manager.serves(association->name, tvrhost::Kind::instance)) {
+            continue;
+        }
+        for (const Cim_Path& path :
+             manager.enumerate_instance_names(name_space_of(*association), association->name, {})
+                 .paths) {
+            for (const Named_Value& key : path.keys) {
+                if (key.value.type() == Cim_Type::reference && !key.value.is_null() &&
+                    schema.is_a(key.value.as_path().class_name, model.name) &&
+                    seen.insert(identity(key.value.as_path())).second) {
+                    ends.push_back(key.value.as_path());
+                }
+            }
+        }
+    }
+    return ends;
+}
+
 Cim_Path Session::find_path(const std::string& text) {
     Cim_Path wanted;
     try {
@@ -159,6 +190,10 @@ Cim_Path Session::find_path(const std::string& text) {
     {
         const Progress progress("looking for " + text);
         answer = manager.enumerate_instance_names(wanted.name_space, wanted.class_name);
+        if (!answer.ok() && !is_served(model)) {
+            answer.paths = ends_of(model);
+            answer.rc = answer.paths.empty() ? answer.rc : 0;
+        }
     }
     check(answer, text);
     std::vector<Cim_Path> found =
@@ -190,6 +225,11 @@ Cim_Value Session::read_value(const std::string& text, const tvrmof::Typed& decl
     } catch (const tvrhost::Value_Error& error) {
         throw Usage_Error(declared.name + ": " + error.what());
     }
+}
+
+std::string identity(Cim_Path path) {
+    path.name_space.clear();
+    return path.text();
 }
 
 std::pair<std::string, std::string> split_assignment(const std::string& text) {

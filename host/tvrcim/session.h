@@ -37,7 +37,9 @@ public:
     static void check(const tvrhost::Answer& answer, const std::string& what);
 
     // The whole path of an instance that `text` names: as it stands if it has all keys, else the
-    // only instance whose keys fit. A text key fits by its beginning if none is equal.
+    // only instance whose keys fit. A text key fits by its beginning if none is equal. Of a class
+    // that nobody serves, as the computer system's may be, the instances are those that
+    // associations lead to.
     tvrhost::Cim_Path find_path(const std::string& text);
 
     // "NAME=VALUE" as a value of what `find` declares. Paths in it are completed.
@@ -45,8 +47,14 @@ public:
                                   const std::string& name_space);
 
 private:
+    std::vector<tvrhost::Cim_Path> ends_of(const tvrmof::Class& model) const;
+
     std::string _name_space;
 };
+
+// Names an instance whatever the namespace: ends of associations may lack the one that the instance
+// has where it is served.
+std::string identity(tvrhost::Cim_Path path);
 
 // "NAME=VALUE" in its parts. Throws Usage_Error.
 std::pair<std::string, std::string> split_assignment(const std::string& text);

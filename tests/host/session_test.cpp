@@ -15,6 +15,7 @@ using namespace tvrcim;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 TEST(Near_Names, finds_what_was_meant) {
     const std::vector<std::string> names = {"TVRHBA_FCPort", "TVRHBA_FCPortStatistics",
@@ -145,6 +146,57 @@ TEST_F(Session_Test, the_shell_goes_on_after_errors_until_exit) {
     EXPECT_THAT(errors, HasSubstr("tvrcim: a quotation mark is missing"));
     EXPECT_EQ(shell("enum Test_Thing"), cim_error); // no script
     EXPECT_THAT(errors, HasSubstr("tvrcim: Test_Thing: CMPI_RC_ERR_NOT_SUPPORTED"));
+}
+
+TEST_F(Session_Test, associations_are_followed_and_drawn) {
+    Scripted_Class& link = module.add("Test_Link", "IA");
+    link.associator_names = [](Request& r) {
+        for (const char* name : {"a", "a", "b \"2\""})
+            CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, name, 1), nullptr));
+        return CMPI_RC_OK;
+    };
+    link.associators = hand_out("a", 1);
+    EXPECT_EQ(shell("assoc Test_Thing.Name=alpha --names\nassoc Test_Thing.Name=alpha -p count"),
+              success);
+    EXPECT_THAT(out.str(), StartsWith("root/x:Test_Thing.Name=\"a\",Slot=1\n"
+                                      "root/x:Test_Thing.Name=\"b \\\"2\\\"\",Slot=1\n"
+                                      "root/x:Test_Thing.Name=\"a\",Slot=1\n  Name"));
+    EXPECT_THAT(errors, StartsWith("tvrcim: not delivered by its provider: root/x:Test_Thing."
+                                   "Name=\"b "));
+    EXPECT_EQ(shell("assoc Test_Thing.Name=alpha --role Rigth\n"
+                    "refs Test_Thing.Name=alpha --class Test_Other\n"
+                    "refs Test_Thing.Name=alpha --class Test_Link -p Leff"),
+              usage_error);
+    EXPECT_EQ(errors, "tvrcim: no association has a role Rigth; did you mean Right?\n"
+                      "tvrcim: Test_Other is no association\n"
+                      "tvrcim: Test_Link has no property Leff; did you mean Left?\n");
+
+    // alpha is joined with itself and with three others; each tells the same associations.
+    link.reference_names = [](Request& r) {
+        CMPIObjectPath* const left = CMGetObjectPath(new_thing(r, "alpha", 1), nullptr);
+        for (const char* name : {"alpha", "x", "y", "z \"2\""}) {
+            CMPIObjectPath* const right = CMGetObjectPath(new_thing(r, name, 1), nullptr);
+            CMPIObjectPath* const path = CMNewObjectPath(r.broker, "root/x", "Test_Link", nullptr);
+            CMAddKey(path, "Left", &left, CMPI_ref);
+            CMAddKey(path, "Right", &right, CMPI_ref);
+            CMReturnObjectPath(r.result, path);
+        }
+        return CMPI_RC_OK;
+    };
+    const auto drawn = [&](const std::string& how) {
+        out.str({});
+        EXPECT_EQ(shell("graph Test_Thing.Name=alpha " + how), success) << errors;
+        return out.str().substr(std::min(out.str().find("  n0"), out.str().size()));
+    };
+    const std::string itself = "  n0 -> n0 [label=\"Test_Link\\nLeft \u2192 Right\"]\n";
+    EXPECT_EQ(drawn("--fold 2"), "  n0 [label=\"Test_Thing\\nalpha 1\", style=bold]\n"
+                                 "  n1 [label=\"3 Test_Thing\", style=dashed]\n" +
+                                     itself +
+                                     "  n0 -> n1 [label=\"Test_Link\\nLeft \u2192 Right\"]\n}\n");
+    const std::string whole = drawn("--depth 9");
+    EXPECT_THAT(whole, HasSubstr("  n3 [label=\"Test_Thing\\nz \\\"2\\\" 1\"]\n" + itself));
+    EXPECT_EQ(std::count(whole.begin(), whole.end(), '>'), 4) << "each association once";
+    EXPECT_EQ(drawn("--hide Test_Base"), "  n0 [label=\"Test_Thing\\nalpha 1\", style=bold]\n}\n");
 }
 
 TEST_F(Session_Test, classes_tell_what_they_offer) {
