@@ -101,15 +101,6 @@ Unit_View unit_of(const Cim_Instance& device) {
     return {name.substr(number), name.substr(0, kind), device};
 }
 
-void add_unit(Port_View& port, const std::string& wwpn, Unit_View unit) {
-    auto target = std::find_if(port.targets.begin(), port.targets.end(),
-                               [&](const Target_View& each) { return each.wwpn == wwpn; });
-    if (target == port.targets.end()) {
-        target = port.targets.insert(target, {wwpn, {}});
-    }
-    target->units.push_back(std::move(unit));
-}
-
 void read_units(Session& session, std::vector<Adapter_View>& adapters, Units units) {
     std::map<std::string, Port_View*> ports;
     for (Adapter_View& adapter : adapters) {
@@ -117,25 +108,37 @@ void read_units(Session& session, std::vector<Adapter_View>& adapters, Units uni
             ports[port.wwpn()] = &port;
         }
     }
-    std::map<std::string, std::string> remote_ports; // by the endpoint's name
+    std::map<std::string, Target_View> endpoints; // a remote port as seen for one unit, by name
     for (const Cim_Instance& endpoint :
-         instances(session, endpoint_class, std::vector<std::string>{"TargetWWPN"})) {
-        remote_ports[endpoint["Name"].plain()] = endpoint["TargetWWPN"].plain();
+         instances(session, endpoint_class, std::vector<std::string>{"TargetWWPN", "FCID"})) {
+        endpoints[endpoint["Name"].plain()] = {
+            endpoint["TargetWWPN"].plain(), number_of(endpoint["FCID"]), {}};
     }
+    std::map<std::pair<const Port_View*, std::string>, std::size_t> targets; // by port and WWPN
     for (const auto& [device_class, path_class] : device_classes) {
         std::map<std::string, Cim_Instance> devices;
         if (units == Units::described) {
-            for (Cim_Instance& device : instances(session, device_class)) {
+            const std::vector<std::string> shown = {"ElementName", "Capacity",
+                                                    "OtherIdentifyingInfo"};
+            for (Cim_Instance& device : instances(session, device_class, shown)) {
                 std::string id = device["DeviceID"].plain();
                 devices.emplace(std::move(id), std::move(device));
             }
         }
         for (const Cim_Path& path : paths(session, path_class)) {
-            const auto port = ports.find(key(path, "Initiator", "Name"));
-            if (port != ports.end()) {
-                add_unit(*port->second, remote_ports[key(path, "Target", "Name")],
-                         unit_of(devices[key(path, "LogicalUnit", "DeviceID")]));
+            const auto found = ports.find(key(path, "Initiator", "Name"));
+            if (found == ports.end()) {
+                continue;
             }
+            Port_View& port = *found->second;
+            const Target_View& endpoint = endpoints[key(path, "Target", "Name")];
+            const auto [target, is_new] =
+                targets.emplace(std::pair(&port, endpoint.wwpn), port.targets.size());
+            if (is_new) {
+                port.targets.push_back(endpoint);
+            }
+            port.targets[target->second].units.push_back(
+                unit_of(devices[key(path, "LogicalUnit", "DeviceID")]));
         }
     }
     // Units come by their class; people look for them by their number.
@@ -165,14 +168,30 @@ std::uint64_t Unit_View::capacity() const {
     return number_of(device["Capacity"]);
 }
 
+std::string Port_View::os_name() const {
+    const tvrhost::Cim_Value& texts = port["OtherIdentifyingInfo"];
+    const tvrhost::Cim_Value& meanings = port["IdentifyingDescriptions"];
+    if (texts.is_array() && !texts.is_null() && meanings.is_array() && !meanings.is_null()) {
+        const std::size_t count = std::min(texts.elements().size(), meanings.elements().size());
+        for (std::size_t i = 0; i < count; ++i) {
+            if (meanings.elements()[i].plain() == "OS Device Name") {
+                return texts.elements()[i].plain();
+            }
+        }
+    }
+    return {};
+}
+
 std::string Unit_View::os_name() const {
     const tvrhost::Cim_Value& info = device["OtherIdentifyingInfo"];
-    return info.is_array() && !info.elements().empty() ? info.elements().front().plain() : "";
+    return info.is_array() && !info.is_null() && !info.elements().empty()
+               ? info.elements().front().plain()
+               : "";
 }
 
 std::string Unit_View::inquiry() const {
     const tvrhost::Cim_Value& info = device["OtherIdentifyingInfo"];
-    if (!info.is_array() || info.elements().size() < 2) {
+    if (!info.is_array() || info.is_null() || info.elements().size() < 2) {
         return {};
     }
     // Its parts are padded.

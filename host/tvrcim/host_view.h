@@ -21,6 +21,7 @@ struct Unit_View {
 // A remote port.
 struct Target_View {
     std::string wwpn;
+    std::uint64_t fc_id = 0;
     std::vector<Unit_View> units;
 };
 
@@ -33,6 +34,7 @@ struct Port_View {
     std::string speed() const; // in gigabits per second, "-" without a link
     std::string type() const;
     std::string firmware() const; // the version alone
+    std::string os_name() const;
 };
 
 struct Adapter_View {

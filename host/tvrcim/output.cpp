@@ -52,7 +52,7 @@ void print_answer(Session& session, const tvrhost::Answer& answer) {
     }
 }
 
-void print_table(std::ostream& out, const std::vector<std::vector<std::string>>& rows) {
+std::vector<std::string> aligned(const Rows& rows) {
     std::vector<std::size_t> widths;
     for (const auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
@@ -60,13 +60,23 @@ void print_table(std::ostream& out, const std::vector<std::vector<std::string>>&
             widths[i] = std::max(widths[i], row[i].size());
         }
     }
+    std::vector<std::string> lines;
+    lines.reserve(rows.size());
     for (const auto& row : rows) {
         std::string line;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            line += row[i];
-            line.append(widths[i] - row[i].size() + 2, ' ');
+            if (widths[i] != 0) {
+                line += row[i] + std::string(widths[i] - row[i].size() + 2, ' ');
+            }
         }
-        out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
+        lines.push_back(line.substr(0, line.find_last_not_of(' ') + 1));
+    }
+    return lines;
+}
+
+void print_table(std::ostream& out, const Rows& rows) {
+    for (const std::string& line : aligned(rows)) {
+        out << line << '\n';
     }
 }
 

@@ -17,8 +17,11 @@ void print_instance(Session& session, const tvrhost::Cim_Instance& instance);
 // empty line between.
 void print_answer(Session& session, const tvrhost::Answer& answer);
 
-// Columns of text, each as wide as its widest cell; the first row is the heading.
-void print_table(std::ostream& out, const std::vector<std::vector<std::string>>& rows);
+// The rows in columns, each as wide as its widest cell.
+using Rows = std::vector<std::vector<std::string>>;
+std::vector<std::string> aligned(const Rows& rows);
+// Those as lines; the first row is the heading.
+void print_table(std::ostream& out, const Rows& rows);
 
 // "100.0 GiB" and the like.
 std::string size_text(std::uint64_t bytes);

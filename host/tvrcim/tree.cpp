@@ -79,22 +79,49 @@ std::string size_text(std::uint64_t bytes) {
     return text;
 }
 
-Node unit_node(const Unit_View& unit) {
-    const std::uint64_t capacity = unit.capacity();
-    return {joined({"LUN " + unit.number, unit.kind, capacity == 0 ? "" : size_text(capacity),
-                    unit.inquiry(), unit.os_name()}),
-            {}};
+std::string fc_id_text(std::uint64_t id) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%06llX", static_cast<unsigned long long>(id));
+    return text;
+}
+
+std::vector<Node> unit_nodes(const std::vector<Unit_View>& units) {
+    Rows rows;
+    for (const Unit_View& unit : units) {
+        const std::uint64_t capacity = unit.capacity();
+        rows.push_back({"LUN " + unit.number, unit.kind, capacity == 0 ? "" : size_text(capacity),
+                        unit.inquiry(), unit.os_name()});
+    }
+    std::vector<Node> nodes;
+    for (std::string& line : aligned(rows)) {
+        nodes.push_back({std::move(line), {}});
+    }
+    return nodes;
 }
 
 Node port_node(const Port_View& port) {
-    Node node{joined({"port " + port.wwpn(), port.state(), port.speed() == "-" ? "" : port.speed(),
-                      port.type(), labelled("firmware", port.firmware())}),
+    const bool has_link = number_of(port.port["Speed"]) != 0;
+    Node node{joined({"port " + port.wwpn(), port.state(),
+                      has_link ? port.speed() + "  " + port.type() : "no link",
+                      labelled("firmware", port.firmware()), port.os_name()}),
               {}};
     for (const Target_View& target : port.targets) {
-        Node& below = node.children.emplace_back(Node{"target " + target.wwpn, {}});
-        for (const Unit_View& unit : target.units) {
-            below.children.push_back(unit_node(unit));
-        }
+        node.children.push_back({"target " + target.wwpn + "  FCID " + fc_id_text(target.fc_id),
+                                 unit_nodes(target.units)});
+    }
+    return node;
+}
+
+Node adapter_node(const Adapter_View& adapter) {
+    const tvrhost::Cim_Instance& package = adapter.package;
+    const std::string temperature = package["BoardTemperature"].plain();
+    Node node{
+        joined({adapter.model(), labelled("serial", package["SerialNumber"].plain()),
+                labelled("node", package["Tag"].plain()),
+                temperature.empty() ? "" : temperature + " C", package["Description"].plain()}),
+        {}};
+    for (const Port_View& port : adapter.ports) {
+        node.children.push_back(port_node(port));
     }
     return node;
 }
@@ -102,21 +129,19 @@ Node port_node(const Port_View& port) {
 Node host_node(const Host_View& host) {
     Node node{host.name.empty() ? "no ports" : host.name, {}};
     for (const Adapter_View& adapter : host.adapters) {
-        Node& below = node.children.emplace_back(Node{
-            joined({adapter.model(), labelled("serial", adapter.package["SerialNumber"].plain()),
-                    labelled("node", adapter.package["Tag"].plain())}),
-            {}});
-        for (const Port_View& port : adapter.ports) {
-            below.children.push_back(port_node(port));
-        }
+        node.children.push_back(adapter_node(adapter));
     }
     return node;
 }
 
 Json unit_json(const Unit_View& unit) {
-    return {{"number", unit.number},          {"kind", unit.kind},
-            {"capacity", unit.capacity()},    {"inquiry", unit.inquiry()},
-            {"osDeviceName", unit.os_name()}, {"device", unit.device.path.text()}};
+    const std::uint64_t capacity = unit.capacity();
+    return {{"number", unit.number},
+            {"kind", unit.kind},
+            {"capacity", capacity == 0 ? Json(nullptr) : Json(capacity)},
+            {"inquiry", unit.inquiry()},
+            {"osDeviceName", unit.os_name()},
+            {"device", unit.device.path.text()}};
 }
 
 Json host_json(const Host_View& host) {
@@ -130,17 +155,22 @@ Json host_json(const Host_View& host) {
                 for (const Unit_View& unit : target.units) {
                     units.push_back(unit_json(unit));
                 }
-                targets.push_back({{"wwpn", target.wwpn}, {"units", std::move(units)}});
+                targets.push_back({{"wwpn", target.wwpn},
+                                   {"fcId", fc_id_text(target.fc_id)},
+                                   {"units", std::move(units)}});
             }
             ports.push_back({{"wwpn", port.wwpn()},
                              {"state", port.state()},
                              {"speed", number_of(port.port["Speed"])},
                              {"type", port.type()},
                              {"firmware", port.firmware()},
+                             {"osDeviceName", port.os_name()},
                              {"targets", std::move(targets)}});
         }
         adapters.push_back({{"model", adapter.model()},
                             {"serialNumber", adapter.package["SerialNumber"].plain()},
+                            {"description", adapter.package["Description"].plain()},
+                            {"temperature", to_json(adapter.package["BoardTemperature"])},
                             {"nodeWWN", adapter.package["Tag"].plain()},
                             {"ports", std::move(ports)}});
     }

@@ -87,16 +87,18 @@ TEST_F(Tvrcim, shows_the_host_as_a_tree) {
     const Outcome outcome = run("--sim tree");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out, HasSubstr(R"(
-|- TVR-F1602  serial TVF1602S0417  node 20000254564A1020
-|  `- port 10000254564A1020  OK  16G  N  firmware v2.82a4
-|     |- target 5002545670000A01
-|     |  |- LUN 0  Storage Volume  100.0 GiB  TVSTORE ARRAY-2000 Revision 4.10  /dev/sdb
+|- TVR-F1602  serial TVF1602S0417  node 20000254564A1020  48 C  Tavrin TVR-F1602 16Gb )"));
+    EXPECT_THAT(outcome.out, HasSubstr(R"(
+|  `- port 10000254564A1020  OK  16G  N  firmware v2.82a4  /sys/class/fc_host/host3
+|     |- target 5002545670000A01  FCID 010A00
+|     |  |- LUN 0  Storage Volume            100.0 GiB  TVSTORE ARRAY-2000 Revision 4.10      /dev/sdb
 )"));
     EXPECT_THAT(outcome.out, HasSubstr(R"(
-|     `- target 5002545670000B01
-|        |- LUN 0  Tape Drive  TVTAPE LT-8 DRIVE K1A2  /dev/nst0
-|        `- LUN 1  Jukebox  TVTAPE LIBRARY 48 Revision 1.07
+|     `- target 5002545670000B01  FCID 010B00
+|        |- LUN 0  Tape Drive  TVTAPE LT-8 DRIVE K1A2           /dev/nst0
+|        `- LUN 1  Jukebox     TVTAPE LIBRARY 48 Revision 1.07
 )"));
+    EXPECT_THAT(outcome.out, HasSubstr("port 10000254564A1021  Other  no link  firmware"));
     const auto tree = nlohmann::json::parse(run("--sim -o json tree").out);
     EXPECT_EQ(tree["adapters"][0]["ports"][0]["targets"][0]["units"].size(), 4u);
 }
