@@ -26,7 +26,8 @@ struct Agent_Singleton {
 
     Mutex mutex;
     sint32 count = 0;
-    uint32 releasing = 0; // last releases that wait for a refresh; the agent outlives them
+    uint32 releasing = 0; // releases that wait for a refresh; the agent outlives them
+    bool is_due = false;  // a release has taken the count to 0, and nobody has come since
     std::unique_ptr<ProviderAgent> agent;
 
     // Under the mutex.
@@ -40,11 +41,13 @@ struct Agent_Singleton {
     void add() {
         TVR_LOG("ProviderAgent::addRef[%d]", count);
         ++count;
+        is_due = false;
         if (agent) {
             agent->m_bIsEnding = false;
         }
     }
     void destroy() {
+        is_due = false;
         agent.reset();
         agent_instance.store(nullptr);
     }
@@ -88,15 +91,18 @@ void ProviderAgent::releaseRef() {
     Agent_Singleton& owner = singleton();
     std::unique_lock lock(owner.mutex);
     TVR_LOG("ProviderAgent::releaseRef[%d]", owner.count);
-    if (--owner.count != 0 || !owner.agent) {
+    if (--owner.count > 0 || !owner.agent) {
         return;
     }
-    owner.agent->m_bIsEnding = true;
+    if (owner.count == 0) {
+        owner.is_due = true;
+        owner.agent->m_bIsEnding = true;
+    }
     ++owner.releasing;
     lock.unlock();
     owner.agent->joinRefresh();
     lock.lock();
-    if (--owner.releasing == 0 && owner.count == 0) {
+    if (--owner.releasing == 0 && owner.is_due) {
         owner.destroy();
     }
 }

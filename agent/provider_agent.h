@@ -52,7 +52,8 @@ public:
     //
     // The last release first waits for a refresh that runs, without any lock: the refresh may be
     // inside the object manager, which may be about to load a class of this module. A class that is
-    // loaded meanwhile keeps the agent.
+    // loaded meanwhile keeps the agent. A release without a count waits as well: it may be the last
+    // thing that the object manager asks of the module, and no thread of it may go on after that.
     static void addRef();
     static void releaseRef();
 

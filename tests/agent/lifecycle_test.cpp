@@ -224,6 +224,8 @@ TEST_F(Failed_Construction, IsAnsweredWithEmptyEnumerations) {
 
         // Every unload takes a count that was never added.
         unload_agent();
+        EXPECT_FALSE(failed->m_bIsThreadRunning || failed->m_bIsThreadJoinable)
+            << "a thread outlives the release that may have been the last";
         unload_agent();
         EXPECT_EQ(ProviderAgent::instance(), failed);
         EXPECT_EQ(load_agent(), LOAD_FAILED);
