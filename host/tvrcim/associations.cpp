@@ -163,6 +163,9 @@ void show_associators(Session& session, Traversal traversal) {
                                  : session.manager.associators(path, filter, properties);
     }
     Session::check(answer, path.text());
+    if (answer.paths.empty() && answer.instances.empty()) {
+        session.check_exists(path);
+    }
     keep_first_of_each(answer);
     print_answer(session, answer);
     if (!traversal.names) {
@@ -183,6 +186,9 @@ void show_references(Session& session, Traversal traversal) {
                                  : session.manager.references(path, model, role, properties);
     }
     Session::check(answer, path.text());
+    if (answer.paths.empty() && answer.instances.empty()) {
+        session.check_exists(path);
+    }
     print_answer(session, answer);
 }
 

@@ -89,6 +89,8 @@ public:
         }
     }
 
+    bool is_empty() const noexcept { return _links.empty(); }
+
     void print_dot() const {
         std::ostream& out = _session.out;
         out << before_dot;
@@ -263,6 +265,9 @@ void draw_graph(Session& session, const Graph_Request& request) {
     {
         const Progress progress("following associations");
         graph.walk();
+    }
+    if (graph.is_empty()) {
+        session.check_exists(request.root);
     }
     if (session.format == Format::json) {
         graph.print_json();

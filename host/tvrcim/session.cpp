@@ -215,6 +215,16 @@ Cim_Path Session::find_path(const std::string& text) {
                       telling_key(found));
 }
 
+void Session::check_exists(const Cim_Path& path) {
+    constexpr int not_found = 6;
+    if (manager.serves(path.class_name, tvrhost::Kind::instance)) {
+        const tvrhost::Answer answer = manager.get_instance(path, std::vector<std::string>{});
+        if (answer.rc == not_found) {
+            check(answer, path.text());
+        }
+    }
+}
+
 Cim_Value Session::read_value(const std::string& text, const tvrmof::Typed& declared,
                               const std::string& name_space) {
     if (declared.is_reference && !declared.is_array && text != "NULL") {

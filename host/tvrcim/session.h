@@ -42,6 +42,10 @@ public:
     // associations lead to.
     tvrhost::Cim_Path find_path(const std::string& text);
 
+    // Throws Cim_Error if somebody serves the path's class and has no such instance; for those who
+    // found nothing from there on.
+    void check_exists(const tvrhost::Cim_Path& path);
+
     // "NAME=VALUE" as a value of what `find` declares. Paths in it are completed.
     tvrhost::Cim_Value read_value(const std::string& text, const tvrmof::Typed& declared,
                                   const std::string& name_space);

@@ -115,6 +115,7 @@ TEST_F(Tvrcim, follows_associations) {
                 ContainsRegex("\n  AccessState += 1\n$"));
     expect_error("--sim refs" + port + "--class TVRHBA_FCPort", 2,
                  "TVRHBA_FCPort is no association");
+    expect_error("--sim assoc TVRHBA_FCPortStatistics.InstanceID=none", 1, "CMPI_RC_ERR_NOT_FOUND");
 
     const std::string graph = run("--sim graph" + port + "--depth 2 --leaf CIM_System").out;
     EXPECT_THAT(graph, StartsWith("digraph associations {\n"));
