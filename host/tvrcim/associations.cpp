@@ -173,7 +173,7 @@ void show_associators(Session& session, Traversal traversal) {
     }
 }
 
-void show_references(Session& session, Traversal traversal) {
+void show_references(Session& session, const Traversal& traversal) {
     const std::string model = checked_association(session, traversal.filter.association_class);
     const std::string& role = traversal.filter.role;
     check_role(session, role, model);

@@ -204,7 +204,7 @@ std::string Unit_View::inquiry() const {
 }
 
 std::string Port_View::type() const {
-    const std::string other = port["OtherPortType"].plain();
+    std::string other = port["OtherPortType"].plain();
     if (!other.empty()) {
         return other;
     }
