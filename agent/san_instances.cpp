@@ -8,6 +8,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <optional>
+#include <utility>
 
 namespace cimple {
 
@@ -261,9 +263,16 @@ const TVRHBA_SCSIProtocolInitiatorEndpoint& find_initiator(const ProviderAgent& 
     throw Rebuild_Ended();
 }
 
-void add_targets(ProviderAgent& agent, const End<CIM_ComputerSystem>& system, const Port& port) {
-    const Initiator initiator{agent.computerSystem(), system, port.getPortName(),
-                              End(find_initiator(agent, port.getPortName()))};
+// Makes `system`, which all ports share, if it isn't there yet. A port with an initiator has a
+// computer system, too; without one the adapter maps may have stopped before it.
+void add_targets(ProviderAgent& agent, std::optional<End<CIM_ComputerSystem>>& system,
+                 const Port& port) {
+    End endpoint(find_initiator(agent, port.getPortName()));
+    if (!system) {
+        system.emplace(agent.computerSystem());
+    }
+    const Initiator initiator{agent.computerSystem(), *system, port.getPortName(),
+                              std::move(endpoint)};
     const std::size_t count = port.getTargetCount();
     for (std::size_t index = 0; index < count; ++index) {
         TVR_LOG("Creating classes for target %d of %d.", static_cast<int>(index),
@@ -283,10 +292,7 @@ uint32 ProviderAgent::updateSANMaps() {
             int index = 0;
             for (const std::unique_ptr<Port>& port : adapter.getPorts()) {
                 TVR_LOG("Creating classes for port %d.", index++);
-                if (!system) {
-                    system.emplace(computerSystem());
-                }
-                add_targets(*this, *system, *port);
+                add_targets(*this, system, *port);
             }
             return true;
         });

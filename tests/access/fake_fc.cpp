@@ -102,6 +102,14 @@ uint32_t fill(uint32_t status, const std::vector<RM_DRIVERPARAM>& params, RM_DRI
     return RM_STATUS_OK;
 }
 
+// The status that the test has set comes before the unit's own.
+uint32_t send(uint32_t status, const fake::ScsiCommand& command, void* response, void* sense) {
+    if (status != 0 || !libraries.scsi) {
+        return status;
+    }
+    return libraries.scsi(command, static_cast<uint8_t*>(response), static_cast<uint8_t*>(sense));
+}
+
 uint32_t putNumber(uint32_t status, uint32_t* out) {
     *out = libraries.number.value_or(*out);
     return status;
@@ -163,6 +171,29 @@ HBA_STATUS HBA_GetAdapterPortAttributes(HBA_HANDLE handle, HBA_UINT32 index,
     const std::vector<fake::Port>& ports = libraries.adapters.at(handle - 1).ports;
     return index < ports.size() ? copy(status, ports[index].record, attributes)
                                 : HBA_STATUS_ERROR_ILLEGAL_INDEX;
+}
+
+HBA_STATUS HBA_GetFcpTargetMapping(HBA_HANDLE handle, HBA_FCPTARGETMAPPING* mapping) {
+    const uint32_t status = request(__func__, mapping->NumberOfEntries);
+    const std::vector<HBA_FCPSCSIENTRY>& rows = libraries.adapters.at(handle - 1).targets;
+    const bool fits = rows.size() <= mapping->NumberOfEntries;
+    if (status == HBA_STATUS_OK && fits) {
+        HBA_FCPSCSIENTRY* const room = mapping->entry;
+        std::copy(rows.begin(), rows.end(), room);
+    }
+    mapping->NumberOfEntries = libraries.toldTargets.value_or(static_cast<uint32_t>(rows.size()));
+    return status != HBA_STATUS_OK ? status : fits ? HBA_STATUS_OK : HBA_STATUS_ERROR_MORE_DATA;
+}
+
+HBA_STATUS HBA_SendScsiInquiry(HBA_HANDLE, HBA_WWN, HBA_UINT64 lun, HBA_UINT8 evpd, HBA_UINT32 page,
+                               void* response, HBA_UINT32 size, void* sense, HBA_UINT32 senseSize) {
+    const uint32_t status = request(__func__, static_cast<int>(evpd), page, size, senseSize);
+    return send(status, {0x12, page, lun}, response, sense);
+}
+
+HBA_STATUS HBA_SendReadCapacity(HBA_HANDLE, HBA_WWN, HBA_UINT64 lun, void* response,
+                                HBA_UINT32 size, void* sense, HBA_UINT32 senseSize) {
+    return send(request(__func__, size, senseSize), {0x25, 0, lun}, response, sense);
 }
 
 int32_t LRM_InitLib() {

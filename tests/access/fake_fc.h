@@ -38,6 +38,14 @@ struct Adapter {
     std::vector<Port> ports;
     Attributes attributes; // of the adapter, under the name of port 0
     uint32_t driverType = 0;
+    std::vector<HBA_FCPSCSIENTRY> targets;
+};
+
+// A command on its way to a logical unit: the operation code, and of an Inquiry its page.
+struct ScsiCommand {
+    uint8_t code;
+    uint32_t page;
+    uint64_t lun;
 };
 
 struct Libraries {
@@ -49,11 +57,14 @@ struct Libraries {
     std::optional<uint32_t> toldNeed;         // in place of the room that the parameters need
     std::optional<uint32_t> toldParams;       // in place of their number
     std::optional<uint32_t> toldImages;       // in place of the load list's count
+    std::optional<uint32_t> toldTargets;      // in place of the mapping's count
+    // What a logical unit writes to response and sense data, and its status, else nothing and 0.
+    std::function<uint32_t(const ScsiCommand&, uint8_t*, uint8_t*)> scsi;
     // From the cursor and the next one, where a walk through the VPD leads.
     std::function<char*(char*, char*)> vpdStep;
 
-    // Requests that change an adapter, each the entry point with its arguments; and what the other
-    // calls write, where it is set.
+    // Requests that change an adapter or reach for a target, each the entry point with its
+    // arguments; and what the other calls write, where it is set.
     std::vector<std::string> requests;
     std::string dumpDirectory;
     std::optional<uint32_t> number; // a count or state
