@@ -17,14 +17,14 @@ constexpr uint64 limit = 5'000'000;
 
 RM_DRIVERPARAM param(const std::string& name, uint32 number) {
     RM_DRIVERPARAM param{};
-    std::strncpy(param.name, name.c_str(), sizeof param.name);
+    name.copy(param.name, sizeof param.name); // without terminator if it fills the field
     param.low = number;
     param.high = number + 1;
     param.defaultValue = number + 2;
     param.current = number + 3;
     param.exportFlag = 1;
     param.dynamic = 5;
-    std::strncpy(param.help, ("About " + name).c_str(), sizeof param.help);
+    ("About " + name).copy(param.help, sizeof param.help);
     return param;
 }
 
