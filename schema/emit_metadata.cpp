@@ -178,9 +178,13 @@ void emit_method_record(std::ostream& out, const Feature& method) {
 }
 
 std::string record_address(const Feature& feature) {
+    std::string address = "&";
     return feature.kind == Feature_Kind::method
-               ? "&" + method_structure(feature) + "::static_meta_method"
-               : "&records::" + feature.origin + "::" + feature.name;
+               ? address.append(method_structure(feature)).append("::static_meta_method")
+               : address.append("records::")
+                     .append(feature.origin)
+                     .append("::")
+                     .append(feature.name);
 }
 
 void emit_class(std::ostream& out, const Class& declared) {
