@@ -191,11 +191,11 @@ public:
     Answer invoke_method(const Cim_Path& path, const std::string& method, const Arguments& in = {},
                          const Call& call = {});
 
-    // Associations. Asked, in order of declaration, is every served association class that is of the
-    // filter's class or below it, and whose declaration has a reference for the path and another
-    // one for the result: of the role asked for, and to the class of the path, or of the result, a
-    // parent or a subclass of it. What a provider then hands out is not filtered again. The
-    // answer's code is that of the first that failed; the others are asked all the same.
+    // Associations. Asked, in order of declaration, is every served association class that is of
+    // the filter's class or below it, and whose declaration has a reference for the path and
+    // another one for the result: of the role asked for, and to the class of the path, or of the
+    // result, a parent or a subclass of it. What a provider then hands out is not filtered again.
+    // The answer's code is that of the first that failed; the others are asked all the same.
     Answer associators(const Cim_Path& path, const Association_Filter& filter = {},
                        const Properties& properties = {}, const Call& call = {});
     Answer associator_names(const Cim_Path& path, const Association_Filter& filter = {},
