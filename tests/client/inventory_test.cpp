@@ -2,6 +2,7 @@
 // scenario says. A table names every property that isn't NULL, one a line.
 #include "tests/client/client.h"
 
+#include <dlfcn.h>
 #include <sstream>
 
 namespace client {
@@ -509,6 +510,36 @@ TEST_F(Client, InventoryHasTheValuesOfItsTables) {
         EXPECT_EQ(literals(answer.instances[table.position]), parse(table.properties))
             << table.class_name;
     }
+}
+
+// What can be fetched depends on a library of the host's.
+TEST_F(Client, InstallationCapabilitiesTellWhatTheHostCanFetch) {
+    std::map<std::string, std::string> capabilities =
+        literals(only("TVRHBA_SoftwareInstallationServiceCapabilities"));
+    const auto has = [](const char* library) {
+        void* handle = dlopen(library, RTLD_NOW);
+        return handle != nullptr && dlclose(handle) == 0;
+    };
+    const bool fetches = has("/lib/libcurl.so.4") || has("/usr/lib/libcurl.so.4") ||
+                         has("libcurl.so") || has("curl.dll");
+    EXPECT_EQ(capabilities["SupportedURISchemes"], fetches ? "{3, 4, 5, 6, 8}" : "{3}");
+    capabilities.erase("SupportedURISchemes");
+    EXPECT_EQ(capabilities, parse({R"(
+InstanceID="TVR:HBASoftwareInstallationServiceCapabilities"
+Description="Tavrin Software Installation Service Capabilities"
+ElementName="Tavrin Software Installation Service Capabilities"
+SupportedTargetTypes={"FC HBA"}
+SupportedAsynchronousActions={2}
+SupportedSynchronousActions={4, 5}
+SupportedExtendedResourceTypes={2}
+CanAddToCollection=FALSE
+SupportedInstallOptions={2, 3, 4, 5, 6, 7, 11}
+OtherSupportedExtendedResourceTypeDescriptions={"Tavrin FC firmware files"}
+SupportedExtendedResourceTypesMajorVersions={0}
+SupportedExtendedResourceTypesMinorVersions={0}
+SupportedExtendedResourceTypesRevisionNumbers={0}
+SupportedExtendedResourceTypesBuildNumbers={0}
+)"}));
 }
 
 } // namespace
