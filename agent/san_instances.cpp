@@ -3,10 +3,9 @@
 #include "agent/creation.h"
 #include "agent/fc_adapters.h"
 #include "agent/san_tables.h"
+#include "common/formatted.h"
 #include "common/tvr_common.h"
 
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -34,15 +33,6 @@ struct Unit {
     std::string device_key;
     Device_Kind kind;
 };
-
-__attribute__((format(printf, 1, 2))) std::string formatted(const char* format, ...) {
-    char text[256];
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
-    return text;
-}
 
 // The bytes of a LUN in the order in which they are stored.
 std::string lun_text(uint64 lun) {

@@ -34,15 +34,15 @@ constexpr Device_Kind unknown_kind{storage_extent, "Unknown device "};
 
 // By the type of the identifier.
 constexpr Name_Format name_formats[] = {
-    {6, nullptr, 1, "Vendor specific"},
-    {5, nullptr, 4, nullptr},
-    {10, nullptr, 3, nullptr},
-    {9, nullptr, 2, nullptr},
-    {1, "Relative target port identifier", 1, "Relative target port idientifier"},
-    {1, "Target port group", 1, "Target port group"},
-    {1, "Logical port group", 1, "Logical unit group"},
-    {1, "MD5 logical unit identifier", 1, "MD5 logical unit identifier"},
-    {1, "SCSI name std::string", 1, "SCSI name std::string"},
+    {6, 1, nullptr, "Vendor specific"},
+    {5, 4, nullptr, nullptr},
+    {10, 3, nullptr, nullptr},
+    {9, 2, nullptr, nullptr},
+    {1, 1, "Relative target port identifier", "Relative target port idientifier"},
+    {1, 1, "Target port group", "Target port group"},
+    {1, 1, "Logical port group", "Logical unit group"},
+    {1, 1, "MD5 logical unit identifier", "MD5 logical unit identifier"},
+    {1, 1, "SCSI name std::string", "SCSI name std::string"},
 };
 constexpr uint32 naa_identifier = 3;
 

@@ -21,8 +21,8 @@ Device_Kind device_kind(uint32 peripheral_type) noexcept;
 // How the name of a volume is to be read. A format of 0 is none.
 struct Name_Format {
     uint16 format;
-    const char* other_format; // null where the format says it all
     uint16 name_space;
+    const char* other_format; // null where the format says it all
     const char* other_name_space;
 };
 // Of the type of an identifier, 0 to 15.

@@ -3,25 +3,15 @@
 #include "access/inventory.h"
 #include "agent/creation.h"
 #include "agent/port_inventory.h"
+#include "common/formatted.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 
 namespace cimple {
 
 namespace {
 
 constexpr uint16 removal_condition_not_applicable = 2;
-
-__attribute__((format(printf, 1, 2))) std::string formatted(const char* format, ...) {
-    char text[64];
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
-    return text;
-}
 
 bool is_space(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');

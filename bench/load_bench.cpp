@@ -8,7 +8,7 @@ namespace {
 
 void load_to_first_answer(benchmark::State& state) {
     tvrbench::set_host(4);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::unique_ptr<tvrhost::Object_Manager> manager = tvrbench::module_manager();
         const tvrhost::Answer answer = manager->enumerate_instances("root/tavrin", "TVRHBA_FCPort");
         state.PauseTiming();

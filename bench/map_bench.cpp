@@ -37,7 +37,7 @@ void report(benchmark::State& state) {
 
 void map_insert(benchmark::State& state) {
     const long size = state.range(0);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         state.PauseTiming();
         std::vector<TVRHBA_FCPort*> ports;
         for (long i = 0; i < members; ++i) {
@@ -67,7 +67,7 @@ void map_copy(benchmark::State& state) {
     for (long i = 0; i < members; ++i) {
         sources[static_cast<std::size_t>(i / size)].insert(port(i));
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::vector<cimple::Class_Map<TVRHBA_FCPort>> copies(sources.size());
         for (std::size_t i = 0; i < sources.size(); ++i) {
             std::size_t position = 0;

@@ -52,7 +52,7 @@ void enumerate_ports(benchmark::State& state) {
     std::vector<double> ratios;
     std::vector<double> floors;
     bool ours_first = true;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         double our_time = 0;
         double floor_time = 0;
         if (ours_first) {

@@ -39,7 +39,7 @@ void refresh(benchmark::State& state) {
     const Cost bare = refresh_once();
     tvrbench::set_host(ports, state.range(1));
     Cost sum;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Cost cost = refresh_once();
         state.SetIterationTime(cost.seconds);
         sum.seconds += cost.seconds;
@@ -63,7 +63,7 @@ void enumerate_volumes(benchmark::State& state) {
     const auto volumes = static_cast<std::size_t>(state.range(0));
     tvrhost::Object_Manager& manager = tvrbench::kept_manager(ports, state.range(0) / ports);
     std::chrono::duration<double, std::micro> sum{};
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Clock::time_point begin = Clock::now();
         const tvrhost::Answer answer = manager.enumerate_instances(name_space, volume_class);
         const Clock::duration time = Clock::now() - begin;

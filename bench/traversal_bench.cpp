@@ -31,7 +31,7 @@ std::vector<Cim_Path> names(Object_Manager& manager, const std::string& class_na
 void compare(benchmark::State& state, const std::function<std::size_t()>& find,
              std::size_t expected, const std::function<std::size_t()>& hand_out_all,
              std::size_t all) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         if (find() != expected) {
             state.SkipWithError("another number of results");
             return;

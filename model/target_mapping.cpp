@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 namespace cimple {
 
@@ -35,10 +34,13 @@ bool TargetMapping::allocate(uint32 rows) noexcept {
 }
 
 uint32 TargetMapping::size() const noexcept {
-    static constexpr HBA_FCPSCSIENTRY unwritten{};
+    const auto is_written = [this](uint32 row) {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(&m_mapping->entry[row]);
+        return std::any_of(bytes, bytes + sizeof(HBA_FCPSCSIENTRY),
+                           [](unsigned char byte) { return byte != 0; });
+    };
     uint32 rows = m_mapping ? std::min(m_mapping->NumberOfEntries, m_capacity) : 0;
-    while (rows > 0 &&
-           std::memcmp(&m_mapping->entry[rows - 1], &unwritten, sizeof unwritten) == 0) {
+    while (rows > 0 && !is_written(rows - 1)) {
         --rows;
     }
     return rows;
