@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 
 namespace tvrcim {
 
@@ -63,20 +62,6 @@ std::string joined(std::initializer_list<std::string> parts) {
 
 std::string labelled(const char* label, const std::string& text) {
     return text.empty() ? "" : std::string(label) + " " + text;
-}
-
-// "100.0 GiB" and the like.
-std::string size_text(std::uint64_t bytes) {
-    static constexpr const char* units[] = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
-    double size = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    while (size >= 1024 && unit + 1 < std::size(units)) {
-        size /= 1024;
-        ++unit;
-    }
-    char text[32];
-    std::snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", size, units[unit]);
-    return text;
 }
 
 std::string fc_id_text(std::uint64_t id) {
