@@ -305,7 +305,9 @@ RM_STATUS LRM_DiagGetLoadListParams(HBA_WWN name, RM_LOADLIST* list) {
 }
 
 RM_STATUS LRM_GetDriverParams(HBA_WWN name, RM_DRIVERPARAM* params, uint32_t* count) {
-    return fill(enter(__func__), portOf(name).second->params, params, count);
+    fake::Port* port = portOf(name).second;
+    const RM_STATUS status = enter(__func__);
+    return port == nullptr ? RM_STATUS_ILLEGAL_WWN : fill(status, port->params, params, count);
 }
 
 RM_STATUS LRM_GetDriverParamsGlobal(HBA_WWN, RM_DRIVERPARAM* params, uint32_t* count) {

@@ -120,7 +120,8 @@ protected:
         Texts texts;
         for (const fake::Datum& datum : broker.of(result).data) {
             const auto* instance = datum.as<fake::Inst>();
-            texts.push_back(text(instance != nullptr ? instance->path : *datum.as<fake::Path>()));
+            const fake::Path* path = instance != nullptr ? &instance->path : datum.as<fake::Path>();
+            texts.push_back(path != nullptr ? text(*path) : "neither instance nor path");
         }
         broker.of(result).data.clear();
         return texts;

@@ -27,7 +27,7 @@ public:
 
     // Writes the file, with its directories.
     std::string write(const std::string& name, const std::string& text) const {
-        const std::string path = file(name);
+        std::string path = file(name);
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
         std::ofstream(path, std::ios::binary) << text;
         return path;

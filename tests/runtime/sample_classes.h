@@ -77,11 +77,13 @@ struct Odd : Device {
 };
 
 struct Values : Element {
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is a type
 #define X(code, type, value, other)                                                                \
     Property<type> scalar_##code;                                                                  \
     Property<Array<type>> array_##code;
     SAMPLE_TYPES(X)
 #undef X
+    // NOLINTEND(bugprone-macro-parentheses)
 
     static const Meta_Class static_meta_class;
 };
