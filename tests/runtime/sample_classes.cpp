@@ -48,10 +48,12 @@ SAMPLE_TYPES(X)
 #undef X
 
 using Features = const Meta_Feature* const[];
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is a name whose address is taken
 #define DEVICE_FEATURES(number)                                                                    \
     &Element_Caption, &Device_SystemName, &number, &Device_EnabledState, &Device_Label,            \
         &Device_Window, &Device_Speeds, &Device_Names, &Device_Delays, &Device_Peer,               \
         &Device_Members, &Device_Anything, &Reset::static_meta_class
+// NOLINTEND(bugprone-macro-parentheses)
 
 constexpr Features Element_features = {&Element_Caption};
 constexpr Features Reset_features = {&Reset_Force, &Reset_Target, &Reset_Lines,
