@@ -21,6 +21,18 @@ EnabledDefault=2
 TransitioningToState=12
 )";
 
+// Of all services.
+constexpr const char* service = R"(
+StartMode="Automatic"
+Started=TRUE
+EnabledState=2
+EnabledDefault=2
+TransitioningToState=12
+TimeOfLastStateChange="19700101000000.000000+000"
+OperationalStatus={2}
+HealthState=5
+)";
+
 struct Table {
     const char* class_name;
     std::size_t position; // in the enumeration
@@ -311,76 +323,44 @@ Previous=1
 IsWakeupParameter=TRUE
 IsLargeBuildNumber=FALSE
 )"}},
-    {"TVRHBA_FCHBAWWNService", 0, {on_system, R"(
+    {"TVRHBA_FCHBAWWNService", 0, {on_system, service, R"(
 CreationClassName="TVRHBA_FCHBAWWNService"
 Name="TVRHBA_FCHBAWWNService"
 Description="Tavrin FC HBA WWN Management Service"
 ElementName="Tavrin FC HBA WWN Management Service"
-StartMode="Automatic"
-Started=TRUE
-EnabledState=2
 RequestedState=2
-EnabledDefault=2
-TransitioningToState=12
-TimeOfLastStateChange="19700101000000.000000+000"
-OperationalStatus={2}
-HealthState=5
 Status="Ok"
 StatusDescriptions={"ok"}
 )"}},
-    {"TVRHBA_FCHBADriverParamService", 0, {on_system, R"(
+    {"TVRHBA_FCHBADriverParamService", 0, {on_system, service, R"(
 CreationClassName="TVRHBA_FCHBADriverParamService"
 Name="TVRHBA_FCHBADriverParamService"
 Description="Tavrin FC HBA Set Driver Parameters Service"
 ElementName="Tavrin FC HBA Set Driver Parameters Service"
-StartMode="Automatic"
-Started=TRUE
-EnabledState=2
 RequestedState=12
-EnabledDefault=2
-TransitioningToState=12
-TimeOfLastStateChange="19700101000000.000000+000"
-OperationalStatus={2}
-HealthState=5
 Status="OK"
 StatusDescriptions={"OK"}
 )"}},
-    {"TVRHBA_BootBIOSService", 0, {on_system, R"(
+    {"TVRHBA_BootBIOSService", 0, {on_system, service, R"(
 CreationClassName="TVRHBA_BootBIOSService"
 Name="TVRHBA_BootBIOSService"
 Description="Tavrin FC HBA Boot BIOS Service"
 ElementName="Tavrin FC HBA Boot BIOS Service"
-StartMode="Automatic"
-Started=TRUE
-EnabledState=2
 RequestedState=2
-EnabledDefault=2
-TransitioningToState=12
-TimeOfLastStateChange="19700101000000.000000+000"
-OperationalStatus={2}
-HealthState=5
 Status="Ok"
 StatusDescriptions={"ok"}
 )"}},
-    {"TVRHBA_SoftwareInstallationService", 0, {on_system, R"(
+    {"TVRHBA_SoftwareInstallationService", 0, {on_system, service, R"(
 CreationClassName="TVRHBA_SoftwareInstallationService"
 Name="TVRHBA_FCSoftwareInstallationService"
 Description="Tavrin FC HBA Software Installation Service"
 ElementName="Tavrin FC HBA Software Installation Service"
-StartMode="Automatic"
-Started=TRUE
-EnabledState=2
 RequestedState=2
-EnabledDefault=2
-TransitioningToState=12
 InstallDate="19700101000000.000000+000"
-TimeOfLastStateChange="19700101000000.000000+000"
-OperationalStatus={2}
-HealthState=5
 Status="ok"
 StatusDescriptions={"ok"}
 )"}},
-    // "firmware" depth of 64 where 32 is usual.
+    // A depth of 64 where 32 is usual.
     {"TVRHBA_DriverParams", 9, {R"(
 InstanceID="10000254564A1020:unit-depth"
 paramno=9
