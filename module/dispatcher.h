@@ -196,7 +196,7 @@ int dispatch(const Registration*, int operation, void* arg0, void* arg1, void* a
         *static_cast<void**>(arg0) = std::make_unique<P>().release();
         return 0;
     case OPERATION_DESTROY_PROVIDER:
-        delete provider;
+        delete provider; // NOLINT(clang-analyzer-cplusplus.NewDelete): made by operation 1
         return 0;
     case OPERATION_LOAD:
         return provider->load();

@@ -42,8 +42,9 @@ TEST(Cmpi_Edition, FilterCallsWithTheOlderArgumentsAreAnswered) {
                            manager.must_poll("root/test", "Widget").rc,
                            manager.activate_filter("root/test", "Widget").rc,
                            manager.deactivate_filter("root/test", "Widget").rc};
-    for (const int rc : answers)
+    for (const int rc : answers) {
         EXPECT_TRUE(rc == CMPI_RC_OK || rc == CMPI_RC_ERR_NOT_SUPPORTED) << rc;
+    }
     manager.shutdown();
     EXPECT_TRUE(manager.faults().empty());
 }

@@ -40,7 +40,7 @@ template <class C> struct Noting {
     int modify_instance(const C* model, const C* instance) {
         return noted(model != nullptr ? "modify" : "none", instance, 36);
     }
-    int noted(std::string what, const C* given, int answer) {
+    int noted(const std::string& what, const C* given, int answer) {
         notes.push_back(what + (given != nullptr ? "" : " foreign"));
         return answer;
     }

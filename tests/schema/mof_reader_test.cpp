@@ -31,6 +31,7 @@ std::string error_in(std::string_view text) {
 
 std::vector<std::string> names(const std::vector<const Feature*>& features) {
     std::vector<std::string> result;
+    result.reserve(features.size());
     for (const Feature* feature : features) {
         result.push_back(feature->name);
     }

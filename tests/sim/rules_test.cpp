@@ -66,6 +66,7 @@ TEST(CallRules, LatencyHoldsNoLock) {
     const auto start = std::chrono::steady_clock::now();
     {
         std::vector<std::jthread> callers;
+        callers.reserve(threads);
         for (int i = 0; i < threads; ++i) {
             callers.emplace_back([&rules] { rules.enter(statistics, {}); });
         }

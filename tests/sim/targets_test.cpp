@@ -6,7 +6,6 @@
 #include <thread>
 #include <vector>
 
-using testing::StartsWith;
 
 namespace {
 
