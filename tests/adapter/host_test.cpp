@@ -77,21 +77,27 @@ TEST_P(Host_Test, InstancesAndArgumentsGoOutAndComeIn) {
     const Answer one = manager.get_instance(path, tvrhost::Properties{{"Text"}});
     EXPECT_EQ(one.instance()["Index"], Cim_Value(std::uint32_t{7}));
 
+    script.created = [](Instance& made) { static_cast<Widget&>(made).Index.set(99u); };
     const Answer created = manager.create_instance(path, full);
     ASSERT_EQ(created.paths.size(), 1u);
     EXPECT_EQ(created.paths[0].keys["Name"], Cim_Value("full"));
+    EXPECT_EQ(created.paths[0].keys["Index"], Cim_Value(std::uint32_t{99}));
     EXPECT_EQ(manager.modify_instance(path, full, tvrhost::Properties{{"Text"}}).rc, 0);
     EXPECT_EQ(static_cast<Widget*>(script.instance.get())->Inner->Slot.value, 2u);
     EXPECT_EQ(manager.delete_instance(path).rc, 0);
 
     script.turn = [](Widget_Turn& turn) {
         EXPECT_EQ(turn.Angle.value, 90);
+        EXPECT_TRUE(turn.Turned.is_null() && turn.Fast.is_null());
         turn.Mode.set("done");
         turn.Detail = part("d", 4).release();
         turn.return_value.set(7u);
     };
-    const Answer answer = manager.invoke_method(
-        path, "turn", {{"Angle", "90"}, {"Target", Cim_Path("", "Part", {{"Id", "p"}})}});
+    const Answer answer = manager.invoke_method(path, "turn",
+                                                {{"aNGLE", "90"},
+                                                 {"Target", Cim_Path("", "Part", {{"Id", "p"}})},
+                                                 {"Turned", std::uint32_t{7}}, // an output only
+                                                 {"Unknown", std::uint32_t{7}}});
     EXPECT_EQ(answer.return_value(), Cim_Value(std::uint32_t{7}));
     EXPECT_EQ(answer.out["Mode"], Cim_Value("done"));
     EXPECT_EQ(answer.out["Detail"].as_instance()["Slot"], Cim_Value(std::uint32_t{4}));

@@ -120,21 +120,6 @@ TEST_F(Instance_Entries_Test, UnknownClassesAndMissingInstancesFailWithoutThePro
     EXPECT_EQ(class_of(script.model.get()), &Special_Part::static_meta_class);
 }
 
-TEST_F(Instance_Entries_Test, EnumeratesNamesInTheRequestsNamespace) {
-    script.add(widget("a", 1));
-    script.add(widget("b", 2));
-    script.instances[1]->__name_space = "root/elsewhere";
-    EXPECT_EQ(enum_names(class_path()), CMPI_RC_OK);
-    EXPECT_EQ(answer().data.size(), 2u);
-    const fake::Path& path = *answer().data[1].as<fake::Path>();
-    EXPECT_EQ(path.name_space, "root/test");
-    EXPECT_EQ(path.class_name, "Widget");
-    ASSERT_EQ(path.keys.size(), 2u);
-    EXPECT_EQ(path.keys.find("Name")->text(), "b");
-    EXPECT_EQ(path.keys.find("Index")->scalar.uint32, 2u);
-    EXPECT_TRUE(model().__name_space.equal("root/test"));
-}
-
 TEST_F(Instance_Entries_Test, EnumerationKeepsNoTemporaries) {
     const auto left_by = [&](int count) {
         script.instances.clear();
@@ -195,21 +180,6 @@ TEST_F(Instance_Entries_Test, GetFallsBackToEnumeration) {
     EXPECT_EQ(get(widget_path("b", 2)), CMPI_RC_ERR_NOT_FOUND);
     script.status[OPERATION_ENUM_INSTANCES] = ENUM_INSTANCES_FAILED;
     EXPECT_EQ(get(widget_path("b")), CMPI_RC_ERR_NOT_FOUND);
-}
-
-TEST_F(Instance_Entries_Test, CreateAnswersThePathOfWhatTheProviderMade) {
-    script.created = [](Instance& made) { static_cast<Widget&>(made).Index.set(99u); };
-    fake::Inst sent{fake_path("sent"), {}};
-    sent.properties.set("Name", fake::string("new"));
-    sent.properties.set("Text", fake::string("t"));
-    EXPECT_EQ(create(class_path(), broker.instance(sent)), CMPI_RC_OK);
-    EXPECT_TRUE(instance().Text.value.equal("t"));
-    EXPECT_EQ(instance().Index.null, 1);
-    ASSERT_EQ(answer().data.size(), 1u);
-    const fake::Path& path = *answer().data[0].as<fake::Path>();
-    EXPECT_EQ(path.name_space, "root/test");
-    EXPECT_EQ(path.keys.find("Name")->text(), "new");
-    EXPECT_EQ(path.keys.find("Index")->scalar.uint32, 99u);
 }
 
 TEST_F(Instance_Entries_Test, ModifyTellsWhichPropertiesChange) {

@@ -26,42 +26,6 @@ protected:
     CMPIArgs* out = broker.args({});
 };
 
-TEST_F(Method_Entries_Test, InputsArriveAndOutputsReturn) {
-    script.turn = [](Widget_Turn& turn) {
-        EXPECT_TRUE(turn.Mode.value.equal("slow"));
-        turn.Mode.set("done");
-        turn.Turned.set(90u);
-        turn.Detail = part("detail", 5).release();
-        turn.Detail->__name_space = "root/test";
-        turn.return_value.set(32969u);
-    };
-    fake::Args args;
-    args.arguments.set("Angle", fake::uint16(90));
-    args.arguments.set("mode", fake::string("slow"));
-    args.arguments.set("Turned", fake::uint32(7)); // an output only
-    args.arguments.set("Unknown", fake::uint32(7));
-    EXPECT_EQ(invoke("tURN", broker.args(args)), CMPI_RC_OK);
-
-    const auto& turn = *static_cast<Widget_Turn*>(script.instance.get());
-    EXPECT_EQ(turn.Angle.value, 90);
-    EXPECT_EQ(turn.Turned.null, 1);
-    EXPECT_EQ(turn.Fast.null, 1);
-    EXPECT_EQ(turn.return_value.null, 1);
-    EXPECT_TRUE(turn.__name_space.equal("root/test"));
-    EXPECT_TRUE(static_cast<Widget*>(script.model.get())->Name.value.equal("a"));
-
-    ASSERT_EQ(outputs().size(), 3u);
-    EXPECT_EQ(outputs().find("Mode")->text(), "done");
-    EXPECT_EQ(outputs().find("Turned")->scalar.uint32, 90u);
-    EXPECT_EQ(outputs().find("Detail")->type, CMPI_instance);
-    const fake::Inst& detail = *outputs().find("Detail")->as<fake::Inst>();
-    EXPECT_EQ(detail.properties.find("Slot")->scalar.uint32, 5u);
-    ASSERT_EQ(answer().data.size(), 1u);
-    EXPECT_EQ(answer().data[0].type, CMPI_uint32);
-    EXPECT_EQ(answer().data[0].scalar.uint32, 32969u);
-    EXPECT_EQ(answer().done, 1);
-}
-
 TEST_F(Method_Entries_Test, WhatIsMissingIsNull) {
     EXPECT_EQ(invoke("Turn", broker.args({}), class_path()), CMPI_RC_OK);
     EXPECT_EQ(static_cast<Widget*>(script.model.get())->Name.null, 1);
