@@ -70,8 +70,7 @@ TEST_F(Up_Call_Test, InstancesComeInTheModelsClass) {
     ASSERT_EQ(cimom::enum_instances("root/up", part("b").get(), enumerator), 0);
     EXPECT_EQ(broker.asked[1].keys.find("Id")->text(), "b") << "keys of the model go along";
     enumerator.next();
-    ASSERT_EQ(start(enumerator), 0);
-    EXPECT_EQ(rest(enumerator).size(), 4u) << "a new start ends the old";
+    ASSERT_EQ(start(enumerator), 0) << "a new start ends the old";
     EXPECT_EQ(cimom::enum_instances("root/up", nullptr, enumerator), -1);
     EXPECT_EQ(cimom::enum_instances(nullptr, model.get(), enumerator), -1);
     EXPECT_FALSE(enumerator.more());
@@ -97,32 +96,18 @@ TEST_F(Up_Call_Test, FailuresLookLikeTheEnd) {
     }
 }
 
-TEST_F(Up_Call_Test, TheTopContextDecides) {
-    fake::Broker inner_broker;
-    const CMPI_Context_Scope outer(broker.get(), context);
-    Thread_Context* outer_context = Thread_Context::top();
-    const CMPI_Context_Scope inner(inner_broker.get(), inner_broker.context());
-    Instance_Enumerator_State* state =
-        outer_context->instance_enumerator_create("root/up", model.get());
-    ASSERT_NE(state, nullptr);
-    EXPECT_EQ(inner_broker.asked.size(), 1u);
-    EXPECT_TRUE(broker.asked.empty());
-    outer_context->instance_enumerator_destroy(state);
-}
-
 TEST_F(Up_Call_Test, UserNamesComeFromThePrincipal) {
     const Runtime_Log log;
-    const auto name_in = [&](fake::Context content) -> std::string {
-        String name = "nobody";
+    String name;
+    const auto found = [&](fake::Context content) {
         CMPI_Thread_Context of(broker.get(), broker.context(std::move(content)));
-        const bool found = of.get_username(name);
-        EXPECT_EQ(found, !name.equal("nobody"));
-        return name.c_str();
+        return of.get_username(name);
     };
-    EXPECT_EQ(name_in({}), "nobody");
+    EXPECT_FALSE(found({}));
     EXPECT_TRUE(log.has("username not OK cmpirc=6"));
-    EXPECT_EQ(name_in({{{{"CMPIPrincipal", fake::uint32(1)}}}}), "nobody");
-    EXPECT_EQ(name_in({{{{"CMPIPrincipal", fake::string("root")}}}}), "root");
+    EXPECT_FALSE(found({{{{"CMPIPrincipal", fake::uint32(1)}}}}));
+    EXPECT_TRUE(found({{{{"CMPIPrincipal", fake::string("root")}}}}));
+    EXPECT_TRUE(name.equal("root"));
 }
 
 class Thread_Context_Test : public Up_Call_Test {
