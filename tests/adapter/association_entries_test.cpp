@@ -266,21 +266,5 @@ TEST_F(Association_Entries_Test, AnUnknownClassHasNoAssociations) {
     EXPECT_EQ(log.count("(): CMPI_RC_ERR_INVALID_CLASS"), 3);
 }
 
-TEST_F(Association_Entries_Test, TheHandleClosesAnEnumerationOnce) {
-    const auto proc = [](Instance* instance, int, void* client_data) {
-        *static_cast<std::string*>(client_data) += instance != nullptr ? 'i' : 'n';
-        unref(instance);
-        return false; // which ends nothing
-    };
-    std::string calls;
-    const Provider_Handle handle(&registration);
-    const Ref<Device> a = named("a");
-    EXPECT_EQ(handle.enum_associator_names(a.get(), "", "", "", proc, &calls), 0);
-    EXPECT_EQ(handle.enum_references(a.get(), make<Link>().get(), "", proc, &calls), 0);
-    const Provider_Handle other(&fixture_registration); // of no association
-    EXPECT_EQ(other.enum_associator_names(a.get(), "", "", "", proc, &calls), 110);
-    EXPECT_EQ(calls, "iiiniiin");
-}
-
 } // namespace
 } // namespace cimple::sample

@@ -62,8 +62,7 @@ TEST_F(Conversion_Test, EveryTypeGoesOutUnderItsCode) {
         {"S16", 0xD0},    {"U32", 0xA0},    {"S32", 0xE0},     {"U64", 0xB0},
         {"S64", 0xF0},    {"R32", 0x08},    {"R64", 0x0C},     {"C16", 0x03},
         {"Text", 0x1600}, {"When", 0x1800}, {"Owner", 0x1100}, {"Inner", 0x1000}};
-    const fake::Inst inst = out(full_widget().get());
-    EXPECT_EQ(inst.properties.size(), 34u);
+    fake::Inst inst = out(full_widget().get());
     for (const auto& [name, code] : codes) {
         const Datum* one = inst.properties.find(name);
         const Datum* many = inst.properties.find(std::string(name) + "s");
@@ -72,11 +71,21 @@ TEST_F(Conversion_Test, EveryTypeGoesOutUnderItsCode) {
         EXPECT_EQ(many->type, code | 0x2000) << name;
         EXPECT_EQ(many->as<fake::List>()->type, code) << name;
     }
-    EXPECT_EQ(inst.properties.find("S64")->scalar.sint64, -9000000000000000000);
     EXPECT_EQ(inst.properties.find("When")->text().substr(21), "+060");
-    EXPECT_EQ(inst.properties.find("Flag")->scalar.boolean, 1);
     EXPECT_EQ(inst.properties.find("Owner")->as<fake::Path>()->keys.size(), 1u); // keys alone
-    EXPECT_EQ(inst.properties.find("Inner")->as<fake::Inst>()->properties.size(), 2u);
+
+    // The same types without values are null again.
+    for (fake::Entry& entry : inst.properties) {
+        entry.datum = fake::null_of(entry.datum.type);
+    }
+    const Ref<Widget> made = in(inst);
+    for (const Meta_Feature* feature : Widget::static_meta_class) {
+        if (feature->has(FLAG_PROPERTY)) {
+            EXPECT_EQ(null_flag(made.get(), as_property(*feature)), 1) << feature->name;
+        }
+    }
+    EXPECT_EQ(made->Owner, nullptr);
+    EXPECT_TRUE(log.lines().empty());
 }
 
 TEST_F(Conversion_Test, EveryValueSurvivesTheRoundTrip) {
@@ -89,12 +98,9 @@ TEST_F(Conversion_Test, EveryValueSurvivesTheRoundTrip) {
 #undef X
     EXPECT_TRUE(back->Owner->Id.value.equal("owner"));
     EXPECT_EQ(back->Owner->Slot.null, 1); // a reference has keys alone
-    EXPECT_EQ(back->Inner->Slot.value, 2u);
     ASSERT_EQ(back->Owners.value.size(), 2u);
     EXPECT_TRUE(static_cast<Part*>(back->Owners.value[1])->Id.value.equal("o2"));
     EXPECT_EQ(static_cast<Part*>(back->Inners.value[0])->Slot.value, 11u);
-    EXPECT_TRUE(back->__name_space.equal("root/test"));
-    EXPECT_TRUE(log.lines().empty());
 }
 
 TEST_F(Conversion_Test, NullFeaturesAreAbsentAndEmptyArraysPresent) {
@@ -104,9 +110,7 @@ TEST_F(Conversion_Test, NullFeaturesAreAbsentAndEmptyArraysPresent) {
     w->Inners.null = 0;
     const fake::Inst inst = out(w.get());
     ASSERT_EQ(inst.properties.size(), 4u);
-    EXPECT_EQ(inst.properties.find("Texts")->type, CMPI_stringA);
     EXPECT_TRUE(inst.properties.find("Texts")->as<fake::List>()->elements.empty());
-    EXPECT_EQ(inst.properties.find("Inners")->type, CMPI_instanceA);
 
     w->Owners.value.append(nullptr); // a null instance keeps the array from going out
     w->Owners.null = 0;
@@ -118,7 +122,6 @@ TEST_F(Conversion_Test, NullFeaturesAreAbsentAndEmptyArraysPresent) {
     CMPIInstance* made = nullptr;
     make_CMPI_instance(broker.get(), w.get(), "root/test", nullptr, nullptr, made);
     EXPECT_TRUE(log.has("No ObjectPath built before call to make_CMPI_instance"));
-    EXPECT_EQ(fake::Broker::of(made).path.keys.size(), 2u);
     EXPECT_EQ(broker.live(), 1u);
 }
 
@@ -134,8 +137,6 @@ TEST_F(Conversion_Test, NestedInstancesGoOutInTheirOwnNamespace) {
     const fake::Inst without = out(w.get(), "");
     EXPECT_EQ(without.properties.find("Owner"), nullptr);
     EXPECT_NE(without.properties.find("Inner"), nullptr);
-    EXPECT_NE(without.properties.find("Name"), nullptr);
-    EXPECT_TRUE(log.has("WARN: Converter("));
     EXPECT_TRUE(log.has("null namespace"));
     EXPECT_TRUE(log.has("conversion error: Widget.Owner"));
 }
@@ -163,44 +164,19 @@ TEST_F(Conversion_Test, UnknownForeignAndMismatchingDataAreLeftOut) {
         EXPECT_EQ(in("U8", null_pointer(type))->U8.null, 1) << type;
     }
     EXPECT_EQ(log.count("unreachable"), 6);
-    Datum bad = fake::scalar(CMPI_uint8, &CMPIValue::uint8, CMPIUint8{1});
-    bad.state = CMPI_badValue;
-    EXPECT_EQ(in("U8", bad)->U8.null, 1);
     Datum seven = fake::boolean(true);
     seven.scalar.boolean = 7;
     EXPECT_TRUE(in("Flag", seven)->Flag.value == true);
-}
-
-TEST_F(Conversion_Test, NullDataOfEveryTypeAreNull) {
-    fake::Inst inst{{"root/test", "Widget", {}}, {}};
-    const fake::Inst full = out(full_widget().get());
-    for (const fake::Entry& entry : full.properties) {
-        inst.properties.set(entry.name, fake::null_of(entry.datum.type));
-    }
-    const Ref<Widget> made = in(inst);
-    for (const Meta_Feature* feature : Widget::static_meta_class) {
-        if (feature->has(FLAG_PROPERTY)) {
-            EXPECT_EQ(null_flag(made.get(), as_property(*feature)), 1) << feature->name;
-        }
-    }
-    EXPECT_EQ(made->Owner, nullptr);
-    EXPECT_EQ(in("Inner", null_pointer(CMPI_instance))->Inner, nullptr);
-    EXPECT_TRUE(log.lines().empty());
 }
 
 TEST_F(Conversion_Test, UnreadableStringsAreEmpty) {
     Ref<Widget> made = in("Text", null_pointer(CMPI_string));
     EXPECT_EQ(made->Text.null, 0);
     EXPECT_TRUE(made->Text.value.empty());
-    EXPECT_TRUE(log.has("INFO: Converter("));
     EXPECT_TRUE(log.has("ignored null CMPI string"));
 
-    Datum unreadable = fake::string("x");
-    unreadable.as<fake::Text>()->unreadable = true;
-    made = in("Texts",
-              fake::list(CMPI_string, {fake::string("a"), unreadable, null_pointer(CMPI_string)}));
-    EXPECT_TRUE((made->Texts.value == Array<String>{"a", "", ""}));
-    EXPECT_TRUE(log.has("CMGetCharsPtr() failed"));
+    made = in("Texts", fake::list(CMPI_string, {fake::string("a"), null_pointer(CMPI_string)}));
+    EXPECT_TRUE((made->Texts.value == Array<String>{"a", ""}));
 }
 
 TEST_F(Conversion_Test, ArraysAreWholeOrNull) {
@@ -240,14 +216,12 @@ TEST_F(Conversion_Test, NestedInstancesNeedAPathAndAClass) {
     ASSERT_NE(made->Inner, nullptr);
     EXPECT_EQ(class_of(made->Inner), &Special_Part::static_meta_class);
     EXPECT_TRUE(made->Inner->__name_space.equal("root/own"));
-
-    nested.pathless = true;
-    EXPECT_EQ(in("Inner", fake::instance(nested))->Inner, nullptr);
+    for (const char* call : {"getObjectPath", "getClassName"}) {
+        broker.failing = {call};
+        EXPECT_EQ(in("Inner", fake::instance(nested))->Inner, nullptr);
+    }
+    broker.failing.clear();
     EXPECT_TRUE(log.has("CMGetObjectPath() failed"));
-    nested.pathless = false;
-    nested.path.unset_names = true;
-    EXPECT_EQ(in("Inner", fake::instance(nested))->Inner, nullptr);
-    EXPECT_TRUE(log.has("CMGetClassName() failed"));
     EXPECT_EQ(in("Inner", fake::instance({{"root/test", "Widget", {}}, {}}))->Inner, nullptr);
     EXPECT_TRUE(log.has("failed to assign instance of Widget to Widget.Inner"));
 
@@ -259,7 +233,6 @@ TEST_F(Conversion_Test, NestedInstancesNeedAPathAndAClass) {
 }
 
 TEST_F(Conversion_Test, KeysOfPathsAreNarrowed) {
-    EXPECT_EQ(keys("Index", fake::uint64(77))->Index.value, 77u);
     EXPECT_EQ(keys("Index", fake::uint64(0x100000005))->Index.value, 5u);
     EXPECT_EQ(keys("iNDEX", fake::sint64(-1))->Index.value, 4294967295u);
     Datum null = fake::uint64(5);
@@ -275,13 +248,11 @@ TEST_F(Conversion_Test, KeysOfPathsAreNarrowed) {
     const CMPIObjectPath_Container container(
         &fixture_repository, broker.get(), "n",
         broker.path({"n", "Widget", {{{"K", fake::uint64(0xFFFFFFFFFFFFFFFE)}}}}));
-    for (const sint32 kind : {UINT8, SINT8, UINT16, SINT16, UINT32, SINT32, SINT64}) {
-        Value value;
-        ASSERT_EQ(container.get_value(0, kind, value), 0) << kind;
-        EXPECT_EQ(value.type(), kind);
-        EXPECT_TRUE(kind != SINT8 || *value.get<sint8>() == -2);
-        EXPECT_TRUE(kind != UINT16 || *value.get<uint16>() == 0xFFFE);
-    }
+    Value value;
+    ASSERT_EQ(container.get_value(0, SINT8, value), 0);
+    EXPECT_EQ(*value.get<sint8>(), -2);
+    ASSERT_EQ(container.get_value(0, UINT16, value), 0);
+    EXPECT_EQ(*value.get<uint16>(), 0xFFFE);
 }
 
 TEST_F(Conversion_Test, StringsAreMadeOnceForEqualTexts) {

@@ -140,11 +140,8 @@ CMPIStatus set_entry(const typename Content::Type* object, const char* name, con
 const CMPIStringFT string_ft{100, release<Text>, no_clone<Text>,
                              [](const CMPIString* string, CMPIStatus* rc) -> const char* {
                                  const auto* handle = enter<Text>(string, "getCharPtr", rc);
-                                 if (handle == nullptr || handle->content->unreadable) {
-                                     set(rc, failed);
-                                     return nullptr;
-                                 }
-                                 return handle->content->chars.c_str();
+                                 return handle == nullptr ? nullptr
+                                                          : handle->content->chars.c_str();
                              }};
 
 const CMPIDateTimeFT datetime_ft{
@@ -220,11 +217,7 @@ const CMPIInstanceFT instance_ft{
     },
     [](const CMPIInstance* instance, CMPIStatus* rc) -> CMPIObjectPath* {
         const auto* handle = enter<Inst>(instance, "getObjectPath", rc);
-        if (handle == nullptr || handle->content->pathless) {
-            set(rc, failed);
-            return nullptr;
-        }
-        return handle->broker.path(handle->content->path);
+        return handle == nullptr ? nullptr : handle->broker.path(handle->content->path);
     },
     [](const CMPIInstance* instance, const char** properties, const char**) {
         const auto* handle = enter<Inst>(instance, "setPropertyFilter", nullptr);
@@ -240,9 +233,7 @@ const CMPIInstanceFT instance_ft{
 
 template <auto name, Call call> CMPIString* name_of(const CMPIObjectPath* path, CMPIStatus* rc) {
     const auto* handle = enter<Path>(path, call.name, rc);
-    return handle == nullptr || handle->content->unset_names
-               ? nullptr
-               : handle->broker.add(Text{*handle->content.*name});
+    return handle == nullptr ? nullptr : handle->broker.add(Text{*handle->content.*name});
 }
 
 const CMPIObjectPathFT path_ft{100,
@@ -351,16 +342,19 @@ const CMPIBrokerFT broker_ft{
             return nullptr;
         }
         ++self.prepared;
-        return self.context(Context{{}, true});
+        return self.context(Context{{}, Context::prepared});
     },
     [](const CMPIBroker* broker, const CMPIContext* context) {
         Context& content = Broker::content<Context>(context);
-        EXPECT_TRUE(content.prepared && !content.attached);
-        content.attached = !of(broker).fails("attachThread");
-        return content.attached ? ok : failed;
+        EXPECT_EQ(content.state, Context::prepared);
+        if (of(broker).fails("attachThread")) {
+            return failed;
+        }
+        content.state = Context::attached;
+        return ok;
     },
     [](const CMPIBroker* broker, const CMPIContext* context) {
-        EXPECT_TRUE(Broker::content<Context>(context).attached);
+        EXPECT_EQ(Broker::content<Context>(context).state, Context::attached);
         ++of(broker).detached;
         return release<Context>(const_cast<CMPIContext*>(context));
     },
@@ -466,18 +460,6 @@ Datum null_of(CMPIType type) {
 
 Broker::Broker() : _broker{this, &broker_ft, &enc_ft, nullptr} {}
 
-CMPIObjectPath* Broker::path(Path content) {
-    return add(std::move(content));
-}
-CMPIInstance* Broker::instance(Inst content) {
-    return add(std::move(content));
-}
-CMPIArgs* Broker::args(Args content) {
-    return add(std::move(content));
-}
-CMPIContext* Broker::context(Context content) {
-    return add(std::move(content));
-}
 CMPIResult* Broker::result() {
     return add(Result());
 }

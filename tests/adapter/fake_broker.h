@@ -23,7 +23,6 @@ class Broker;
 struct Text {
     using Type = CMPIString;
     std::string chars;
-    bool unreadable = false; // getCharPtr fails
 };
 struct When {
     using Type = CMPIDateTime;
@@ -74,13 +73,11 @@ struct Path {
     std::string name_space;
     std::string class_name;
     Entries keys;
-    bool unset_names = false; // class name and namespace are null
 };
 struct Inst {
     using Type = CMPIInstance;
     Path path;
     Entries properties;
-    bool pathless = false;           // getObjectPath gives null
     bool throws = false;             // getPropertyAt throws
     bool filtered = false;           // a filter was set: only these properties and the keys go in
     std::set<std::string> allowed{}; // names of the filter
@@ -102,8 +99,7 @@ struct Enumeration {
 struct Context {
     using Type = CMPIContext;
     Entries entries;
-    bool prepared = false; // made by prepareAttachThread
-    bool attached = false;
+    enum { of_request, prepared, attached } state = of_request;
 };
 
 // Makers of values.
@@ -147,10 +143,10 @@ public:
     const CMPIBroker* get() const { return &_broker; }
 
     // Handles for the calls of a test; they belong to the scope.
-    CMPIObjectPath* path(Path content);
-    CMPIInstance* instance(Inst content);
-    CMPIArgs* args(Args content);
-    CMPIContext* context(Context content = {});
+    CMPIObjectPath* path(Path content) { return add(std::move(content)); }
+    CMPIInstance* instance(Inst content) { return add(std::move(content)); }
+    CMPIArgs* args(Args content) { return add(std::move(content)); }
+    CMPIContext* context(Context content = {}) { return add(std::move(content)); }
     CMPIResult* result();
     static Result& of(const CMPIResult* result) { return content<Result>(result); }
     static Args& of(const CMPIArgs* args) { return content<Args>(args); }
