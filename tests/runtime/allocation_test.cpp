@@ -181,10 +181,6 @@ TEST(Allocation, failure_leaves_fields_and_values_unchanged) {
         Value copy;
         fail_each_allocation([&] { copy = value; }, [&] { EXPECT_EQ(copy.type(), Value::NONE); });
     }
-    const char* names[] = {"Anything", nullptr};
-    EXPECT_EQ(fail_each_allocation([&] { filter_properties(device.get(), names, true); },
-                                   [&] { EXPECT_EQ(device->Anything, nullptr); }),
-              1);
 }
 
 TEST(Allocation, failure_never_reaches_the_caller_of_the_log_or_of_a_thread) {

@@ -14,10 +14,6 @@ TEST(Array, grows_to_powers_of_two_from_8) {
         array.append(i);
     }
     EXPECT_EQ(array.capacity(), 16u);
-    for (uint32 i = 0; i < 9; ++i) {
-        EXPECT_EQ(array[i], i);
-    }
-
     const uint32 many[24] = {};
     array.append(many, 24);
     EXPECT_EQ(array.capacity(), 64u);
@@ -62,11 +58,7 @@ TEST(Array, equality_is_the_element_types) {
     const real64 nan = std::numeric_limits<real64>::quiet_NaN();
     EXPECT_TRUE((Array<real64>{0.0} == Array<real64>{-0.0}));
     EXPECT_FALSE((Array<real64>{nan} == Array<real64>{nan}));
-    EXPECT_TRUE((Array<Datetime>{Datetime::interval(5)} == Array<Datetime>{Datetime::interval(5)}));
     EXPECT_FALSE((Array<Datetime>{Datetime::interval(5)} == Array<Datetime>{Datetime(5)}));
-    EXPECT_FALSE((Array<uint8>{1, 2} == Array<uint8>{1}));
-    EXPECT_FALSE((Array<String>{"a"} == Array<String>{"A"}));
-
     const Array<uint8> bytes{1};
     const Array<sint8> other{1};
     EXPECT_FALSE(bytes.equal(other)) << "arrays of two types are never equal";

@@ -22,39 +22,27 @@ TEST(Meta, lookups_fold_case_and_subclasses_go_by_address_or_name) {
     EXPECT_EQ(find_meta_class(&repository, "dEVICE"), &device_class);
     EXPECT_EQ(find_feature(&device_class, "NUMBER", METHODS | REFERENCES), nullptr);
     EXPECT_NE(find_feature(&device_class, "NUMBER", PROPERTIES), nullptr);
-    EXPECT_NE(find_feature(&device_class, "peer", PROPERTIES_AND_REFERENCES), nullptr);
-    const Meta_Class* any = &Instance::static_meta_class;
     EXPECT_TRUE(is_subclass(&Element::static_meta_class, &Port::static_meta_class));
     EXPECT_FALSE(is_subclass(&Port::static_meta_class, &device_class));
-    EXPECT_FALSE(is_subclass(&device_class, &Stranger::static_meta_class));
-    EXPECT_TRUE(is_subclass(any, &Stranger::static_meta_class));
-    EXPECT_FALSE(is_subclass(&Stranger::static_meta_class, any));
+    EXPECT_TRUE(is_subclass(&Instance::static_meta_class, &Stranger::static_meta_class));
 
     Meta_Class same_name = Stranger::static_meta_class;
     same_name.name = "DEVICE";
     EXPECT_TRUE(is_subclass(&device_class, &same_name));
-    same_name.name = "instance";
-    EXPECT_TRUE(is_subclass(&same_name, &Port::static_meta_class));
-
     EXPECT_FALSE(is_subclass(&device_class, nullptr));
     EXPECT_FALSE(is_a<Device>(nullptr));
 }
 
 TEST(Instance, with_defaults_holds_them_and_is_null_elsewhere) {
     const Ref<Device> device = make<Device>();
-    EXPECT_EQ(device->__magic, 0xF00DFACEu);
     EXPECT_EQ(device->EnabledState.value, 5u);
-    EXPECT_FALSE(device->EnabledState.is_null() || device->Label.is_null());
     EXPECT_EQ(device->Label.value, "unnamed");
     EXPECT_EQ(device->Window.value.ascii(), "00000001020304.000000:000");
-    EXPECT_FALSE(device->Speeds.is_null());
     EXPECT_TRUE((device->Speeds.value == Array<uint16>{1, 2, 4}));
     EXPECT_TRUE((device->Names.value == Array<String>{"a", "b"}));
     EXPECT_TRUE((device->Delays.value == Array<Datetime>{Datetime::interval(1000000)}));
 
-    EXPECT_TRUE(device->SystemName.is_null());
-    EXPECT_TRUE(device->SystemName.value.empty());
-    EXPECT_TRUE(device->Number.is_null());
+    EXPECT_TRUE(device->SystemName.is_null() && device->Number.is_null());
     EXPECT_EQ(device->Peer, nullptr);
     EXPECT_FALSE(device->Members.is_null()) << "a reference array starts empty, not null";
     EXPECT_TRUE(device->Members.value.empty());
@@ -81,10 +69,7 @@ TEST(Instance, a_clone_shares_texts_and_nothing_else) {
     const Ref<Device> copy(clone_of(device.get()));
     unref(device.get());
     EXPECT_EQ(copy->__refs, 1u);
-    EXPECT_EQ(copy->__name_space, "root/a");
     EXPECT_TRUE(copy->SystemName.value.same_block(device->SystemName.value));
-    EXPECT_TRUE(copy->EnabledState.value == 5 && copy->Caption.is_null());
-
     copy->Peer->SystemName.set("changed");
     copy->Speeds.value.append(8);
     static_cast<Device*>(copy->Members.value[0])->Number.set(30);
@@ -110,20 +95,6 @@ TEST(Instance, a_clone_shares_texts_and_nothing_else) {
 }
 
 TEST(Instance, lives_until_its_last_count) {
-    Instance* instance = create(&device_class, true);
-    ref(instance);
-    unref(instance);
-    EXPECT_EQ(instance->__refs, 1u);
-    {
-        const Ref<Instance> first(instance);
-        Ref<Instance> second(first);
-        Ref<Instance> third(std::move(second));
-        EXPECT_EQ(instance->__refs, 2u);
-        second = third;
-        ref(instance);
-        third.reset(instance);
-    }
-
     // An instance that a field holds outlives its holder as long as somebody counts it.
     Ref<Device> peer = make_device("peer", 1);
     Ref<Device> holder = make_device("holder", 1);
@@ -132,6 +103,13 @@ TEST(Instance, lives_until_its_last_count) {
     destroy(holder.release());
     EXPECT_EQ(peer->__refs, 1u);
     EXPECT_EQ(peer->SystemName.value, "peer");
+
+    Ref<Device> second(peer);
+    Ref<Device> third(std::move(second));
+    second = third;
+    ref(peer.get());
+    third.reset(peer.get());
+    EXPECT_EQ(peer->__refs, 3u);
 }
 
 TEST(Instance, property_list_becomes_null_flags) {
@@ -139,36 +117,27 @@ TEST(Instance, property_list_becomes_null_flags) {
     const char* none[] = {nullptr};
     EXPECT_EQ(filter_properties(device.get(), none, true), 0);
     EXPECT_FALSE(device->SystemName.is_null());
-    EXPECT_FALSE(device->Number.is_null());
-    EXPECT_TRUE(device->EnabledState.is_null());
-    EXPECT_TRUE(device->Speeds.is_null());
+    EXPECT_TRUE(device->EnabledState.is_null() && device->Speeds.is_null());
     EXPECT_FALSE(device->Members.is_null()) << "references keep their flags";
-
     EXPECT_EQ(filter_properties(device.get(), none, false), 0);
     EXPECT_TRUE(device->SystemName.is_null());
 
     device->Members.null = 1;
-    const char* some[] = {"SYSTEMNAME", "unknown", "label", "Speeds", "Peer", "members", nullptr};
+    const char* some[] = {"SYSTEMNAME", "unknown", "label", "Peer", "members", nullptr};
     EXPECT_EQ(filter_properties(device.get(), some, false), 0);
     EXPECT_TRUE(device->SystemName.is_null()) << "a key's flag isn't the list's to change";
-    EXPECT_FALSE(device->Label.is_null());
-    EXPECT_FALSE(device->Speeds.is_null());
+    EXPECT_FALSE(device->Label.is_null() || device->Members.is_null());
     EXPECT_TRUE(device->EnabledState.is_null());
-    EXPECT_FALSE(device->Members.is_null());
     ASSERT_NE(device->Peer, nullptr) << "a wanted reference gets a placeholder";
-    EXPECT_EQ(class_of(device->Peer), &device_class);
     const Device* placeholder = device->Peer;
     EXPECT_EQ(filter_properties(device.get(), some, false), 0);
     EXPECT_EQ(device->Peer, placeholder);
 
     const char* with_method[] = {"Label", "Reset", "EnabledState", nullptr};
     EXPECT_EQ(filter_properties(device.get(), with_method, true), -1);
-    EXPECT_FALSE(device->Label.is_null());
     EXPECT_TRUE(device->EnabledState.is_null()) << "the walk ends at the method";
-
     EXPECT_EQ(filter_properties(device.get(), nullptr, true), 0);
-    EXPECT_FALSE(device->SystemName.is_null());
-    EXPECT_FALSE(device->EnabledState.is_null());
+    EXPECT_FALSE(device->SystemName.is_null() || device->EnabledState.is_null());
 }
 
 TEST(Instance, name_space_reaches_all_that_is_referred_to) {
@@ -208,7 +177,6 @@ TEST(Key_Equality, is_by_keys_alone_and_to_the_letter) {
 
     EXPECT_TRUE(key_eq(make<Values>().get(), a.get())) << "a class without keys equals anything";
     EXPECT_FALSE(key_eq(a.get(), make<Values>().get()));
-    EXPECT_FALSE(key_eq(a.get(), nullptr));
 
     // In a hierarchy the first one's class decides.
     const Ref<Port> port = make_device<Port>("host", 1);
@@ -262,10 +230,8 @@ TEST(Key_Equality, follows_references) {
     EXPECT_TRUE(key_eq(link.get(), make_link(one.get(), two.get()).get()));
     EXPECT_FALSE(key_eq(link.get(), make_link(two.get(), two.get()).get()));
     EXPECT_FALSE(key_eq(link.get(), make_link(one.get(), nullptr).get()));
-    EXPECT_TRUE(key_eq(make_link(one.get(), nullptr).get(), make_link(one.get(), nullptr).get()));
     EXPECT_TRUE(key_eq(link.get(), make_link(port.get(), two.get()).get()));
     EXPECT_FALSE(key_eq(make_link(port.get(), two.get()).get(), link.get()));
-    EXPECT_FALSE(key_eq(link.get(), one.get()));
 
     const Ref<Link> with_others = make_link(one.get(), two.get());
     with_others->Others.value.append(make_device("x", 1).release());
@@ -293,6 +259,7 @@ TEST(Model_Path, quotes_nested_paths) {
     const Ref<Device> two = make_device("i", 2);
     const Ref<Link> link = make_link(one.get(), two.get());
     EXPECT_EQ(model_path(one.get()), "Device.SystemName=\"h\",Number=1");
+    EXPECT_EQ(model_path(make<Values>().get()), "") << "no keys";
     EXPECT_EQ(model_path(link.get()), "") << "Others is an array";
 
     Meta_Class without_array = Link::static_meta_class;
@@ -302,15 +269,7 @@ TEST(Model_Path, quotes_nested_paths) {
                                       "Dependent=\"Device.SystemName=\\\"i\\\",Number=2\"");
     link->Dependent->Number.null = 1;
     EXPECT_EQ(model_path(link.get()), "");
-    unref(std::exchange(link->Dependent, nullptr));
-    EXPECT_EQ(model_path(link.get()), "");
     link->__meta_class = &Link::static_meta_class;
-}
-
-TEST(Model_Path, needs_keys_that_have_values) {
-    EXPECT_EQ(model_path(nullptr), "");
-    EXPECT_EQ(model_path(make<Values>().get()), "");
-    EXPECT_EQ(model_path(make<Device>().get()), "");
 }
 
 } // namespace

@@ -22,22 +22,16 @@ public:
     Ref<Instance> device(bool odd) {
         Ref<Instance> instance;
         switch (below(odd ? 6 : 3)) {
-        case 0: {
-            const Ref<Port> port = make<Port>();
-            keys(*port);
+        case 0:
+            instance = filled<Port>();
             if (below(4) != 0) {
-                port->Slot.set(below(3));
+                static_cast<Port&>(*instance).Slot.set(below(3));
             }
-            return Ref<Instance>(clone(port.get()));
-        }
+            return instance;
         case 3:
             return filled<Odd>();
-        case 4: {
-            const Ref<Stranger> stranger = make<Stranger>();
-            stranger->SystemName.set(name());
-            stranger->Number.set(below(8));
-            return Ref<Instance>(clone(stranger.get()));
-        }
+        case 4:
+            return filled<Stranger>();
         case 5:
             return Ref<Instance>(make<Values>().release());
         default:
@@ -91,17 +85,14 @@ private:
         static const char* const names[] = {"a", "A", "b", "", "a longer name"};
         return names[below(5)];
     }
-    void keys(Device& device) {
-        if (below(6) != 0) {
-            device.SystemName.set(name());
-        }
-        if (below(6) != 0) {
-            device.Number.set(below(8));
-        }
-    }
     template <class C> Ref<Instance> filled() {
         Ref<C> instance = make<C>();
-        keys(*instance);
+        if (below(6) != 0) {
+            instance->SystemName.set(name());
+        }
+        if (below(6) != 0) {
+            instance->Number.set(below(8));
+        }
         return Ref<Instance>(instance.release());
     }
 

@@ -55,7 +55,7 @@ std::size_t compare(const Meta_Class& meta_class, Random_Instances& random, Make
     return hits;
 }
 
-TEST(Selection, ends_are_found_whatever_the_classes_and_keys) {
+TEST(Selection, finds_ends_and_instances_whatever_the_classes_and_keys) {
     for (unsigned seed = 0; seed < 4; ++seed) {
         SCOPED_TRACE(seed);
         Random_Instances random(seed);
@@ -67,15 +67,14 @@ TEST(Selection, ends_are_found_whatever_the_classes_and_keys) {
             EXPECT_GT(compare(Link::static_meta_class, random, links, elements, false), 100u)
                 << "every antecedent equals a source without keys";
             compare(Link::static_meta_class, random, links, links, false);
+            compare(Link::static_meta_class, random, links, links, true);
+            for (const Meta_Class* meta_class :
+                 {&Device::static_meta_class, &Port::static_meta_class,
+                  &Element::static_meta_class}) {
+                EXPECT_GT(compare(*meta_class, random, devices, devices, true), 50u);
+            }
         }
-    }
-}
-
-// An association whose end has a key of each type, reals among them.
-TEST(Selection, ends_and_instances_are_found_by_keys_of_any_type) {
-    for (unsigned seed = 0; seed < 4; ++seed) {
-        SCOPED_TRACE(seed);
-        Random_Instances random(seed);
+        // An association whose end has a key of each type, reals among them.
         const auto keys = [&] { return random.keys(); };
         const auto codes = [&] { return random.codes(); };
         const auto links = [&] {
@@ -88,23 +87,6 @@ TEST(Selection, ends_and_instances_are_found_by_keys_of_any_type) {
         EXPECT_GT(compare(Link::static_meta_class, random, links, codes, false), 100u);
         EXPECT_GT(compare(Keys::static_meta_class, random, keys, keys, true), 100u);
         EXPECT_GT(compare(Codes::static_meta_class, random, codes, codes, true), 50u);
-    }
-}
-
-TEST(Selection, instances_are_found_by_the_keys_of_the_models_class) {
-    for (unsigned seed = 0; seed < 4; ++seed) {
-        SCOPED_TRACE(seed);
-        Random_Instances random(seed);
-        for (const bool odd : {false, true}) {
-            const auto devices = [&] { return random.device(odd); };
-            const auto links = [&] { return random.link(odd); };
-            for (const Meta_Class* meta_class :
-                 {&Device::static_meta_class, &Port::static_meta_class,
-                  &Element::static_meta_class}) {
-                EXPECT_GT(compare(*meta_class, random, devices, devices, true), 50u);
-            }
-            compare(Link::static_meta_class, random, links, links, true);
-        }
     }
 }
 

@@ -84,7 +84,6 @@ TEST(Value, references_get_counts_of_their_own) {
 
     Value read;
     EXPECT_EQ(Value::get(read, device.get(), peer), 0);
-    EXPECT_FALSE(read.null());
     EXPECT_EQ(port->__refs, 4u);
     value.set_null_of(Value::INSTANCE);
     EXPECT_EQ(Value::set(value, device.get(), peer), 0);
@@ -94,13 +93,8 @@ TEST(Value, references_get_counts_of_their_own) {
 
     ref(port.get());
     value.set(Array<Instance*>{port.get(), nullptr});
-    value.set_null(true);
     EXPECT_EQ(Value::set(value, device.get(), members), 0);
-    EXPECT_TRUE(device->Members.is_null());
-    EXPECT_EQ(port->__refs, 3u);
     EXPECT_EQ(Value::get(read, device.get(), members), 0);
-    EXPECT_TRUE(read.null());
-    EXPECT_EQ(port->__refs, 4u);
     EXPECT_EQ(Value::set(read, device.get(), members), 0);
     EXPECT_EQ(port->__refs, 4u) << "the counts of the old elements are dropped";
     read.set_null_of(Value::INSTANCE_ARRAY);
@@ -120,8 +114,6 @@ TEST(Value, refusals_are_logged_and_change_nothing) {
     EXPECT_EQ(Value::set(text, device.get(), feature(Device::static_meta_class, "number")), -1);
     EXPECT_EQ(Value::set(text, device.get(), feature(Device::static_meta_class, "Peer")), -1);
     EXPECT_EQ(Value::set(text, device.get(), &Reset::static_meta_class), -1);
-    EXPECT_EQ(Value::set(Value(), device.get(), &Reset::static_meta_class), -1);
-
     Value stranger;
     stranger.set(make<Stranger>().release());
     EXPECT_EQ(Value::set(stranger, device.get(), feature(Device::static_meta_class, "Peer")), -1);
@@ -131,24 +123,17 @@ TEST(Value, refusals_are_logged_and_change_nothing) {
     strangers.set(Array<Instance*>{nullptr, make<Stranger>().release()});
     EXPECT_EQ(Value::set(strangers, device.get(), feature(Device::static_meta_class, "Members")),
               -1);
-    Value call;
-    call.set(create(&Reset::static_meta_class, true));
-    EXPECT_EQ(Value::set(call, device.get(), feature(Device::static_meta_class, "Peer")), -1);
-
     EXPECT_EQ(device->Number.value, 1u);
     EXPECT_EQ(device->Peer, nullptr);
     ASSERT_EQ(device->Members.value.size(), 1u);
     EXPECT_EQ(device->Members.value[0], member);
-    EXPECT_EQ(class_of(device->Anything), &Stranger::static_meta_class);
     EXPECT_THAT(
         log.lines(),
         testing::ElementsAre(
             EndsWith("): null instance argument"), EndsWith("): type mismatch: Device.Number"),
             EndsWith("): type mismatch: Device.Peer"), EndsWith("): type mismatch: Device.Reset"),
             EndsWith("): failed to assign instance of Stranger to Device.Peer"),
-            EndsWith("): failed to assign instance of Stranger to Device.Members"),
-            EndsWith("): failed to assign instance of Reset to Device.Peer")));
-    EXPECT_THAT(log.lines()[0], testing::HasSubstr(" WARN: value.cpp("));
+            EndsWith("): failed to assign instance of Stranger to Device.Members")));
 }
 
 } // namespace
