@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <new>
+#include <optional>
 
 namespace {
 
@@ -140,27 +141,18 @@ TEST(Allocation, failure_in_the_copy_of_a_map_leaves_a_map) {
     for (uint32 number = 0; number < 10; ++number) {
         from.insert(make_device("host", number).release());
     }
-    for (long n = 0;; ++n) {
-        Class_Map<Device> to;
-        std::size_t position = 0;
-        allocations_left = n;
-        bool failed = false;
-        try {
-            to.append_clones(from, position);
-        } catch (const std::bad_alloc&) {
-            failed = true;
-        }
-        allocations_left = -1;
+    std::optional<Class_Map<Device>> to(std::in_place);
+    std::size_t position = 0;
+    const auto a_map = [&] {
+        EXPECT_EQ(position, to->size());
         for (uint32 number = 0; number < 10; ++number) {
-            EXPECT_EQ(to.find(from.get(number)),
-                      number < to.size() ? static_cast<long>(number) : -1);
+            EXPECT_EQ(to->find(from.get(number)),
+                      number < to->size() ? static_cast<long>(number) : -1);
         }
-        if (!failed) {
-            EXPECT_EQ(to.size(), 10u);
-            break;
-        }
-        EXPECT_EQ(position, to.size());
-    }
+        to.emplace();
+    };
+    EXPECT_GT(fail_each_allocation([&] { to->append_clones(from, position); }, a_map), 10);
+    EXPECT_EQ(to->size(), 10u);
 }
 
 TEST(Allocation, failure_leaves_fields_and_values_unchanged) {

@@ -25,21 +25,16 @@ TEST(Array, grows_to_powers_of_two_from_8) {
 }
 
 TEST(Array, inserts_and_removes_in_order) {
-    Array<String> array{"b", "e"};
-    const String middle[] = {"c", "d"};
-    const String first("a");
-    array.insert(1, middle, 2);
-    array.insert(0, &first, 1);
-    array.insert(99, &first, 1);
-    EXPECT_TRUE((array == Array<String>{"a", "b", "c", "d", "e", "a"}));
-
-    array.remove(1, 2);
-    EXPECT_TRUE((array == Array<String>{"a", "d", "e", "a"}));
+    Array<String> array{"b", "c"};
+    const String first[] = {"x", "a"};
+    array.insert(0, first, 2);
+    array.insert(99, first, 1);
+    EXPECT_TRUE((array == Array<String>{"x", "a", "b", "c", "x"}));
+    array.remove(0, 1);
     array.remove(3, 100);
     array.remove(3);
-    EXPECT_TRUE((array == Array<String>{"a", "d", "e"}));
-    EXPECT_EQ(array.find("e"), 2);
-    EXPECT_EQ(array.find("b"), -1);
+    EXPECT_TRUE((array == Array<String>{"a", "b", "c"}));
+    EXPECT_EQ(array.find("c"), 2);
 }
 
 TEST(Array, an_element_of_its_own_may_be_appended) {

@@ -100,19 +100,6 @@ TEST(Instance_Map, takes_over_what_it_inserts_and_nothing_else) {
     EXPECT_EQ(map.size(), 1u);
 }
 
-TEST(Instance_Map, clear_ends_members_whatever_their_count) {
-    Class_Map<Device> map;
-    const Ref<Device> peer = make_device("peer", 1);
-    Ref<Device> member = make_device("host", 1);
-    ref(peer.get());
-    member->Peer = peer.get();
-    ref(member.get()); // a count that nobody will drop
-    map.insert(member.release());
-    map.clear();
-    EXPECT_EQ(peer->__refs, 1u) << "the member has ended and dropped what it held";
-    EXPECT_EQ(map.insert(make_device("host", 1).release()), 0);
-}
-
 TEST(Instance_Map, clones_stop_at_a_key_that_is_there) {
     Class_Map<Device> from;
     for (uint32 number = 0; number < 5; ++number) {

@@ -27,8 +27,6 @@ TEST(Value, kinds_have_codes_and_names) {
     value.set(Array<type_>{sample, other});                                                        \
     EXPECT_EQ(value.type(), 128 + code);                                                           \
     EXPECT_EQ(Value::kind_name(128 + code), std::string(type_name(code)) + "_array");              \
-    value.set_null_of(128 + code);                                                                 \
-    EXPECT_TRUE(value.null() && value.get<Array<type_>>()->empty());                               \
     value.set_null_of(code);                                                                       \
     EXPECT_TRUE(value.null() && *value.get<type_>() == type_{});
     SAMPLE_TYPES(X)
@@ -53,9 +51,6 @@ TEST(Value, holds_a_count_on_each_instance) {
         Value moved(std::move(value));
         EXPECT_EQ(device->__refs, 3u);
         EXPECT_EQ(value.type(), Value::NONE); // NOLINT: a moved-from value is a cleared one
-        const Value& alias = moved;
-        moved = alias;
-        EXPECT_EQ(moved.instance(), device.get());
         moved.set(uint8{1});
         EXPECT_EQ(device->__refs, 2u);
         EXPECT_EQ(moved.instance(), nullptr);
@@ -79,7 +74,6 @@ TEST(Value, references_get_counts_of_their_own) {
     value.set(port.get());
     EXPECT_EQ(Value::set(value, device.get(), peer), 0);
     EXPECT_EQ(Value::set(value, device.get(), peer), 0) << "the same target again";
-    EXPECT_EQ(device->Peer, port.get());
     EXPECT_EQ(port->__refs, 3u);
 
     Value read;
