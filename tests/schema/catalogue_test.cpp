@@ -198,26 +198,11 @@ TEST(Metadata, MethodsEndWithTheirReturnValue) {
         for (const std::string& name : names_with(*meta_class, FLAG_METHOD)) {
             const auto& method = as_method(*find_feature(meta_class, name.c_str(), METHODS));
             expect_fields(method);
-            unref(create(&method, false));
             ASSERT_GE(method.num_meta_features, 1u) << name;
             const Meta_Feature& last = *method.meta_features[method.num_meta_features - 1];
             EXPECT_STREQ(last.name, "return_value") << name;
             EXPECT_EQ(last.flags, FLAG_PROPERTY | FLAG_OUT) << name;
             EXPECT_EQ(as_property(last).type, method.return_type) << name;
-        }
-    }
-}
-
-TEST(Metadata, EveryClassIsMadeCopiedAndEnded) {
-    for (const Meta_Class* meta_class : all_classes()) {
-        const Ref<> instance(create(meta_class, true));
-        const Ref<> copy(clone(instance.get()));
-        for (const Meta_Feature* feature : *meta_class) {
-            if (feature->has(FLAG_PROPERTY)) {
-                const Meta_Property& property = as_property(*feature);
-                EXPECT_EQ(null_flag(copy.get(), property), property.value == nullptr)
-                    << meta_class->name << '.' << feature->name;
-            }
         }
     }
 }

@@ -64,29 +64,6 @@ int invoke_service(Service& provider, const Instance* self, Instance* call) {
     return invoke_member(methods, provider, self, call);
 }
 
-struct Association : Noting<TVRHBA_ControlledBy> {
-    int enum_associator_names(const Instance* from, const String& result_class, const String& role,
-                              const String& result_role, const auto& handler) {
-        return traverse(from, {result_class, role, result_role}, handler);
-    }
-    int enum_references(const Instance* from, const TVRHBA_ControlledBy* model, const String& role,
-                        const auto& handler) {
-        return traverse(from, {String(model != nullptr ? "model" : "foreign"), role}, handler);
-    }
-    int enum_associators(const Instance* from, const String& result_class, const String& role,
-                         const String& result_role, const auto& handler) {
-        return traverse(from, {result_class, role, result_role}, handler);
-    }
-    int traverse(const Instance* from, const std::vector<String>& words, const auto& handler) {
-        notes.push_back(from->__meta_class->name);
-        for (const String& word : words) {
-            notes.back() += std::string(" ") + word.c_str();
-        }
-        handler.handle(create(from->__meta_class, true));
-        return status;
-    }
-};
-
 // Calls an operation as the adapter does, with the words that it needs: through a pointer that the
 // compiler doesn't see through.
 template <Provider_Proc proc> struct Caller {
@@ -97,10 +74,6 @@ template <Provider_Proc proc> struct Caller {
 };
 
 constexpr Caller<dispatch<Service, Served, Provider_Kind::instance, invoke_service>> call_service;
-constexpr Caller<dispatch<Association, TVRHBA_ControlledBy, Provider_Kind::association,
-                          invoke_nothing<Association>>>
-    call_association;
-
 class Dispatcher : public testing::Test {
 protected:
     Service service;
@@ -128,36 +101,6 @@ TEST_F(Dispatcher, HidesInstancesOfOtherClasses) {
                                        "modify" + mark, "enum" + mark, "TVRHBA_FCHBAWWNService 0",
                                        "end " + std::to_string(service.status)));
         service.status = ENUM_INSTANCES_FAILED; // and the second enumeration is closed as well
-    }
-}
-
-TEST_F(Dispatcher, LeavesUnsupportedTraversalsOpen) {
-    Association provider;
-    const String C("C"), R("R"), Q("Q");
-    const Ref<TVRHBA_ControlledBy> model(TVRHBA_ControlledBy::create(true));
-    const struct {
-        int operation, unsupported;
-        const char* what;
-        const void* words[5];
-    } cases[] = {
-        {OPERATION_ENUM_ASSOCIATOR_NAMES, 111, " C R Q", {&C, &R, &Q, taker, &notes}},
-        {OPERATION_ENUM_ASSOCIATORS, 171, " C R Q", {&C, &R, &Q, taker, &notes}},
-        {OPERATION_ENUM_REFERENCES, 121, " model R", {model.get(), &R, taker, &notes}},
-        {OPERATION_ENUM_REFERENCES, 121, " foreign R", {foreign.get(), &R, taker, &notes}},
-    };
-    for (const auto& [operation, unsupported, what, w] : cases) {
-        for (const int status : {0, unsupported - 1, unsupported}) {
-            provider.status = status;
-            notes.clear();
-            EXPECT_EQ(
-                call_association(operation, &provider, foreign.get(), w[0], w[1], w[2], w[3], w[4]),
-                status);
-            std::vector<std::string> expected{"TVRHBA_FCPort", "TVRHBA_FCPort 0",
-                                              "end " + std::to_string(status)};
-            expected[0] += what;
-            expected.resize(status == unsupported ? 2 : 3);
-            EXPECT_EQ(notes, expected);
-        }
     }
 }
 
