@@ -34,19 +34,16 @@ struct Request {
     std::vector<std::string> words{}; // classes, roles, method, query, in the order of the call
     const CMPIArgs* in = nullptr;
     CMPIArgs* out = nullptr;
-    const CMPISelectExp* filter = nullptr;
-    bool edge = false; // first activation, last deactivation
 };
 using Script = std::function<CMPIrc(Request&)>;
 
 // Operations without a script answer NOT_SUPPORTED, cleanup OK.
 struct Scripted_Class {
     std::string name;
-    std::string kinds = "IMAN";
+    std::string kinds = "IMA";
     std::function<bool()> make = [] { return true; }; // the factory's success
     Script load, enumerate_names, enumerate, get, create, modify, remove, query, invoke;
     Script associators, associator_names, references, reference_names;
-    Script authorize, poll, activate, deactivate, enable, disable;
     Script cleanup = [](Request&) { return CMPI_RC_OK; };
     std::atomic<int> made{0};
     std::atomic<int> cleaned_up{0};
@@ -55,14 +52,13 @@ struct Scripted_Class {
     CMPIInstanceMI instance_mi{};
     CMPIMethodMI method_mi{};
     CMPIAssociationMI association_mi{};
-    CMPIIndicationMI indication_mi{};
 };
 
 class Scripted_Module {
 public:
     Scripted_Module() { slots().fill(nullptr); }
 
-    Scripted_Class& add(const std::string& name, const std::string& kinds = "IMAN") {
+    Scripted_Class& add(const std::string& name, const std::string& kinds = "IMA") {
         auto& made = _classes.emplace_back(std::make_unique<Scripted_Class>());
         made->name = name;
         made->kinds = kinds;
@@ -99,8 +95,7 @@ private:
     static void take(Request& r, const char* word) { r.words.push_back(word ? word : ""); }
     static void take(Request& r, const CMPIArgs* in) { r.in = in; }
     static void take(Request& r, CMPIArgs* out) { r.out = out; }
-    static void take(Request& r, const CMPISelectExp* filter) { r.filter = filter; }
-    static void take(Request& r, CMPIBoolean edge) { r.edge = edge != 0; }
+    static void take(Request&, CMPIBoolean) {} // whether a cleanup is the last
 
     // An entry of a function table: runs a script with what the call brought along.
     template <Script Scripted_Class::*script, class MI, class... Arguments>
@@ -143,22 +138,6 @@ private:
                 nullptr,
                 nullptr};
     }
-    static CMPIIndicationMIFT table(CMPIIndicationMI*) {
-        return {100,
-                100,
-                "indication",
-                on<&C::cleanup>,
-                on<&C::authorize>,
-                on<&C::poll>,
-                on<&C::activate>,
-                on<&C::deactivate>,
-                on<&C::enable>,
-                on<&C::disable>,
-                nullptr,
-                nullptr,
-                nullptr};
-    }
-
     template <std::size_t index, class MI, MI Scripted_Class::*Member>
     static MI* create(const CMPIBroker* broker, const CMPIContext* context, CMPIStatus*) {
         Scripted_Class& made = *slots()[index];
@@ -184,9 +163,7 @@ private:
             return any(create<index, CMPIInstanceMI, &C::instance_mi>);
         if (kind == tvrhost::Kind::method)
             return any(create<index, CMPIMethodMI, &C::method_mi>);
-        if (kind == tvrhost::Kind::association)
-            return any(create<index, CMPIAssociationMI, &C::association_mi>);
-        return any(create<index, CMPIIndicationMI, &C::indication_mi>);
+        return any(create<index, CMPIAssociationMI, &C::association_mi>);
     }
 
     std::vector<std::unique_ptr<Scripted_Class>> _classes;

@@ -14,7 +14,6 @@ namespace {
 using namespace tvrcim;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 TEST(Near_Names, finds_what_was_meant) {
@@ -25,13 +24,6 @@ TEST(Near_Names, finds_what_was_meant) {
               "; did you mean TVRHBA_FCPort or TVRHBA_FCPortStatistics?");
 }
 
-TEST(Near_Names, patterns_match_whole_names) {
-    EXPECT_TRUE(matches("TVRHBA_F?port*", "TVRHBA_FCPort"));
-    EXPECT_TRUE(matches("a*b*c", "aXbYbc"));
-    EXPECT_FALSE(matches("a*b*c", "aXbYb"));
-    EXPECT_FALSE(matches("port", "TVRHBA_FCPort"));
-}
-
 TEST(Shell_Words, are_split_as_people_expect) {
     EXPECT_THAT(split_words("  get  A.b=c\t-p x "), ElementsAre("get", "A.b=c", "-p", "x"));
     EXPECT_THAT(split_words("get A.b=\"c d\",e=\"f\\\"g\""),
@@ -39,7 +31,6 @@ TEST(Shell_Words, are_split_as_people_expect) {
     EXPECT_THAT(split_words("get 'A.b=\"c d\"'"), ElementsAre("get", "A.b=\"c d\""));
     EXPECT_THAT(split_words("set A \"w=[1, 2]\" x=\\ y ''"),
                 ElementsAre("set", "A", "w=[1, 2]", "x= y", ""));
-    EXPECT_THAT(split_words(""), IsEmpty());
     EXPECT_THROW(split_words("get 'A"), Usage_Error);
     EXPECT_THROW(split_words("get A=\"b"), Usage_Error);
 }
@@ -194,7 +185,6 @@ TEST_F(Session_Test, associations_are_followed_and_drawn) {
                                      itself +
                                      "  n0 -> n1 [label=\"Test_Link\\nLeft \u2192 Right\"]\n}\n");
     const std::string whole = drawn("--depth 9");
-    EXPECT_THAT(whole, HasSubstr("  n3 [label=\"Test_Thing\\nz \\\"2\\\" 1\"]\n" + itself));
     EXPECT_EQ(std::count(whole.begin(), whole.end(), '>'), 4) << "each association once";
     EXPECT_EQ(drawn("--hide Test_Base"), "  n0 [label=\"Test_Thing\\nalpha 1\", style=bold]\n}\n");
 }
@@ -202,8 +192,8 @@ TEST_F(Session_Test, associations_are_followed_and_drawn) {
 TEST_F(Session_Test, classes_tell_what_they_offer) {
     EXPECT_EQ(shell("classes\nclasses --all *link\nclasses test_thing"), success);
     EXPECT_THAT(out.str(), HasSubstr("CLASS       OFFERS\n"
-                                     "Test_Thing  instances, association, indications, 1 methods\n"
-                                     "Test_Other  instances, association, indications\n"
+                                     "Test_Thing  instances, association, 1 methods\n"
+                                     "Test_Other  instances, association\n"
                                      "CLASS          OFFERS\nTest_Link\nTest_Far_Link\n"
                                      "Test_Thing : Test_Base\n  string Name (key)\n"));
 }

@@ -107,23 +107,15 @@ TEST_F(Tvrcim, follows_associations) {
     const std::string port = " TVRHBA_FCPort.DeviceID=10000254563C7780 ";
     const Outcome controller = run("--sim assoc" + port + "--class tvrhba_controlledBY --names");
     EXPECT_THAT(controller.out, ContainsRegex("^root/tavrin:TVRHBA_PortController\\.[^\n]*\n$"));
-    EXPECT_EQ(run("--sim assoc" + port + "--result-class CIM_PortController --names").out,
-              controller.out);
-    EXPECT_THAT(run("--sim assoc" + port + "--class TVRHBA_ControlledBy --role Antecedent").out,
-                IsEmpty());
     EXPECT_THAT(run("--sim refs" + port + "--class TVRHBA_ControlledBy -p AccessState").out,
                 ContainsRegex("\n  AccessState += 1\n$"));
-    expect_error("--sim refs" + port + "--class TVRHBA_FCPort", 2,
-                 "TVRHBA_FCPort is no association");
     expect_error("--sim assoc TVRHBA_FCPortStatistics.InstanceID=none", 1, "CMPI_RC_ERR_NOT_FOUND");
 
     const std::string graph = run("--sim graph" + port + "--depth 2 --leaf CIM_System").out;
     EXPECT_THAT(graph, StartsWith("digraph associations {\n"));
-    EXPECT_THAT(graph, HasSubstr("  n0 [label=\"FCPort\\n10000254563C7780\", style=bold]\n"));
     EXPECT_THAT(graph, HasSubstr(" [label=\"ControlledBy\\nAntecedent \u2192 Dependent\"]\n"));
     EXPECT_THAT(graph, HasSubstr(" [label=\"8 DriverParams\", style=dashed]\n"));
     EXPECT_THAT(graph, ContainsRegex("  a[0-9]+ -> n[0-9]+ \\[label=\"LogicalUnit\"\\]\n"));
-    EXPECT_EQ(run("--sim graph" + port + "--depth 2 --leaf CIM_System").out, graph);
     EXPECT_EQ(lines(run("--sim assoc CIM_ComputerSystem --class CIM_SystemPackaging --names").out),
               4u)
         << "nobody serves the system, and associations lead to it";
@@ -155,9 +147,6 @@ TEST_F(Tvrcim, json_is_for_programs) {
     ASSERT_EQ(ports.size(), 4u);
     EXPECT_EQ(ports[0]["properties"].size(), 5u) << "the keys and what was asked for";
     EXPECT_EQ(ports[0]["properties"]["Speed"], 16000000000u);
-
-    const Json classes = Json::parse(run("-o json classes").out);
-    EXPECT_EQ(classes.size(), 137u);
 }
 
 TEST_F(Tvrcim, enumerates_and_gets) {
@@ -166,9 +155,6 @@ TEST_F(Tvrcim, enumerates_and_gets) {
     EXPECT_THAT(profiles.out,
                 StartsWith("root/pg_interop:TVRHBA_RegisteredProfile.InstanceID=\"TVR:Profile "
                            "Registration\"\n"));
-    EXPECT_EQ(run("enum CIM_RegisteredProfile --names").out, profiles.out)
-        << "a parent class shows its subclasses";
-
     const Outcome port = run("--sim get TVRHBA_FCPort.DeviceID=10000254564A1020 -p PortType");
     EXPECT_THAT(port.out, HasSubstr("\n  PortType                = 10\n"));
 }
@@ -177,8 +163,6 @@ TEST_F(Tvrcim, wrong_input_is_told_in_one_line) {
     expect_error("", 2, "a command is missing: list, tree, classes");
     expect_error("lst", 2, "there is no command 'lst'; did you mean list?");
     expect_error("enum TVRHBA_FCPrt", 2, "did you mean TVRHBA_FCPort?");
-    expect_error("enum TVRHBA_FCPort -p Sped", 2, "did you mean Speed");
-    expect_error("-o xml list", 2, "--output is text or json, not 'xml'");
     expect_error("--log=LOUD list", 2, "--log is FATAL, ERR");
     expect_error("--module /nonexistent.so list", 2, "module /nonexistent.so: ");
     expect_error("--instances /nonexistent.json list", 2, "instance file /nonexistent.json");
@@ -187,7 +171,6 @@ TEST_F(Tvrcim, wrong_input_is_told_in_one_line) {
     expect_error("--sim get 'TVRHBA_FCPort.DeviceID=1,SystemName=a,CreationClassName=b,"
                  "SystemCreationClassName=c'",
                  1, "CMPI_RC_ERR_NOT_FOUND");
-    expect_error("--sim call TVRHBA_FCPort.DeviceID=10000254564A1020 Nope", 2, "no method Nope");
     expect_error("enum CIM_ComputerSystem", 1, "nobody serves CIM_ComputerSystem");
 }
 
