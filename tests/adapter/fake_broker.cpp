@@ -460,6 +460,18 @@ Datum null_of(CMPIType type) {
 
 Broker::Broker() : _broker{this, &broker_ft, &enc_ft, nullptr} {}
 
+CMPIObjectPath* Broker::path(Path content) {
+    return add(std::move(content));
+}
+CMPIInstance* Broker::instance(Inst content) {
+    return add(std::move(content));
+}
+CMPIArgs* Broker::args(Args content) {
+    return add(std::move(content));
+}
+CMPIContext* Broker::context(Context content) {
+    return add(std::move(content));
+}
 CMPIResult* Broker::result() {
     return add(Result());
 }

@@ -143,10 +143,10 @@ public:
     const CMPIBroker* get() const { return &_broker; }
 
     // Handles for the calls of a test; they belong to the scope.
-    CMPIObjectPath* path(Path content) { return add(std::move(content)); }
-    CMPIInstance* instance(Inst content) { return add(std::move(content)); }
-    CMPIArgs* args(Args content) { return add(std::move(content)); }
-    CMPIContext* context(Context content = {}) { return add(std::move(content)); }
+    CMPIObjectPath* path(Path content);
+    CMPIInstance* instance(Inst content);
+    CMPIArgs* args(Args content);
+    CMPIContext* context(Context content = {});
     CMPIResult* result();
     static Result& of(const CMPIResult* result) { return content<Result>(result); }
     static Args& of(const CMPIArgs* args) { return content<Args>(args); }
