@@ -4,6 +4,7 @@
 #include "runtime/log.h"
 #include "runtime/thread.h"
 #include "runtime/value.h"
+#include "tests/runtime/failing_allocations.h"
 #include "tests/runtime/sample_classes.h"
 
 #include <cerrno>
@@ -11,50 +12,6 @@
 #include <gtest/gtest.h>
 #include <new>
 #include <optional>
-
-namespace {
-
-thread_local long allocations_left = -1; // until one fails; negative: none does
-thread_local long live = 0;
-
-void* allocate(std::size_t size) noexcept {
-    if (allocations_left == 0) {
-        return nullptr;
-    }
-    if (allocations_left > 0) {
-        --allocations_left;
-    }
-    void* block = std::malloc(size);
-    if (block != nullptr) {
-        ++live;
-    }
-    return block;
-}
-
-void release(void* block) noexcept {
-    if (block != nullptr) {
-        --live;
-        std::free(block);
-    }
-}
-
-} // namespace
-
-void* operator new(std::size_t size) {
-    if (void* block = allocate(size)) {
-        return block;
-    }
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size);
-}
-void operator delete(void* block) noexcept {
-    release(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    release(block);
-}
 
 namespace cimple::sample {
 namespace {
