@@ -9,12 +9,12 @@
 
 using namespace tvrsim;
 
-extern "C" {
+namespace {
 
-int tvrsim_control(const char* request, char* message, size_t messageSize) {
+template <class Work> int report(Work work, char* message, size_t messageSize) {
     std::string reason;
     try {
-        Host::instance().control(request == nullptr ? "" : request);
+        work();
     } catch (const std::exception& error) {
         reason = error.what();
     }
@@ -22,6 +22,19 @@ int tvrsim_control(const char* request, char* message, size_t messageSize) {
         message[reason.copy(message, messageSize - 1)] = '\0';
     }
     return reason.empty() ? 0 : -1;
+}
+
+} // namespace
+
+extern "C" {
+
+int tvrsim_control(const char* request, char* message, size_t messageSize) {
+    return report([&] { Host::instance().control(request == nullptr ? "" : request); }, message,
+                  messageSize);
+}
+
+int tvrsim_check(const char* file, char* message, size_t messageSize) {
+    return report([&] { Host::check(file == nullptr ? "" : file); }, message, messageSize);
 }
 
 int64_t tvrsim_calls(const char* entryPoint) {

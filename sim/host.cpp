@@ -41,6 +41,10 @@ std::string readFile(const char* path) {
     return text;
 }
 
+Scenario readScenarioFile(const char* path) {
+    return readScenario(parseJson(readFile(path)), "");
+}
+
 std::string keyOf(const HBA_WWN& wwn) {
     return std::string(reinterpret_cast<const char*>(wwn.wwn), sizeof wwn.wwn);
 }
@@ -62,7 +66,7 @@ Host::Host() : m_start(std::chrono::steady_clock::now()) {
     const char* const source = path != nullptr && *path != '\0' ? path : nullptr;
     try {
         Scenario scenario = source == nullptr ? readScenario(parseJson(defaultScenario()), "")
-                                              : readScenario(parseJson(readFile(source)), "");
+                                              : readScenarioFile(source);
         m_adapters = std::move(scenario.adapters);
         m_globalDriverParameters = std::move(scenario.globalDriverParameters);
         indexPorts();
@@ -72,6 +76,10 @@ Host::Host() : m_start(std::chrono::steady_clock::now()) {
         std::fprintf(stderr, "tvrsim: scenario %s: %s\n", source == nullptr ? "(built in)" : source,
                      error.what());
     }
+}
+
+void Host::check(const char* file) {
+    readScenarioFile(file);
 }
 
 bool Host::usable() {

@@ -17,6 +17,9 @@ public:
 
     Host();
 
+    /// Reads a scenario file and throws std::exception, with where and why, if it can't be used.
+    static void check(const char* file);
+
     /// False when the scenario could not be used.
     bool usable();
 

@@ -36,6 +36,10 @@ extern "C" {
  * null, then gets one line of at most messageSize - 1 characters that tells where and why. */
 TVRSIM_API int tvrsim_control(const char* request, char* message, size_t messageSize);
 
+/* Whether a scenario file can be used: 0, or -1, with the line in message as above. The running
+ * simulation stays as it is. */
+TVRSIM_API int tvrsim_check(const char* file, char* message, size_t messageSize);
+
 /* How often an entry point was called, by its exact exported name ("LRM_GetPortStatistics" and
  * "RM_GetPortStatistics" count apart). The name "*" gives the sum over all. -1 for a name that is
  * no entry point. */
@@ -45,6 +49,7 @@ TVRSIM_API int64_t tvrsim_calls(const char* entryPoint);
 TVRSIM_API uint32_t tvrsim_open_handles(void);
 
 typedef int (*tvrsim_control_fn)(const char* request, char* message, size_t messageSize);
+typedef int (*tvrsim_check_fn)(const char* file, char* message, size_t messageSize);
 typedef int64_t (*tvrsim_calls_fn)(const char* entryPoint);
 typedef uint32_t (*tvrsim_open_handles_fn)(void);
 

@@ -2,7 +2,9 @@
 
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/places.h"
+#include "sim/tvrsim.h"
 
+#include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -65,6 +67,21 @@ void copy_banner(const fs::path& prefix, const char* file) {
     }
 }
 
+// Tells what is wrong with a scenario before anything starts from it.
+void check_scenario(const fs::path& simulator, const std::string& scenario) {
+    const fs::path file = simulator / "libtvrsim.so";
+    void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    const auto check = reinterpret_cast<tvrsim_check_fn>(
+        library == nullptr ? nullptr : dlsym(library, "tvrsim_check"));
+    if (check == nullptr) {
+        throw Usage_Error("the simulator cannot be used: " + std::string(dlerror()));
+    }
+    char reason[512];
+    if (check(scenario.c_str(), reason, sizeof reason) != 0) {
+        throw Usage_Error("scenario " + scenario + ": " + reason);
+    }
+}
+
 std::string joined(const fs::path& first, const char* rest) {
     return rest == nullptr || *rest == '\0' ? first.string() : first.string() + ":" + rest;
 }
@@ -90,10 +107,10 @@ bool is_simulated() noexcept {
 }
 
 int run_simulated(char** arguments, const std::string& scenario) {
-    if (!scenario.empty() && !std::ifstream(scenario)) {
-        throw Usage_Error("scenario " + scenario + ": cannot be read");
-    }
     const fs::path simulator = simulator_directory();
+    if (!scenario.empty()) {
+        check_scenario(simulator, scenario);
+    }
     const std::string self = own_file().string();
     const Private_Directory prefix;
     for (const char* directory : {"etc", "proc", "var/log"}) {
