@@ -49,26 +49,48 @@ template <class Service> void enable_by_default(Service& service) {
     service.EnabledDefault.set(state_enabled);
 }
 
-// The associations of services log without the name of their map.
-template <class C> void add_association(ProviderAgent& agent, Ref<C> association) {
-    insert(agent.*map_of<C>, std::move(association), "Insert Failed");
-}
+// Whether what the log says of an association that isn't made or inserted tells its class.
+enum class Lines { plain, with_class };
 
-// `Antecedent` hosts `Dependent`.
-template <class C, class Service>
-Ref<C> hosted(const CIM_ComputerSystem& system, const Service& service) {
-    auto association = make<C>(any_namespace);
-    association->Antecedent = system.clone();
-    association->Dependent = service.clone();
+// Null if there is no memory for it: a rebuild goes on without.
+template <class C> Ref<C> try_association(const char* name_space, Lines lines = Lines::plain) {
+    Ref<C> association = try_make<C>(name_space);
+    if (!association) {
+        if (lines == Lines::with_class) {
+            TVR_LOG("Unable to create instance of %s", C::static_meta_class.name);
+        } else {
+            TVR_LOG("Could not create the instance of the Association class");
+        }
+    }
     return association;
 }
 
+template <class C>
+void add_association(ProviderAgent& agent, Ref<C> association, Lines lines = Lines::plain) {
+    if (lines == Lines::with_class) {
+        add(agent, std::move(association));
+    } else {
+        insert(agent.*map_of<C>, std::move(association), "Insert Failed");
+    }
+}
+
+// The computer system hosts the service.
 template <class C, class Service>
-Ref<C> affects_system(const CIM_ComputerSystem& system, const Service& service) {
-    auto association = make<C>(any_namespace);
-    association->AffectedElement = system.clone();
-    association->AffectingElement = service.clone();
-    return association;
+void add_hosted(ProviderAgent& agent, const Service& service, Lines lines = Lines::plain) {
+    if (auto hosted = try_association<C>(any_namespace, lines)) {
+        hosted->Antecedent = agent.computerSystem().clone();
+        hosted->Dependent = service.clone();
+        add_association(agent, std::move(hosted), lines);
+    }
+}
+
+template <class C, class Service>
+void add_system_effect(ProviderAgent& agent, const Service& service, Lines lines = Lines::plain) {
+    if (auto effect = try_association<C>(any_namespace, lines)) {
+        effect->AffectedElement = agent.computerSystem().clone();
+        effect->AffectingElement = service.clone();
+        add_association(agent, std::move(effect), lines);
+    }
 }
 
 Ref<TVRHBA_SoftwareInstallationServiceCapabilities> make_capabilities() {
@@ -119,19 +141,21 @@ void ProviderAgent::createInstallationService() {
     if (service == nullptr) {
         return;
     }
-    const CIM_ComputerSystem& system = computerSystem();
-    add_association(*this, hosted<TVRHBA_HostedInstallationService>(system, *service));
-    add_association(*this, affects_system<TVRHBA_InstallServiceAffectsSystem>(system, *service));
+    add_hosted<TVRHBA_HostedInstallationService>(*this, *service);
+    add_system_effect<TVRHBA_InstallServiceAffectsSystem>(*this, *service);
     if (profile != nullptr) {
-        auto conformance = make<TVRHBA_InstallServiceConformsToProfile>(any_namespace);
-        conformance->ConformantStandard = profile->clone();
-        conformance->ManagedElement = service->clone();
-        add_association(*this, std::move(conformance));
+        if (auto conformance =
+                try_association<TVRHBA_InstallServiceConformsToProfile>(any_namespace)) {
+            conformance->ConformantStandard = profile->clone();
+            conformance->ManagedElement = service->clone();
+            add_association(*this, std::move(conformance));
+        }
     }
-    auto element = make<TVRHBA_ElementCapabilities>();
-    element->ManagedElement = service->clone();
-    element->Capabilities = capabilities.clone();
-    add_association(*this, std::move(element));
+    if (auto element = try_association<TVRHBA_ElementCapabilities>(implementation_namespace)) {
+        element->ManagedElement = service->clone();
+        element->Capabilities = capabilities.clone();
+        add_association(*this, std::move(element));
+    }
 }
 
 void ProviderAgent::createWWNService() {
@@ -148,9 +172,8 @@ void ProviderAgent::createWWNService() {
         TVR_LOG("Failed to create WWN Services class");
         throw Rebuild_Ended();
     }
-    const CIM_ComputerSystem& system = computerSystem();
-    add_association(*this, hosted<TVRHBA_HostedFCHBAWWNService>(system, *service));
-    add_association(*this, affects_system<TVRHBA_FCHBAWWNServiceAffectsSystem>(system, *service));
+    add_hosted<TVRHBA_HostedFCHBAWWNService>(*this, *service);
+    add_system_effect<TVRHBA_FCHBAWWNServiceAffectsSystem>(*this, *service);
 }
 
 void ProviderAgent::createBootBIOSService() {
@@ -163,9 +186,8 @@ void ProviderAgent::createBootBIOSService() {
     }
     enable_by_default(*made);
     const TVRHBA_BootBIOSService& service = add_or_end(*this, std::move(made));
-    const CIM_ComputerSystem& system = computerSystem();
-    add_association(*this, hosted<TVRHBA_HostedBootBIOSService>(system, service));
-    add_association(*this, affects_system<TVRHBA_BootBIOSServiceAffectsSystem>(system, service));
+    add_hosted<TVRHBA_HostedBootBIOSService>(*this, service);
+    add_system_effect<TVRHBA_BootBIOSServiceAffectsSystem>(*this, service);
 }
 
 void ProviderAgent::createDriverParamService() {
@@ -175,9 +197,9 @@ void ProviderAgent::createDriverParamService() {
                            "Tavrin FC HBA Set Driver Parameters Service", "OK", "OK"});
     if (made) {
         const TVRHBA_FCHBADriverParamService& service = add_or_end(*this, std::move(made));
-        const CIM_ComputerSystem& system = computerSystem();
-        add(*this, affects_system<TVRHBA_FCHBADriverParamServiceAffectsSystem>(system, service));
-        add(*this, hosted<TVRHBA_HostedFCHBADriverParamService>(system, service));
+        add_system_effect<TVRHBA_FCHBADriverParamServiceAffectsSystem>(*this, service,
+                                                                       Lines::with_class);
+        add_hosted<TVRHBA_HostedFCHBADriverParamService>(*this, service, Lines::with_class);
     }
     TVR_LOG("Ending the FCHBASetDriverSetParamService");
 }

@@ -13,13 +13,12 @@ using Ports = std::vector<std::string>;
 
 class Exhausted_Memory : public With_Agent {
 protected:
-    // From the first port's PCI function on, the allocation behind `count` others fails. False if
-    // there were fewer.
-    bool fails_behind(long count) {
+    // Behind the first line `from` and `count` allocations one fails. False if there were fewer.
+    bool fails_behind(const char* from, long count) {
         log.take();
         bool first = true;
         const long before = sample::failures;
-        const Log_Hook begin("RM_DiagReadPCIRegistersV2 call failed", [&] {
+        const Log_Hook begin(from, [&] {
             if (std::exchange(first, false)) {
                 sample::fails_once = true;
                 sample::allocations_left = count;
@@ -38,31 +37,43 @@ protected:
 };
 
 // Wherever memory ends, the next rebuild makes all instances again.
-TEST_F(Exhausted_Memory, CostsAPortOrEndsTheRebuild) {
-    const char* const next_port[] = {
-        "Failed to create TVRHBA_PCIDevice",
-        "Failed to create TVRHBA_PCIElementConformsToProfile",
-        "Failed to create TVRHBA_SystemDevice",
+TEST_F(Exhausted_Memory, CostsAnInstanceAPortOrTheRestOfTheRebuild) {
+    const struct {
+        const char* from;
+        std::set<std::string> lines; // with them the rebuild goes on
+        std::size_t ports;           // that it then makes
+    } cases[] = {
+        {"Starting the BootBIOSService",
+         {"Could not create the instance of the Association class",
+          "Unable to create instance of TVRHBA_FCHBADriverParamServiceAffectsSystem",
+          "Unable to create instance of TVRHBA_HostedFCHBADriverParamService"},
+         2},
+        {"RM_DiagReadPCIRegistersV2 call failed",
+         {"Failed to create TVRHBA_PCIDevice",
+          "Failed to create TVRHBA_PCIElementConformsToProfile",
+          "Failed to create TVRHBA_SystemDevice"},
+         1},
     };
     libraries.adapters = {adapter(1), adapter(2)};
-    const Ports all = {"1000AABBCCDD0100", "1000AABBCCDD0200"};
-    std::set<std::string> seen;
-    std::size_t ended = 0;
     load();
-    for (long count = 0; fails_behind(count); count += 1 + count / 32) {
-        for (const char* line : next_port) {
-            if (logged(line) != 0) {
-                seen.insert(line);
-                EXPECT_EQ(ports().size(), 1u) << line;
-                EXPECT_EQ(logged("PERF: updateAdapterMaps: cleanExit"), 1u) << line;
+    for (const auto& row : cases) {
+        std::set<std::string> seen;
+        std::size_t ended = 0;
+        for (long count = 0; fails_behind(row.from, count); count += 1 + count / 32) {
+            for (const std::string& line : row.lines) {
+                if (logged(line) != 0) {
+                    seen.insert(line);
+                    EXPECT_EQ(ports().size(), row.ports) << line;
+                    EXPECT_EQ(logged("PERF: updateAdapterMaps: cleanExit"), 1u) << line;
+                }
             }
+            ended += logged("No FC card found");
+            refresh();
+            ASSERT_EQ(ports(), (Ports{"1000AABBCCDD0100", "1000AABBCCDD0200"})) << count;
         }
-        ended += logged("No FC card found");
-        refresh();
-        ASSERT_EQ(ports(), all) << count;
+        EXPECT_EQ(seen, row.lines);
+        EXPECT_GT(ended, 20u);
     }
-    EXPECT_EQ(seen.size(), std::size(next_port));
-    EXPECT_GT(ended, 20u);
 }
 
 } // namespace
