@@ -23,11 +23,11 @@ class TVR_DiagTestFunc {
 public:
     // Writes one of the values above, or leaves the output as it was when the adapter answers a
     // state that has none: callers set it to BEACON_UNKNOWN before. 0 also when the library fails;
-    // TVR_INVALID_PORT for a null output or a name that is not of 16 digits.
+    // TVR_INVALID_PORT for a null output or a name that doesn't begin with 16 digits.
     static uint32 GetBeaconState(uint16* state, const std::string& deviceId);
 
-    // Switches the beacon on or off. 0; TVR_INVALID_PORT for any other state, or for a name that is
-    // not of 16 digits; or the library's status.
+    // Switches the beacon on or off. 0; TVR_INVALID_PORT for any other state, or for a name that
+    // doesn't begin with 16 digits; or the library's status.
     static uint32 SetBeaconState(uint16 state, const std::string& deviceId);
 };
 

@@ -26,7 +26,7 @@ struct DriverParamAnswer {
 };
 
 // The most records that are taken from a library; one that asks for more room gets none.
-constexpr uint32_t maxDriverParams = 4096;
+constexpr uint32_t maxDriverParams = 65536;
 
 // Reads the parameters of the port, or those that hold for the whole driver. Starts with room for
 // 52; a library that asks for more is called once more. The status of the first call is logged.

@@ -22,6 +22,9 @@ constexpr Keyword keywords[] = {
 };
 constexpr std::size_t keywordLength = 2;
 constexpr std::size_t valueLength = 255;
+// Zeros behind the vital product data, for a library that reads the last entry in them to an end
+// that lies outside.
+constexpr std::size_t vpdSlack = 512;
 
 } // namespace
 
@@ -35,8 +38,8 @@ const char* VPDEntry::name() const noexcept {
 }
 
 RM_STATUS readVPD(const HBA_WWN& port, std::vector<VPDEntry>& entries) {
-    alignas(8) char buffer[RM_VPD_SIZE] = {};
-    uint32_t size = sizeof buffer;
+    alignas(8) char buffer[RM_VPD_SIZE + vpdSlack] = {};
+    uint32_t size = RM_VPD_SIZE;
     const RM_STATUS status = rm::LRM_GetVPD(port, buffer, &size);
     if (status != RM_STATUS_OK) {
         return status;
@@ -52,7 +55,7 @@ RM_STATUS readVPD(const HBA_WWN& port, std::vector<VPDEntry>& entries) {
         }
         entries.push_back(
             {{keyword, strnlen(keyword, keywordLength)}, {value, strnlen(value, valueLength)}});
-        const bool leadsOn = before(cursor, next) && before(next, buffer + sizeof buffer);
+        const bool leadsOn = before(cursor, next) && before(next, buffer + RM_VPD_SIZE);
         cursor = leadsOn ? next : nullptr;
     }
     return status;

@@ -87,6 +87,9 @@ public:
     static uint32 tvrcimSetBootBiosState(const HBA_WWN& port, const char* control);
 
     static uint32 tvrcimResetHBA(const HBA_WWN& port);
+    // Validatewwpn with the callers' line in the log.
+    static bool isLocal(const HBA_WWN& port);
+
     // By the low byte of `enable`. 1 for a name that can't be converted.
     static uint32 SetPortEnabled(const std::string& deviceId, uint32 enable);
 
@@ -96,10 +99,6 @@ public:
     static constexpr std::size_t driverParamTextSize = 256;
     static uint32 tvrcimSetDriverParam(const std::string& deviceId, const HBA_WWN& port, uint8 cw1,
                                        uint8 cw2, const char* parameter, const char* value);
-
-private:
-    // Validatewwpn with the callers' line in the log.
-    static bool isLocal(const HBA_WWN& port);
 };
 
 // How long a construction waits for another one of the same process, in milliseconds; one minute at

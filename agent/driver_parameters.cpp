@@ -215,14 +215,13 @@ void fetch(ProviderAgent& agent, const std::string& deviceId, uint32 global) {
 
 } // namespace
 
-uint32 tvrcimGetDriverParam(ProviderAgent& agent, const std::string& deviceId, uint32 global) {
+uint32 tvrcimGetDriverParam(ProviderAgent& agent, const std::string& deviceId, uint32 global) try {
     TVR_LOG("TVR_MethodWrapper::tvrcimGetDriverParam()");
     HBA_WWN name;
     if (TVR_MethodWrapper::string2HBAName(name, deviceId) == 0) {
         return 1;
     }
-    if (TVR_MethodWrapper::Validatewwpn(name) != 0) {
-        TVR_LOG("INVALID wwpn");
+    if (!TVR_MethodWrapper::isLocal(name)) {
         return 1;
     }
     if (global != 0) {
@@ -233,6 +232,8 @@ uint32 tvrcimGetDriverParam(ProviderAgent& agent, const std::string& deviceId, u
     const DriverParamAnswer answer = readDriverParams(name, DriverParamScope::port);
     return check_port(answer) ? create_port_parameters(agent, deviceId, answer.params)
                               : result_of(answer);
+} catch (const std::bad_alloc&) {
+    return out_of_memory;
 }
 
 void fetchDriverParams(ProviderAgent& agent) {

@@ -44,7 +44,7 @@ Ref<TVRHBA_FlashImageSoftwareIdentity> make_identity(const RM_LOADENTRY& image,
 
 uint32 CreateFlashContents(ProviderAgent& agent, const std::string& deviceId,
                            const FCAdapterAttributes& attributes,
-                           const TVRHBA_PortController& controller) {
+                           const TVRHBA_PortController& controller) try {
     HBA_WWN name;
     if (!TVR_MethodWrapper::deviceIdToHBAName(name, deviceId)) {
         return 1;
@@ -82,6 +82,8 @@ uint32 CreateFlashContents(ProviderAgent& agent, const std::string& deviceId,
     }
     TVR_LOG("Success...");
     return 0;
+} catch (const std::bad_alloc&) {
+    return 1;
 }
 
 } // namespace cimple

@@ -107,7 +107,7 @@ void fill(TVRHBA_Transceiver& transceiver, const std::string& deviceId, const RM
 
 } // namespace
 
-TVRHBA_Transceiver* CreateTransceiver(ProviderAgent& agent, const std::string& deviceId) {
+TVRHBA_Transceiver* CreateTransceiver(ProviderAgent& agent, const std::string& deviceId) try {
     HBA_WWN name;
     if (!TVR_MethodWrapper::deviceIdToHBAName(name, deviceId)) {
         return nullptr;
@@ -130,6 +130,8 @@ TVRHBA_Transceiver* CreateTransceiver(ProviderAgent& agent, const std::string& d
         TVR_LOG("Success...");
     }
     return inserted;
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 } // namespace cimple

@@ -65,7 +65,7 @@ std::string description(const VPDEntry& entry) {
 
 } // namespace
 
-uint32 FillPortVPD(TVRHBA_FCPort& port, const std::string& deviceId) {
+uint32 FillPortVPD(TVRHBA_FCPort& port, const std::string& deviceId) try {
     HBA_WWN name;
     if (!TVR_MethodWrapper::deviceIdToHBAName(name, deviceId)) {
         return 1;
@@ -86,9 +86,11 @@ uint32 FillPortVPD(TVRHBA_FCPort& port, const std::string& deviceId) {
         port.OtherIdentifyingInfo.null = 0;
     }
     return 0;
+} catch (const std::bad_alloc&) {
+    return 1;
 }
 
-uint32 CreateVPD(ProviderAgent& agent, const std::string& deviceId) {
+uint32 CreateVPD(ProviderAgent& agent, const std::string& deviceId) try {
     HBA_WWN name;
     if (!TVR_MethodWrapper::deviceIdToHBAName(name, deviceId)) {
         return 1;
@@ -100,12 +102,17 @@ uint32 CreateVPD(ProviderAgent& agent, const std::string& deviceId) {
         TVR_LOG("ERROR: RM_GetVPD call failed : %d", status);
         return status;
     }
-    auto data = make<TVRHBA_VitalProductData>();
+    auto data = try_make<TVRHBA_VitalProductData>();
+    if (!data) {
+        return status;
+    }
     data->InstanceID.set(deviceId);
     for (const VPDEntry& entry : entries) {
         add_entry(*data, entry);
     }
     return add(agent, std::move(data)) != nullptr ? 0 : 1;
+} catch (const std::bad_alloc&) {
+    return 1;
 }
 
 } // namespace cimple

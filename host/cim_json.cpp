@@ -218,6 +218,8 @@ std::vector<Cim_Instance> read_instances(const std::string& file, const tvrmof::
             }
             ++index;
         }
+    } catch (const std::ios_base::failure&) { // a directory, for one
+        throw Start_Error("instance file " + file + ": cannot be read");
     } catch (const Json::parse_error& error) {
         throw Start_Error("instance file " + file + ": " + error.what());
     } catch (const Value_Error& error) {

@@ -140,7 +140,7 @@ private:
             char c = _text[_at];
             if (c == '\\' && _at + 1 < _text.size()) {
                 c = _text[++_at];
-                c = c == 'n' ? '\n' : c == 'r' ? '\r' : c == 't' ? '\t' : c;
+                c = c == 'n' ? '\n' : c == 'r' ? '\r' : c == 't' ? '\t' : c == 'x' ? control() : c;
             }
             word += c;
         }
@@ -149,6 +149,17 @@ private:
         }
         ++_at;
         return word;
+    }
+
+    // The control character of an escape such as \x001B; other escapes of that kind are none.
+    char control() {
+        constexpr std::size_t digits = 4;
+        const auto code = number<unsigned>(_text.substr(_at + 1, digits), 16);
+        if (!code || *code > 0x7F || _text.size() - _at <= digits) {
+            return 'x';
+        }
+        _at += digits;
+        return static_cast<char>(*code);
     }
 
     std::string_view _text;

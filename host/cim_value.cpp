@@ -68,7 +68,13 @@ std::string quoted(std::string_view text) {
             result += "\\t";
             break;
         default:
-            result += c;
+            if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
+                char escape[sizeof "\\x0000"];
+                std::snprintf(escape, sizeof escape, "\\x%04X", static_cast<unsigned>(c));
+                result += escape;
+            } else {
+                result += c;
+            }
         }
     }
     return result + '"';

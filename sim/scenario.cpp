@@ -32,7 +32,7 @@ std::string integerAttribute(uint32_t value) {
 }
 
 uint32_t physicalStateOf(const Port& port) {
-    uint32_t state = 0;
+    uint32_t state = port.hba.PortState;
     const auto found = port.attributes.find(RM_PA_PHYSICAL_STATE);
     if (found != port.attributes.end() && found->second.size() == sizeof state) {
         std::memcpy(&state, found->second.data(), sizeof state);

@@ -89,7 +89,7 @@ inline constexpr size_t mostUnitsOfAll = 262144;
 /// An attribute of 32 bits.
 std::string integerAttribute(uint32_t value);
 
-/// The physical state of a port as the RM library tells it, or 0 for none.
+/// The physical state of a port as the RM library tells it; where it tells none, the HBA API's.
 uint32_t physicalStateOf(const Port& port);
 
 /// Puts a port into a physical state; the HBA API shows the nearest that it knows.

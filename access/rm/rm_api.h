@@ -182,7 +182,7 @@ RM_ASSERT_LAYOUT(sizeof(RM_LOCALHBAINFO) == 4096);
 /* The answer of LRM_GetSffData: the transceiver. */
 typedef struct RM_SFFDATA {
     uint8_t raw[584];
-    uint8_t hasIdentity;    /* identifier to date code are good when non-zero */
+    uint8_t hasIdentity;    /* identifier to wavelength are good when non-zero */
     uint8_t hasDiagnostics; /* temperature to receive power are good when non-zero */
     uint8_t reserved0[2];
     uint8_t identifier;

@@ -164,6 +164,9 @@ void enumerate(Session& session, const std::string& class_name,
                        : session.manager.enumerate_instances(space, model.name, wanted);
     }
     Session::check(answer, model.name);
+    if (answer.paths.empty() && answer.instances.empty()) {
+        session.explain_nothing();
+    }
     print_answer(session, answer);
 }
 

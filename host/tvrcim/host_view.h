@@ -52,8 +52,8 @@ struct Host_View {
 // What is read of the units behind the ports.
 enum class Units { counted, described };
 
-// Throws Cim_Error where the module doesn't answer, and where it finds no port on a machine without
-// adapter libraries.
+// Throws Cim_Error where the module doesn't answer, and what the session has to say where it finds
+// no port.
 Host_View read_host(Session& session, Units units);
 
 // The value of a property that is a number, 0 where it is none.

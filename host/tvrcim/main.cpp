@@ -5,40 +5,20 @@
 #include "host/tvrcim/commands.h"
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/places.h"
+#include "host/tvrcim/private_run.h"
 #include "host/tvrcim/shell.h"
-#include "host/tvrcim/simulation.h"
 
 #include <CLI/CLI.hpp>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <iostream>
 
 namespace tvrcim {
 
 namespace {
-
-// The module's runtime log, switched on in a private directory and shown at the end.
-class Runtime_Log {
-public:
-    explicit Runtime_Log(const std::string& level) {
-        std::ofstream(_directory.path() / ".cimplerc") << "LOG_LEVEL=" << level << '\n';
-        setenv("CIMPLE_HOME", _directory.path().c_str(), 1);
-    }
-    ~Runtime_Log() {
-        std::ifstream messages(_directory.path() / ".cimple" / "messages");
-        for (std::string line; std::getline(messages, line);) {
-            std::cerr << line << '\n';
-        }
-    }
-    Runtime_Log(const Runtime_Log&) = delete;
-    Runtime_Log& operator=(const Runtime_Log&) = delete;
-
-private:
-    Private_Directory _directory;
-};
 
 bool is_log_level(const std::string& word) {
     constexpr const char* levels[] = {"FATAL", "ERR", "WARN", "INFO", "DBG"};
@@ -49,39 +29,46 @@ struct Settings {
     std::string module;
     std::string name_space;
     std::string instances;
-    std::string scenario;
-    std::string log_level;
     Format format = Format::text;
 };
 
-int run(const Settings& settings, const Command& command, bool shell) {
-    std::optional<Runtime_Log> log;
-    if (!settings.log_level.empty()) {
-        log.emplace(settings.log_level);
+// Of a file that has no factory of any class nothing would be answered.
+void check_module(tvrhost::Object_Manager& manager, const std::string& module) {
+    const auto& classes = manager.schema()->classes();
+    if (std::none_of(classes.begin(), classes.end(), [&](const auto& each) {
+            return manager.serves(each->name, tvrhost::Kind::instance);
+        })) {
+        throw Usage_Error("module " + module + ": serves none of the classes");
     }
+}
+
+int run(const Settings& settings, const Command& command, bool shell) {
     tvrhost::Options options;
     options.module = settings.module.empty() ? module_file().string() : settings.module;
     options.mof = {mof_file().string()};
     options.instance_file = settings.instances;
     options.on_log = [](const std::string& text) { std::cerr << text << '\n'; };
+    const std::string module = options.module;
     tvrhost::Object_Manager manager(std::move(options));
+    check_module(manager, module);
     Session session(manager, settings.format, settings.name_space, std::cout);
+    session.explain_nothing = check_adapter_libraries;
     if (shell) {
         return run_shell(session, std::cin, isatty(STDIN_FILENO) != 0);
     }
     command(session);
-    std::cout << std::flush;
     return success;
 }
 
 int start(int argc, char** argv) {
     CLI::App app("Shows and changes Fibre Channel adapters through the provider module", "tvrcim");
     Settings settings;
+    Private_Run apart;
     Command command;
     app.set_version_flag("--version", "tvrcim " TVR_VERSION);
     app.add_option("--module", settings.module, "the provider module")->type_name("FILE");
     CLI::Option* const sim =
-        app.add_option("--sim", settings.scenario,
+        app.add_option("--sim", apart.scenario,
                        "simulated adapters, perhaps of a scenario (given before the command)")
             ->type_name("[SCENARIO]")
             ->expected(0, 1);
@@ -99,7 +86,7 @@ int start(int argc, char** argv) {
            "text or json")
         ->type_name("FORMAT");
     CLI::Option* const log =
-        app.add_option("--log", settings.log_level,
+        app.add_option("--log", apart.log_level,
                        "show the module's runtime log at the end: ERR, WARN, INFO or DBG")
             ->type_name("[LEVEL]")
             ->expected(0, 1);
@@ -115,17 +102,32 @@ int start(int argc, char** argv) {
     if (const std::optional<int> over = parse(app, std::move(words), std::cout)) {
         return *over;
     }
-    if (log->count() != 0 && settings.log_level.empty()) {
-        settings.log_level = "DBG";
+    if (log->count() != 0 && apart.log_level.empty()) {
+        apart.log_level = "DBG";
     }
-    if (!settings.log_level.empty() && !is_log_level(settings.log_level)) {
-        throw Usage_Error("--log is FATAL, ERR, WARN, INFO or DBG, not '" + settings.log_level +
-                          "'");
+    if (!apart.log_level.empty() && !is_log_level(apart.log_level)) {
+        throw Usage_Error("--log is FATAL, ERR, WARN, INFO or DBG, not '" + apart.log_level + "'");
     }
-    if (sim->count() != 0 && !is_simulated()) {
-        return run_simulated(argv, settings.scenario);
+    apart.simulated = sim->count() != 0;
+    if ((apart.simulated || !apart.log_level.empty()) && !is_private_run()) {
+        return run_privately(argv, apart);
     }
     return run(settings, command, shell->parsed());
+}
+
+// A closed standard stream stays closed, rather than to become a file that the module opens.
+void hold_standard_streams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) < 0) {
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+void check_output() {
+    if (!std::cout.flush()) {
+        throw Cim_Error("standard output cannot be written");
+    }
 }
 
 } // namespace
@@ -133,5 +135,10 @@ int start(int argc, char** argv) {
 } // namespace tvrcim
 
 int main(int argc, char** argv) {
-    return tvrcim::guarded([&] { return tvrcim::start(argc, argv); });
+    tvrcim::hold_standard_streams();
+    return tvrcim::guarded([&] {
+        const int status = tvrcim::start(argc, argv);
+        tvrcim::check_output();
+        return status;
+    });
 }

@@ -9,6 +9,17 @@ using tvrhost::Cim_Path;
 using tvrhost::Json;
 using tvrhost::Named_Value;
 
+namespace {
+
+// In characters of UTF-8.
+std::size_t width_of(const std::string& text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    }));
+}
+
+} // namespace
+
 void print_json(Session& session, const Json& json) {
     session.out << tvrhost::json_text(json) << '\n';
 }
@@ -52,12 +63,21 @@ void print_answer(Session& session, const tvrhost::Answer& answer) {
     }
 }
 
+std::string printable(std::string text) {
+    for (char& c : text) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
+            c = '?';
+        }
+    }
+    return text;
+}
+
 std::vector<std::string> aligned(const Rows& rows) {
     std::vector<std::size_t> widths;
     for (const auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
         for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], row[i].size());
+            widths[i] = std::max(widths[i], width_of(row[i]));
         }
     }
     std::vector<std::string> lines;
@@ -66,7 +86,7 @@ std::vector<std::string> aligned(const Rows& rows) {
         std::string line;
         for (std::size_t i = 0; i < row.size(); ++i) {
             if (widths[i] != 0) {
-                line += row[i] + std::string(widths[i] - row[i].size() + 2, ' ');
+                line += printable(row[i]) + std::string(widths[i] - width_of(row[i]) + 2, ' ');
             }
         }
         lines.push_back(line.substr(0, line.find_last_not_of(' ') + 1));

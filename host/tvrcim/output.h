@@ -17,7 +17,11 @@ void print_instance(Session& session, const tvrhost::Cim_Instance& instance);
 // empty line between.
 void print_answer(Session& session, const tvrhost::Answer& answer);
 
-// The rows in columns, each as wide as its widest cell.
+// A text from hardware with a question mark for each control character, so that it can't break
+// lines or command the terminal.
+std::string printable(std::string text);
+
+// The rows, made printable, in columns, each as wide as its widest cell.
 using Rows = std::vector<std::vector<std::string>>;
 std::vector<std::string> aligned(const Rows& rows);
 // Those as lines; the first row is the heading.

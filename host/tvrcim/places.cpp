@@ -56,8 +56,11 @@ fs::path simulator_directory() {
         .parent_path();
 }
 
-bool adapter_libraries_present() {
-    return can_open("libHBAAPI.so") && (can_open("liblrmapi.so") || can_open("librmapi.so"));
+void check_adapter_libraries() {
+    if (!can_open("libHBAAPI.so") || !(can_open("liblrmapi.so") || can_open("librmapi.so"))) {
+        throw Cim_Error("this machine has no adapter libraries (libHBAAPI.so, and liblrmapi.so or "
+                        "librmapi.so); --sim shows simulated adapters");
+    }
 }
 
 } // namespace tvrcim

@@ -15,8 +15,8 @@ std::filesystem::path simulator_directory();
 
 std::filesystem::path own_file();
 
-// True if the libraries through which the module reads adapters can be opened.
-bool adapter_libraries_present();
+// Throws Cim_Error if the libraries through which the module reads adapters cannot be opened.
+void check_adapter_libraries();
 
 } // namespace tvrcim
 

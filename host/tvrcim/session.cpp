@@ -206,6 +206,7 @@ Cim_Path Session::find_path(const std::string& text) {
         return found.front();
     }
     if (found.empty() && answer.paths.empty()) {
+        explain_nothing();
         throw Cim_Error(text + ": " + wanted.class_name + " has no instances");
     }
     if (found.empty()) {

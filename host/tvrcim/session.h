@@ -5,6 +5,7 @@
 
 #include "host/object_manager.h"
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -22,6 +23,8 @@ public:
     tvrhost::Object_Manager& manager;
     Format format;
     std::ostream& out;
+    // For those who found nothing: throws Cim_Error where the reason is known.
+    std::function<void()> explain_nothing = [] {};
 
     // The class of that name. Throws Usage_Error that suggests near names.
     const tvrmof::Class& find_class(const std::string& name) const;

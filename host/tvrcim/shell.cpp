@@ -87,7 +87,7 @@ int run_shell(Session& session, std::istream& in, bool prompt) {
             session.out << std::flush;
             return int{success};
         });
-        if (in.eof()) {
+        if (in.eof() || !session.out) {
             break;
         }
     }

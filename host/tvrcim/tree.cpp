@@ -44,7 +44,7 @@ const Branches& branches() {
 void print(std::ostream& out, const Node& node, const Branches& style, const std::string& before) {
     for (const Node& child : node.children) {
         const bool is_last = &child == &node.children.back();
-        out << before << (is_last ? style.last : style.inner) << child.text << '\n';
+        out << before << (is_last ? style.last : style.inner) << printable(child.text) << '\n';
         print(out, child, style, before + (is_last ? style.below_last : style.below_inner));
     }
 }
@@ -171,7 +171,7 @@ void show_tree(Session& session) {
         return;
     }
     const Node root = host_node(host);
-    session.out << root.text << '\n';
+    session.out << printable(root.text) << '\n';
     print(session.out, root, branches(), "");
 }
 

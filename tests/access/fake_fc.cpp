@@ -17,12 +17,15 @@ uint32_t enter(const char* entryPoint) {
         libraries.entered(entryPoint);
     }
     std::lock_guard lock(mutex);
-    ++libraries.calls[entryPoint];
-    std::deque<uint32_t>& statuses = libraries.statuses[entryPoint];
-    const uint32_t status = statuses.empty() ? 0 : statuses.front();
-    if (!statuses.empty()) {
-        statuses.pop_front();
+    // A call that came before needs no memory: as a library in C, it can't throw then.
+    const auto counted = libraries.calls.find(entryPoint);
+    ++(counted == libraries.calls.end() ? libraries.calls[entryPoint] : counted->second);
+    const auto planned = libraries.statuses.find(entryPoint);
+    if (planned == libraries.statuses.end() || planned->second.empty()) {
+        return 0;
     }
+    const uint32_t status = planned->second.front();
+    planned->second.pop_front();
     return status;
 }
 

@@ -70,8 +70,8 @@ struct Libraries {
     std::optional<uint32_t> number; // a count or state
 
     // Statuses for the next calls of an entry point, one a call; 0 lets a call through.
-    std::map<std::string, std::deque<uint32_t>> statuses;
-    std::map<std::string, int> calls;
+    std::map<std::string, std::deque<uint32_t>, std::less<>> statuses;
+    std::map<std::string, int, std::less<>> calls;
     int openHandles = 0;
 
     // Runs in every call before it is answered, with the name of the entry point.

@@ -16,6 +16,7 @@ protected:
     // Behind the first line `from` and `count` allocations one fails. False if there were fewer.
     bool fails_behind(const char* from, long count) {
         log.take();
+        clock.time += 5'000'000; // past the time limit of the driver parameters
         bool first = true;
         const long before = sample::failures;
         const Log_Hook begin(from, [&] {
@@ -48,6 +49,8 @@ TEST_F(Exhausted_Memory, CostsAnInstanceAPortOrTheRestOfTheRebuild) {
           "Unable to create instance of TVRHBA_FCHBADriverParamServiceAffectsSystem",
           "Unable to create instance of TVRHBA_HostedFCHBADriverParamService"},
          2},
+        {"Inside CreateVPD", {"FC port 1000AABBCCDD0100 CreateVPD failed"}, 2},
+        {"RM_GetDriverParams: status=0", {"rm_status = 8"}, 2},
         {"RM_DiagReadPCIRegistersV2 call failed",
          {"Failed to create TVRHBA_PCIDevice",
           "Failed to create TVRHBA_PCIElementConformsToProfile",
@@ -55,10 +58,12 @@ TEST_F(Exhausted_Memory, CostsAnInstanceAPortOrTheRestOfTheRebuild) {
          1},
     };
     libraries.adapters = {adapter(1), adapter(2)};
+    libraries.adapters[0].ports[0].vpd = {{"PN", "part"}};
+    libraries.adapters[0].ports[0].params = {{}};
     load();
+    std::size_t ended = 0;
     for (const auto& row : cases) {
         std::set<std::string> seen;
-        std::size_t ended = 0;
         for (long count = 0; fails_behind(row.from, count); count += 1 + count / 32) {
             for (const std::string& line : row.lines) {
                 if (logged(line) != 0) {
@@ -72,8 +77,8 @@ TEST_F(Exhausted_Memory, CostsAnInstanceAPortOrTheRestOfTheRebuild) {
             ASSERT_EQ(ports(), (Ports{"1000AABBCCDD0100", "1000AABBCCDD0200"})) << count;
         }
         EXPECT_EQ(seen, row.lines);
-        EXPECT_GT(ended, 20u);
     }
+    EXPECT_GT(ended, 20u);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "host/tvrcim/commands.h"
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/near_names.h"
+#include "host/tvrcim/output.h"
 #include "host/tvrcim/session.h"
 #include "host/tvrcim/shell.h"
 #include "tests/host/host_fixture.h"
@@ -187,6 +188,11 @@ TEST_F(Session_Test, associations_are_followed_and_drawn) {
     const std::string whole = drawn("--depth 9");
     EXPECT_EQ(std::count(whole.begin(), whole.end(), '>'), 4) << "each association once";
     EXPECT_EQ(drawn("--hide Test_Base"), "  n0 [label=\"Test_Thing\\nalpha 1\", style=bold]\n}\n");
+}
+
+TEST(Output, columns_count_characters_and_hold_control_characters_back) {
+    EXPECT_EQ(aligned({{"\u00dc", "a"}, {"\x1b", "b"}, {"cc", "\n"}}),
+              (std::vector<std::string>{"\u00dc   a", "?   b", "cc  ?"}));
 }
 
 TEST_F(Session_Test, classes_tell_what_they_offer) {

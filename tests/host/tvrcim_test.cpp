@@ -136,6 +136,17 @@ TEST_F(Tvrcim, takes_a_scenario_and_leaves_nothing_behind) {
     expect_error("--sim=" + file + " list", 2, "host.json: adapters[0].copies");
 }
 
+TEST_F(Tvrcim, tells_when_its_output_is_lost) {
+    EXPECT_EQ(run("--sim --log list >/dev/full 2>err #").status, 1);
+    EXPECT_THAT(read("err"), StartsWith("tvrcim: standard output cannot be written\n"));
+    EXPECT_THAT(read("err"), HasSubstr("enter: enumInstances()")) << "the log comes all the same";
+    environment = "TVRSIM_SCENARIO=/nonexistent";
+    expect_error("--sim list", 2, "scenario /nonexistent: the file cannot be read");
+    EXPECT_TRUE(fs::is_empty(directory / "tmp"));
+    environment = "TMPDIR=/nonexistent";
+    expect_error("--sim list", 2, "TMPDIR, which is \"/nonexistent\", is no directory");
+}
+
 TEST_F(Tvrcim, json_is_for_programs) {
     using Json = nlohmann::json;
     const Json list = Json::parse(run("--sim -o json list").out);
@@ -163,7 +174,9 @@ TEST_F(Tvrcim, wrong_input_is_told_in_one_line) {
     expect_error("enum TVRHBA_FCPrt", 2, "did you mean TVRHBA_FCPort?");
     expect_error("--log=LOUD list", 2, "--log is FATAL, ERR");
     expect_error("--module /nonexistent.so list", 2, "module /nonexistent.so: ");
+    expect_error("--module libm.so.6 list", 2, "module libm.so.6: serves none of the classes");
     expect_error("--instances /nonexistent.json list", 2, "instance file /nonexistent.json");
+    expect_error("--instances / list", 2, "instance file /: cannot be read");
     expect_error("classes 'XX*'", 2, "no class matches 'XX*'");
     expect_error("--sim get TVRHBA_FCPort.DeviceID=zz", 1, "no such instance; DeviceID is ");
     expect_error("--sim get 'TVRHBA_FCPort.DeviceID=1,SystemName=a,CreationClassName=b,"
@@ -189,7 +202,8 @@ TEST_F(Tvrcim, the_shell_keeps_the_module_loaded) {
 
 TEST_F(Tvrcim, without_adapter_libraries_it_offers_the_simulation) {
     environment = "LD_LIBRARY_PATH='" TVR_NO_LIBRARIES "'";
-    expect_error("list", 1, "--sim shows simulated adapters");
+    for (const char* command : {"list", "enum TVRHBA_FCPort", "get TVRHBA_FCPort"})
+        expect_error(command, 1, "--sim shows simulated adapters");
     EXPECT_EQ(run("enum TVRHBA_RegisteredProfile").status, 0) << "what needs no adapter works";
 }
 

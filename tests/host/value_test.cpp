@@ -29,6 +29,7 @@ TEST(Cim_Value, refuses_to_be_read_as_what_it_is_not) {
 
 TEST(Cim_Value, literals_are_those_of_mof) {
     EXPECT_EQ(Cim_Value("a\"b\\c\n").literal(), R"("a\"b\\c\n")");
+    EXPECT_EQ(Cim_Value("\x1b[31m").literal(), R"("\x001B[31m")");
     EXPECT_EQ(Cim_Value(2.0).literal(), "2.0");
     EXPECT_EQ(Cim_Value::array_of<const char*>({"a", "b"}).literal(), R"({"a", "b"})");
     EXPECT_EQ(Cim_Value::array(Cim_Type::uint8, {Cim_Value::null(Cim_Type::uint8)}).literal(),
@@ -62,8 +63,8 @@ protected:
 };
 
 TEST_F(Text, paths_survive_the_way_through_text_and_take_what_people_type) {
-    Cim_Path thing("root/x", "Test_Thing", {{"Name", "a\",b\\"}, {"Slot", std::uint16_t{7}}});
-    EXPECT_EQ(thing.text(), R"(root/x:Test_Thing.Name="a\",b\\",Slot=7)");
+    Cim_Path thing("root/x", "Test_Thing", {{"Name", "a\",b\\\x1b"}, {"Slot", std::uint16_t{7}}});
+    EXPECT_EQ(thing.text(), R"(root/x:Test_Thing.Name="a\",b\\\x001B",Slot=7)");
     EXPECT_EQ(path(thing.text()), thing);
     const Cim_Path link("root/x", "Test_Link", {{"Left", thing}, {"Right", thing}});
     EXPECT_EQ(path(link.text()), link);

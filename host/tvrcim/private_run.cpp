@@ -1,4 +1,4 @@
-#include "host/tvrcim/simulation.h"
+#include "host/tvrcim/private_run.h"
 
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/places.h"
@@ -13,7 +13,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <iostream>
 
 namespace fs = std::filesystem;
 
@@ -21,7 +23,40 @@ namespace tvrcim {
 
 namespace {
 
-constexpr char marker[] = "TVRCIM_SIMULATED";
+constexpr char marker[] = "TVRCIM_PRIVATE_RUN";
+
+// A directory below the system's for temporary files that nobody else may read; removed with all
+// that is in it at the end.
+class Private_Directory {
+public:
+    Private_Directory() {
+        std::error_code error;
+        const fs::path temporary = fs::temp_directory_path(error);
+        if (error) {
+            const char* const variable = getenv("TMPDIR");
+            throw Usage_Error("TMPDIR, which is \"" +
+                              std::string(variable == nullptr ? "" : variable) +
+                              "\", is no directory");
+        }
+        std::string pattern = (temporary / "tvrcim-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw Usage_Error("cannot make a directory below " + temporary.string() + ": " +
+                              std::strerror(errno));
+        }
+        _path = pattern;
+    }
+    ~Private_Directory() {
+        std::error_code error;
+        fs::remove_all(_path, error);
+    }
+    Private_Directory(const Private_Directory&) = delete;
+    Private_Directory& operator=(const Private_Directory&) = delete;
+
+    const fs::path& path() const noexcept { return _path; }
+
+private:
+    fs::path _path;
+};
 
 volatile std::sig_atomic_t child = 0;
 
@@ -86,46 +121,44 @@ std::string joined(const fs::path& first, const char* rest) {
     return rest == nullptr || *rest == '\0' ? first.string() : first.string() + ":" + rest;
 }
 
-} // namespace
-
-Private_Directory::Private_Directory() {
-    std::string pattern = (fs::temp_directory_path() / "tvrcim-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-        throw Usage_Error("cannot make a directory below " + fs::temp_directory_path().string() +
-                          ": " + std::strerror(errno));
-    }
-    _path = pattern;
+// The scenario asked for, the environment's, or none.
+std::string scenario_file(const std::string& asked) {
+    const char* const variable = secure_getenv("TVRSIM_SCENARIO");
+    return !asked.empty() || variable == nullptr ? asked : variable;
 }
 
-Private_Directory::~Private_Directory() {
-    std::error_code error;
-    fs::remove_all(_path, error);
-}
-
-bool is_simulated() noexcept {
-    return secure_getenv(marker) != nullptr;
-}
-
-int run_simulated(char** arguments, const std::string& scenario) {
+void simulate(const fs::path& prefix, const std::string& asked) {
     const fs::path simulator = simulator_directory();
-    if (!scenario.empty()) {
+    if (const std::string scenario = scenario_file(asked); !scenario.empty()) {
         check_scenario(simulator, scenario);
-    }
-    const std::string self = own_file().string();
-    const Private_Directory prefix;
-    for (const char* directory : {"etc", "proc", "var/log"}) {
-        fs::create_directories(prefix.path() / directory);
-    }
-    copy_banner(prefix.path(), "/proc/version");
-    copy_banner(prefix.path(), "/etc/issue");
-
-    setenv(marker, "1", 1);
-    setenv("TAVRIN_FC_PREFIX", prefix.path().c_str(), 1);
-    setenv("LD_LIBRARY_PATH", joined(simulator, getenv("LD_LIBRARY_PATH")).c_str(), 1);
-    if (!scenario.empty()) {
         setenv("TVRSIM_SCENARIO", fs::absolute(scenario).c_str(), 1);
     }
+    for (const char* directory : {"etc", "proc", "var/log"}) {
+        fs::create_directories(prefix / directory);
+    }
+    copy_banner(prefix, "/proc/version");
+    copy_banner(prefix, "/etc/issue");
+    setenv("TAVRIN_FC_PREFIX", prefix.c_str(), 1);
+    setenv("LD_LIBRARY_PATH", joined(simulator, getenv("LD_LIBRARY_PATH")).c_str(), 1);
+}
 
+// Switches the runtime log on, in a place of its own.
+void keep_log(const fs::path& home, const std::string& level) {
+    fs::create_directories(home);
+    std::ofstream(home / ".cimplerc") << "LOG_LEVEL=" << level << '\n';
+    setenv("CIMPLE_HOME", home.c_str(), 1);
+}
+
+void show_log(const fs::path& home) {
+    std::ifstream messages(home / ".cimple" / "messages");
+    for (std::string line; std::getline(messages, line);) {
+        std::cerr << line << '\n';
+    }
+}
+
+// The exit status of a process that runs this program again.
+int run_again(char** arguments) {
+    const std::string self = own_file().string();
     const Signals_To_Child signals;
     const pid_t pid = fork();
     if (pid < 0) {
@@ -142,10 +175,28 @@ int run_simulated(char** arguments, const std::string& scenario) {
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     child = 0;
-    if (WIFSIGNALED(status)) {
-        return 128 + WTERMSIG(status);
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+} // namespace
+
+bool is_private_run() noexcept {
+    return secure_getenv(marker) != nullptr;
+}
+
+int run_privately(char** arguments, const Private_Run& run) {
+    const Private_Directory directory;
+    const fs::path log_home = directory.path() / "log";
+    if (run.simulated) {
+        simulate(directory.path() / "host", run.scenario);
     }
-    return WEXITSTATUS(status);
+    if (!run.log_level.empty()) {
+        keep_log(log_home, run.log_level);
+    }
+    setenv(marker, "1", 1);
+    const int status = run_again(arguments);
+    show_log(log_home);
+    return status;
 }
 
 } // namespace tvrcim
