@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <iostream>
 
 namespace tvrcim {
@@ -20,6 +21,35 @@ std::string first_line(std::string text) {
 int failed(const std::string& text, int status) {
     std::cerr << "tvrcim: " << first_line(text) << std::endl;
     return status;
+}
+
+std::vector<std::string> option_names(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
+}
+
+// Throws Usage_Error for the first word that looks like an option and is none.
+void check_options(const CLI::App& app, const CLI::App* command,
+                   const std::vector<std::string>& left) {
+    const auto unknown = std::find_if(left.begin(), left.end(), [](const std::string& word) {
+        return word.size() > 1 && word.starts_with('-');
+    });
+    if (unknown == left.end()) {
+        return;
+    }
+    std::vector<std::string> names = option_names(app);
+    if (command != nullptr) {
+        const std::vector<std::string> own = option_names(*command);
+        names.insert(names.end(), own.begin(), own.end());
+    }
+    const std::string name = unknown->substr(0, unknown->find('='));
+    throw Usage_Error("there is no option " + name + suggestion(name, names) +
+                      "; --help lists them");
 }
 
 } // namespace
@@ -40,14 +70,15 @@ std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ost
     } catch (const CLI::CallForHelp&) {
         for (const CLI::App* command : app.get_subcommands()) {
             if (command->parsed()) {
-                out << command->help();
+                out << command->help(app.get_name());
+                if (!app.get_name().empty()) {
+                    out << "\n'tvrcim --help' shows the options that may stand before the "
+                           "command.\n";
+                }
                 return success;
             }
         }
         out << app.help();
-        return success;
-    } catch (const CLI::CallForAllHelp&) {
-        out << app.help("", CLI::AppFormatMode::All);
         return success;
     } catch (const CLI::CallForVersion& version) {
         out << version.what() << '\n';
@@ -58,6 +89,7 @@ std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ost
             command = each;
         }
         const std::vector<std::string> left = app.remaining(true);
+        check_options(app, command, left);
         if (command == nullptr && !left.empty() && !left.front().starts_with('-')) {
             throw Usage_Error("there is no command '" + left.front() + "'" +
                               suggestion(left.front(), commands) + "; --help lists them");

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <memory>
 
 namespace tvrcim {
@@ -51,7 +52,8 @@ std::vector<std::string> offers(Session& session, const tvrmof::Class& model) {
         }
     }
     if (session.manager.serves(model.name, Kind::method) && !model.methods().empty()) {
-        words.push_back(std::to_string(model.methods().size()) + " methods");
+        const std::size_t count = model.methods().size();
+        words.push_back(std::to_string(count) + (count == 1 ? " method" : " methods"));
     }
     return words;
 }
@@ -154,6 +156,9 @@ tvrhost::Properties properties_of(Session& session, const tvrmof::Class& model,
 
 void enumerate(Session& session, const std::string& class_name,
                const std::vector<std::string>& properties, bool names) {
+    if (names && !properties.empty()) {
+        throw Usage_Error("--names shows no properties: it can't stand together with --property");
+    }
     const tvrmof::Class& model = session.find_class(class_name);
     const std::string space = session.name_space_of(model);
     const tvrhost::Properties wanted = properties_of(session, model, properties);
@@ -200,6 +205,9 @@ void modify(Session& session, const std::string& text, const std::vector<std::st
         if (property.is_key()) {
             throw Usage_Error(property.name + " is a key of " + model.name +
                               " and cannot be changed");
+        }
+        if (std::find(changed.begin(), changed.end(), property.name) != changed.end()) {
+            throw Usage_Error("property " + property.name + " stands there twice");
         }
         instance.properties.set(property.name,
                                 session.read_value(value, property, path.name_space));

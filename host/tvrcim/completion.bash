@@ -4,12 +4,14 @@ _tvrcim() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local commands='list tree classes enum get set call assoc refs graph shell'
     local options='--module --sim --namespace -o --output --log --instances --help --version'
-    local word command='' words=()
+    local word command='' words=() behind=0
     local i
     for ((i = 1; i < COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
-        if [[ -z $command && " $commands " == *" $word "* ]]; then
-            command=$word
+        if [[ -z $command ]]; then
+            [[ " $commands " == *" $word "* ]] && command=$word
+        elif [[ $word != -* && ${COMP_WORDS[i - 1]} != -* ]]; then
+            behind=$((behind + 1))
         fi
     done
     COMPREPLY=()
@@ -25,6 +27,13 @@ _tvrcim() {
     --class | --result-class | --leaf | --hide)
         mapfile -t words < <("${COMP_WORDS[0]}" classes --all 2>/dev/null | awk 'NR > 1 { print $1 }')
         mapfile -t COMPREPLY < <(compgen -W "${words[*]}" -- "$current")
+        return
+        ;;
+    --log)
+        mapfile -t COMPREPLY < <(compgen -W 'FATAL ERR WARN INFO DBG' -- "$current")
+        return
+        ;;
+    -p | --property | --role | --result-role | --depth | --fold)
         return
         ;;
     --namespace)
@@ -50,8 +59,8 @@ _tvrcim() {
         [[ $previous == --sim ]] && mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -f -- "$current")
         ;;
     enum | classes | get | set | call | assoc | refs | graph)
-        # Only the word right after the command, or after its options, is a class.
-        if [[ $current != *.* ]]; then
+        # The first word behind the command is a class, or a path that begins with one.
+        if [[ $behind -eq 0 && $current != *.* ]]; then
             mapfile -t words < <("${COMP_WORDS[0]}" classes 2>/dev/null | awk 'NR > 1 { print $1 }')
             mapfile -t COMPREPLY < <(compgen -W "${words[*]}" -- "$current")
             if [[ $command != enum && $command != classes ]]; then

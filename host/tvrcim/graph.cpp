@@ -8,6 +8,7 @@
 #include <numeric>
 #include <set>
 #include <span>
+#include <sstream>
 
 namespace tvrcim {
 
@@ -65,9 +66,15 @@ std::string own_name(const Cim_Path& path) {
     return text;
 }
 
-// A text in quotes, in which the escapes of JSON mean the same.
+// A label in quotes. Of the escapes of JSON only those of quotation mark, backslash and new line
+// are left, which Graphviz takes alike.
 std::string quoted(const std::string& text) {
-    return tvrhost::json_text(Json(text), -1);
+    std::string label;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        label += (label.empty() ? "" : "\n") + printable(std::move(line));
+    }
+    return tvrhost::json_text(Json(label), -1);
 }
 
 class Graph {

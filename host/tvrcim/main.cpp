@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 
 namespace tvrcim {
@@ -32,6 +33,14 @@ struct Settings {
     Format format = Format::text;
 };
 
+// A file here goes before one of the loader's places.
+std::string file_name(const std::string& module) {
+    std::error_code error;
+    const bool is_here =
+        module.find('/') == std::string::npos && std::filesystem::exists(module, error);
+    return is_here ? "./" + module : module;
+}
+
 // Of a file that has no factory of any class nothing would be answered.
 void check_module(tvrhost::Object_Manager& manager, const std::string& module) {
     const auto& classes = manager.schema()->classes();
@@ -44,7 +53,7 @@ void check_module(tvrhost::Object_Manager& manager, const std::string& module) {
 
 int run(const Settings& settings, const Command& command, bool shell) {
     tvrhost::Options options;
-    options.module = settings.module.empty() ? module_file().string() : settings.module;
+    options.module = settings.module.empty() ? module_file().string() : file_name(settings.module);
     options.mof = {mof_file().string()};
     options.instance_file = settings.instances;
     options.on_log = [](const std::string& text) { std::cerr << text << '\n'; };
@@ -52,7 +61,7 @@ int run(const Settings& settings, const Command& command, bool shell) {
     tvrhost::Object_Manager manager(std::move(options));
     check_module(manager, module);
     Session session(manager, settings.format, settings.name_space, std::cout);
-    session.explain_nothing = check_adapter_libraries;
+    session.explain_nothing = check_adapter_library;
     if (shell) {
         return run_shell(session, std::cin, isatty(STDIN_FILENO) != 0);
     }
@@ -87,7 +96,7 @@ int start(int argc, char** argv) {
         ->type_name("FORMAT");
     CLI::Option* const log =
         app.add_option("--log", apart.log_level,
-                       "show the module's runtime log at the end: ERR, WARN, INFO or DBG")
+                       "show the module's runtime log at the end: FATAL, ERR, WARN, INFO or DBG")
             ->type_name("[LEVEL]")
             ->expected(0, 1);
     app.add_option("--instances", settings.instances, "instances of other providers, as JSON")

@@ -56,10 +56,10 @@ fs::path simulator_directory() {
         .parent_path();
 }
 
-void check_adapter_libraries() {
-    if (!can_open("libHBAAPI.so") || !(can_open("liblrmapi.so") || can_open("librmapi.so"))) {
-        throw Cim_Error("this machine has no adapter libraries (libHBAAPI.so, and liblrmapi.so or "
-                        "librmapi.so); --sim shows simulated adapters");
+void check_adapter_library() {
+    if (!can_open("liblrmapi.so") && !can_open("librmapi.so")) {
+        throw Cim_Error("this machine has no adapter library (liblrmapi.so or librmapi.so); --sim "
+                        "shows simulated adapters");
     }
 }
 

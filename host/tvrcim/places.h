@@ -15,8 +15,8 @@ std::filesystem::path simulator_directory();
 
 std::filesystem::path own_file();
 
-// Throws Cim_Error if the libraries through which the module reads adapters cannot be opened.
-void check_adapter_libraries();
+// Throws Cim_Error if the library without which the module reads no adapter cannot be opened.
+void check_adapter_library();
 
 } // namespace tvrcim
 

@@ -67,13 +67,13 @@ void pass_on(int signal) {
 }
 
 // While the child runs, what would end this process goes to the child, so that the private
-// directory is removed afterwards. The terminal's own signals reach both.
+// directory is removed afterwards. A terminal's own signals reach the child twice.
 class Signals_To_Child {
 public:
     Signals_To_Child() {
         for (std::size_t i = 0; i < count; ++i) {
             struct sigaction action {};
-            action.sa_handler = passed[i] == SIGINT || passed[i] == SIGQUIT ? SIG_IGN : pass_on;
+            action.sa_handler = pass_on;
             sigaction(passed[i], &action, &_before[i]);
         }
     }

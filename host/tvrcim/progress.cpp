@@ -7,7 +7,16 @@
 
 namespace tvrcim {
 
+namespace {
+
+constexpr std::size_t widest = 60; // with the seconds behind it on a line of any terminal
+
+} // namespace
+
 Progress::Progress(std::string what) : _what(std::move(what)) {
+    if (_what.size() > widest) {
+        _what.resize(widest);
+    }
     if (isatty(STDERR_FILENO) != 0) {
         _thread = std::thread([this] { show(); });
     }

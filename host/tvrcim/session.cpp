@@ -16,6 +16,7 @@ using tvrhost::Named_Value;
 
 namespace {
 
+constexpr int not_found = 6; // as an answer's status
 constexpr char default_name_space[] = "root/tavrin";
 constexpr char interop_name_space[] = "root/pg_interop";
 
@@ -171,18 +172,28 @@ std::vector<Cim_Path> Session::ends_of(const tvrmof::Class& model) const {
     return ends;
 }
 
-Cim_Path Session::find_path(const std::string& text) {
-    Cim_Path wanted;
+Cim_Path Session::read_path(const std::string& text, bool& is_whole) const {
+    Cim_Path path;
     try {
-        wanted = tvrhost::parse_path(text, manager.schema(), "");
+        path = tvrhost::parse_path(text, manager.schema(), "");
     } catch (const tvrhost::Value_Error& error) {
         throw Usage_Error(error.what());
     }
-    const tvrmof::Class& model = find_class(wanted.class_name);
-    if (wanted.name_space.empty()) {
-        wanted.name_space = name_space_of(model);
+    const tvrmof::Class& model = find_class(path.class_name);
+    if (path.name_space.empty()) {
+        path.name_space = name_space_of(model);
     }
-    if (!model.keys().empty() && wanted.keys.size() == model.keys().size()) {
+    is_whole = !model.keys().empty() && path.keys.size() == model.keys().size();
+    return path;
+}
+
+Cim_Path Session::find_path(const std::string& text) {
+    bool is_whole = false;
+    const Cim_Path wanted = read_path(text, is_whole);
+    const tvrmof::Class& model = find_class(wanted.class_name);
+    // Of a whole path that leads to nothing the module's own answer says most.
+    const bool stands = is_whole && manager.serves(wanted.class_name, tvrhost::Kind::instance);
+    if (stands && manager.get_instance(wanted, std::vector<std::string>{}).rc != not_found) {
         return wanted;
     }
 
@@ -195,6 +206,9 @@ Cim_Path Session::find_path(const std::string& text) {
             answer.rc = answer.paths.empty() ? answer.rc : 0;
         }
     }
+    if (stands && !answer.ok()) {
+        return wanted;
+    }
     check(answer, text);
     std::vector<Cim_Path> found =
         fitting(answer.paths, wanted,
@@ -204,6 +218,9 @@ Cim_Path Session::find_path(const std::string& text) {
     }
     if (found.size() == 1) {
         return found.front();
+    }
+    if (found.empty() && stands) {
+        return wanted;
     }
     if (found.empty() && answer.paths.empty()) {
         explain_nothing();
@@ -217,7 +234,6 @@ Cim_Path Session::find_path(const std::string& text) {
 }
 
 void Session::check_exists(const Cim_Path& path) {
-    constexpr int not_found = 6;
     if (manager.serves(path.class_name, tvrhost::Kind::instance)) {
         const tvrhost::Answer answer = manager.get_instance(path, std::vector<std::string>{});
         if (answer.rc == not_found) {
@@ -229,7 +245,9 @@ void Session::check_exists(const Cim_Path& path) {
 Cim_Value Session::read_value(const std::string& text, const tvrmof::Typed& declared,
                               const std::string& name_space) {
     if (declared.is_reference && !declared.is_array && text != "NULL") {
-        return find_path(text);
+        bool is_whole = false;
+        Cim_Path path = read_path(text, is_whole);
+        return is_whole ? std::move(path) : find_path(text);
     }
     try {
         return tvrhost::parse_value(text, declared, manager.schema(), name_space);

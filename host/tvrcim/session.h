@@ -39,21 +39,23 @@ public:
     // Throws Cim_Error unless the answer is good; `what` was to be done.
     static void check(const tvrhost::Answer& answer, const std::string& what);
 
-    // The whole path of an instance that `text` names: as it stands if it has all keys, else the
-    // only instance whose keys fit. A text key fits by its beginning if none is equal. Of a class
-    // that nobody serves, as the computer system's may be, the instances are those that
-    // associations lead to.
+    // The whole path of an instance that `text` names: the only one whose keys fit. A text key fits
+    // by its beginning if none is equal. Of a class that nobody serves, as the computer system's
+    // may be, the instances are those that associations lead to. All keys of a served class stand
+    // for themselves where nothing fits.
     tvrhost::Cim_Path find_path(const std::string& text);
 
     // Throws Cim_Error if somebody serves the path's class and has no such instance; for those who
     // found nothing from there on.
     void check_exists(const tvrhost::Cim_Path& path);
 
-    // "NAME=VALUE" as a value of what `find` declares. Paths in it are completed.
+    // A text as a value of what is declared. A path in it is completed if it lacks keys.
     tvrhost::Cim_Value read_value(const std::string& text, const tvrmof::Typed& declared,
                                   const std::string& name_space);
 
 private:
+    // `is_whole` tells if the path has all keys.
+    tvrhost::Cim_Path read_path(const std::string& text, bool& is_whole) const;
     std::vector<tvrhost::Cim_Path> ends_of(const tvrmof::Class& model) const;
 
     std::string _name_space;

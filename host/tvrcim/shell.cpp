@@ -91,6 +91,9 @@ int run_shell(Session& session, std::istream& in, bool prompt) {
             break;
         }
     }
+    if (in.bad()) {
+        throw Usage_Error("standard input cannot be read");
+    }
     if (prompt) {
         session.out << '\n';
     }

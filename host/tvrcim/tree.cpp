@@ -33,7 +33,7 @@ const Branches& branches() {
     for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
         const char* const value = std::getenv(name);
         if (value != nullptr && *value != '\0') {
-            return std::strstr(value, "UTF-8") != nullptr || std::strstr(value, "utf8") != nullptr
+            return strcasestr(value, "UTF-8") != nullptr || strcasestr(value, "utf8") != nullptr
                        ? lines
                        : plain;
         }
@@ -85,10 +85,11 @@ std::vector<Node> unit_nodes(const std::vector<Unit_View>& units) {
 }
 
 Node port_node(const Port_View& port) {
-    const bool has_link = number_of(port.port["Speed"]) != 0;
-    Node node{joined({"port " + port.wwpn(), port.state(),
-                      has_link ? port.speed() + "  " + port.type() : "no link",
-                      labelled("firmware", port.firmware()), port.os_name()}),
+    const bool has_speed = number_of(port.port["Speed"]) != 0;
+    const bool is_down = !has_speed && port.state() == "Other";
+    Node node{joined({"port " + port.wwpn(), port.state(), has_speed ? port.speed() : "",
+                      is_down ? "no link" : port.type(), labelled("firmware", port.firmware()),
+                      port.os_name()}),
               {}};
     for (const Target_View& target : port.targets) {
         node.children.push_back({"target " + target.wwpn + "  FCID " + fc_id_text(target.fc_id),
@@ -121,7 +122,7 @@ Node host_node(const Host_View& host) {
 
 Json unit_json(const Unit_View& unit) {
     const std::uint64_t capacity = unit.capacity();
-    return {{"number", unit.number},
+    return {{"number", std::strtol(unit.number.c_str(), nullptr, 10)},
             {"kind", unit.kind},
             {"capacity", capacity == 0 ? Json(nullptr) : Json(capacity)},
             {"inquiry", unit.inquiry()},

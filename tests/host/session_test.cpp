@@ -78,7 +78,7 @@ TEST_F(Session_Test, a_path_is_completed_where_one_instance_fits) {
     EXPECT_EQ(session().find_path("test_thing.name=\"alpha\""), thing_path("alpha", 1));
     EXPECT_EQ(session().find_path("Test_Thing.Name=alph"), thing_path("alpha", 1)) << "a beginning";
     EXPECT_EQ(session().find_path("Test_Thing.Slot=2"), thing_path("beta", 2));
-    // All keys: taken as it stands, whether there is such an instance or not.
+    // All keys: taken as it stands where nothing fits.
     EXPECT_EQ(session().find_path("Test_Thing.Name=x,Slot=9"), thing_path("x", 9));
 
     EXPECT_EQ(complaint("Test_Thing.Name=beta"),
@@ -198,7 +198,7 @@ TEST(Output, columns_count_characters_and_hold_control_characters_back) {
 TEST_F(Session_Test, classes_tell_what_they_offer) {
     EXPECT_EQ(shell("classes\nclasses --all *link\nclasses test_thing"), success);
     EXPECT_THAT(out.str(), HasSubstr("CLASS       OFFERS\n"
-                                     "Test_Thing  instances, association, 1 methods\n"
+                                     "Test_Thing  instances, association, 1 method\n"
                                      "Test_Other  instances, association\n"
                                      "CLASS          OFFERS\nTest_Link\nTest_Far_Link\n"
                                      "Test_Thing : Test_Base\n  string Name (key)\n"));

@@ -111,6 +111,12 @@ TEST_F(Tvrcim, follows_associations) {
                 ContainsRegex("\n  AccessState += 1\n$"));
     expect_error("--sim assoc TVRHBA_FCPortStatistics.InstanceID=none", 1, "CMPI_RC_ERR_NOT_FOUND");
 
+    std::string path = run("--sim get" + port + "-p Speed").out;
+    path = "'" + path.substr(0, path.find('\n')).replace(0, path.find('.'), "CIM_FCPort") + "'";
+    EXPECT_EQ(run("--sim assoc " + path + " --class TVRHBA_ControlledBy --names").out,
+              controller.out)
+        << "by the whole path of a superclass";
+
     const std::string graph = run("--sim graph" + port + "--depth 2 --leaf CIM_System").out;
     EXPECT_THAT(graph, StartsWith("digraph associations {\n"));
     EXPECT_THAT(graph, HasSubstr(" [label=\"ControlledBy\\nAntecedent \u2192 Dependent\"]\n"));
@@ -166,12 +172,17 @@ TEST_F(Tvrcim, enumerates_and_gets) {
                            "Registration\"\n"));
     const Outcome port = run("--sim get TVRHBA_FCPort.DeviceID=10000254564A1020 -p PortType");
     EXPECT_THAT(port.out, HasSubstr("\n  PortType                = 10\n"));
+    EXPECT_THAT(run("get TVRHBA_RegisteredProfile.InstanceID=TVR:Storage -p RegisteredName").out,
+                HasSubstr("= \"Storage HBA\"\n"))
+        << "the beginning of the only key";
 }
 
 TEST_F(Tvrcim, wrong_input_is_told_in_one_line) {
     expect_error("", 2, "a command is missing: list, tree, classes");
     expect_error("lst", 2, "there is no command 'lst'; did you mean list?");
     expect_error("enum TVRHBA_FCPrt", 2, "did you mean TVRHBA_FCPort?");
+    expect_error("--sim --namespac x list", 2, "no option --namespac; did you mean --namespace?");
+    expect_error("enum TVRHBA_FCPort --nam", 2, "no option --nam; did you mean --names or");
     expect_error("--log=LOUD list", 2, "--log is FATAL, ERR");
     expect_error("--module /nonexistent.so list", 2, "module /nonexistent.so: ");
     expect_error("--module libm.so.6 list", 2, "module libm.so.6: serves none of the classes");
