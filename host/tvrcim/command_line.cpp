@@ -72,7 +72,7 @@ std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ost
             if (command->parsed()) {
                 out << command->help(app.get_name());
                 if (!app.get_name().empty()) {
-                    out << "\n'tvrcim --help' shows the options that may stand before the "
+                    out << "'tvrcim --help' shows the options that may stand before the "
                            "command.\n";
                 }
                 return success;

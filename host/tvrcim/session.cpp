@@ -189,7 +189,7 @@ Cim_Path Session::read_path(const std::string& text, bool& is_whole) const {
 
 Cim_Path Session::find_path(const std::string& text) {
     bool is_whole = false;
-    const Cim_Path wanted = read_path(text, is_whole);
+    Cim_Path wanted = read_path(text, is_whole);
     const tvrmof::Class& model = find_class(wanted.class_name);
     // Of a whole path that leads to nothing the module's own answer says most.
     const bool stands = is_whole && manager.serves(wanted.class_name, tvrhost::Kind::instance);
