@@ -34,7 +34,8 @@ Ref<C> find_at_object_manager(const char* name_space, Ref<Model> model, const ch
     return {};
 }
 
-Ref<CIM_ComputerSystem> find_computer_system() {
+// An up-call that fails, whatever the way, has found nothing.
+Ref<CIM_ComputerSystem> find_computer_system() try {
     TVR_LOG("up-call to enumerate CIM_ComputerSystem started");
     Ref<IBMSD_ComputerSystem> model(IBMSD_ComputerSystem::create(true));
     TVR_LOG("up-call to enumerate CIM_ComputerSystem created--calling now");
@@ -46,9 +47,11 @@ Ref<CIM_ComputerSystem> find_computer_system() {
         TVR_LOG("up-call - found the correct CIM_ComputerSystem to link");
     }
     return system;
+} catch (...) {
+    return {};
 }
 
-Ref<CIM_RegisteredProfile> find_base_server_profile() {
+Ref<CIM_RegisteredProfile> find_base_server_profile() try {
     TVR_LOG("up-call to enumerate CIM_RegisteredProfile started");
     Ref<CIM_RegisteredProfile> profile = find_at_object_manager<CIM_RegisteredProfile>(
         interop_namespace, Ref<CIM_RegisteredProfile>(CIM_RegisteredProfile::create(true)),
@@ -61,6 +64,8 @@ Ref<CIM_RegisteredProfile> find_base_server_profile() {
         TVR_LOG("up-call - found the correct CIM_RegisteredProfile to link");
     }
     return profile;
+} catch (...) {
+    return {};
 }
 
 Ref<CIM_ComputerSystem> make_computer_system(const ProviderAgent& agent) {

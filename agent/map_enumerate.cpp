@@ -90,7 +90,7 @@ void enumerate_active_map(ProviderAgent& agent, const Instance_Map& map, Mutex& 
         Copies copies;
         {
             const Active_Reader reader(agent);
-            if (refresher != nullptr) {
+            {
                 const Lock lock(mutex);
                 refresher(agent);
             }

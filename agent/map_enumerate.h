@@ -11,15 +11,14 @@ namespace cimple {
 // under the locks of its reader (agent/locks.h) and then hands the copies, in the order of the map,
 // to the handler, which owns them; no lock of the agent is held meanwhile, so that a slow client
 // holds up nobody. Waits, refreshers and lines in the log are the same for few as for all. Whatever
-// goes wrong ends the enumeration with a line in the log and what was delivered so far; a map with
-// two equal keys delivers nothing.
+// goes wrong ends the enumeration with a line in the log and what was delivered so far.
 void enumerate_adapter_map(ProviderAgent& agent, const Instance_Map& map,
                            const Enum_Instances_Handler& handler) noexcept;
 void enumerate_SAN_map(ProviderAgent& agent, const Instance_Map& map,
                        const Enum_Instances_Handler& handler) noexcept;
 // Updates instances of the agent's maps in place from the hardware; called with the locks held.
 using Refresher = void (*)(ProviderAgent& agent);
-// `mutex` serialises the refreshers of one map; a null refresher leaves the map as it is.
+// `mutex` serialises the refreshers of one map.
 void enumerate_active_map(ProviderAgent& agent, const Instance_Map& map, Mutex& mutex,
                           Refresher refresher, const Enum_Instances_Handler& handler) noexcept;
 
@@ -37,8 +36,7 @@ void map_enumerate_SAN(ProviderAgent& agent, const Class_Map<C>& map,
 
 template <class C>
 void map_enumerate_active(ProviderAgent& agent, const Class_Map<C>& map,
-                          const Enum_Instances_Handler& handler,
-                          Refresher refresher = nullptr) noexcept {
+                          const Enum_Instances_Handler& handler, Refresher refresher) noexcept {
     static Mutex mutex(true);
     enumerate_active_map(agent, map, mutex, refresher, handler);
 }

@@ -24,8 +24,7 @@ template <class C> void enumerate_SAN(const Enum_Instances_Handler& handler) noe
     }
 }
 template <class C>
-void enumerate_active(const Enum_Instances_Handler& handler,
-                      Refresher refresher = nullptr) noexcept {
+void enumerate_active(const Enum_Instances_Handler& handler, Refresher refresher) noexcept {
     if (ProviderAgent* agent = ProviderAgent::instance()) {
         map_enumerate_active(*agent, agent->*map_of<C>, handler, refresher);
     }

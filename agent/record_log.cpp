@@ -18,7 +18,10 @@ constexpr uint16 state_no_change = 5;
 void ProviderAgent::createRecordLog(const TVRHBA_SoftwareIdentity& provider) {
     const CLogger& logger = CLogger::getInstance();
     const bool enabled = logger.isEnabled() != 0;
-    auto log = make<TVRHBA_RecordLog>();
+    auto log = try_make<TVRHBA_RecordLog>();
+    if (!log) {
+        return;
+    }
     log->InstanceID.set(std::string("TVRHBA:ProviderLog:") + computerSystem().Name.value.c_str());
     log->Name.set("Record logs for Tavrin CIM Provider");
     log->ElementName.set("Record logs for Tavrin CIM Provider");

@@ -2,8 +2,7 @@
 // client says of the association's class isn't looked at.
 #include "runtime/cmpi_delivery.h"
 #include "runtime/cmpi_entry.h"
-
-#include <cmpimacs.h>
+#include "runtime/cmpi_owned.h"
 
 namespace cimple {
 
@@ -57,14 +56,9 @@ bool deliver_end(Instance* end, int /*status*/, void* client_data) {
     if (!to.wants(end)) {
         return false;
     }
-    CMPIObjectPath* path = to.path_of(*end, to.own_name_space(*end));
-    if (path == nullptr) {
-        return false;
-    }
-    CMPIInstance* instance =
-        CBGetInstance(up_call.broker, up_call.context, path, to.properties(), nullptr);
-    CMRelease(path);
-    return to.send(instance);
+    const CMPI_Owned<CMPIObjectPath> path(to.path_of(*end, to.own_name_space(*end)));
+    return path && to.send(CBGetInstance(up_call.broker, up_call.context, path.get(),
+                                         to.properties(), nullptr));
 }
 
 bool deliver_reference_name(Instance* association, int /*status*/, void* client_data) {

@@ -1,6 +1,6 @@
 #include "runtime/cmpi_delivery.h"
 
-#include <cmpimacs.h>
+#include "runtime/cmpi_owned.h"
 
 namespace cimple {
 
@@ -11,27 +11,27 @@ CMPIObjectPath* Delivery::path_of(const Instance& instance, const char* name_spa
 }
 
 bool Delivery::send_path(const Instance& instance, const char* name_space) {
-    CMPIObjectPath* path = path_of(instance, name_space);
-    if (path == nullptr) {
+    const CMPI_Owned<CMPIObjectPath> path(path_of(instance, name_space));
+    if (!path) {
         return false;
     }
-    CMReturnObjectPath(_result, path);
-    CMRelease(path);
+    CMReturnObjectPath(_result, path.get());
     return true;
 }
 
 bool Delivery::send_instance(Instance& instance, bool filtered) {
-    CMPIObjectPath* path = nullptr;
-    if (make_CMPI_object_path(_broker, &instance, _name_space, path, &_strings) != CMPI_RC_OK) {
+    CMPIObjectPath* made = nullptr;
+    if (make_CMPI_object_path(_broker, &instance, _name_space, made, &_strings) != CMPI_RC_OK) {
         return false;
     }
+    // Released here: else a long enumeration would heap the paths up until its end.
+    const CMPI_Owned<CMPIObjectPath> path(made);
     if (filtered) {
         filter_properties(&instance, _properties, false);
     }
     CMPIInstance* cmpi_instance = nullptr;
-    _rc = make_CMPI_instance(_broker, &instance, _name_space, path, _properties, cmpi_instance,
-                             &_strings);
-    CMRelease(path); // else a long enumeration would heap them up until its end
+    _rc = make_CMPI_instance(_broker, &instance, _name_space, path.get(), _properties,
+                             cmpi_instance, &_strings);
     return _rc == CMPI_RC_OK && send(cmpi_instance);
 }
 
@@ -47,8 +47,8 @@ bool Delivery::send(CMPIInstance* cmpi_instance) {
         _rc = CMPI_RC_ERR_FAILED;
         return false;
     }
+    const CMPI_Owned<CMPIInstance> owned(cmpi_instance);
     CMReturnInstance(_result, cmpi_instance);
-    CMRelease(cmpi_instance);
     return true;
 }
 

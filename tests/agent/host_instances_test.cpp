@@ -8,11 +8,9 @@ namespace cimple {
 namespace {
 
 using testing::ContainerEq;
-using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 using Properties = std::map<std::string, std::string>;
 

@@ -211,7 +211,7 @@ TEST_F(Refresh, ReadersSeeOldOrNewNeverAMixture) {
                 if (i % 2 == 0) {
                     enumerate<TVRHBA_FCPort>(ports.handler());
                 } else {
-                    enumerate_active<TVRHBA_FCPort>(ports.handler());
+                    enumerate_active<TVRHBA_FCPort>(ports.handler(), [](ProviderAgent&) {});
                 }
                 const std::vector<std::string> texts = ports.texts("Description");
                 const std::set<std::string> distinct(texts.begin(), texts.end());

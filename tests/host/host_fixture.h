@@ -24,25 +24,29 @@ protected:
         options.principal = "tester";
     }
     ~Host_Fixture() override {
-        if (!manager)
+        if (!manager) {
             return;
+        }
         manager->shutdown();
-        for (const Fault& fault : manager->take_faults())
+        for (const Fault& fault : manager->take_faults()) {
             ADD_FAILURE() << "fault: " << fault.text;
+        }
         EXPECT_EQ(manager->live_objects(), 0u);
     }
 
     Object_Manager& om() {
-        if (!manager)
+        if (!manager) {
             manager.emplace(options);
+        }
         return *manager;
     }
 
     // The kinds of the faults so far, which are then forgotten.
     std::vector<Fault_Kind> faults() {
         std::vector<Fault_Kind> kinds;
-        for (const Fault& fault : om().take_faults())
+        for (const Fault& fault : om().take_faults()) {
             kinds.push_back(fault.kind);
+        }
         return kinds;
     }
 
@@ -58,8 +62,9 @@ protected:
         CMAddKey(path, "Name", name, CMPI_chars);
         CMAddKey(path, "Slot", &slot, CMPI_uint16);
         CMPIInstance* const instance = CMNewInstance(r.broker, path, nullptr);
-        if (r.properties != nullptr)
+        if (r.properties != nullptr) {
             CMSetPropertyFilter(instance, r.properties, nullptr);
+        }
         CMSetProperty(instance, "Name", name, CMPI_chars);
         CMSetProperty(instance, "Slot", &slot, CMPI_uint16);
         const CMPIUint32 count = slot * 10u;
@@ -78,8 +83,9 @@ protected:
     // Names of the things in an answer.
     static std::vector<std::string> names(const Answer& answer) {
         std::vector<std::string> result;
-        for (const Cim_Instance& instance : answer.instances)
+        for (const Cim_Instance& instance : answer.instances) {
             result.push_back(instance["Name"].plain());
+        }
         return result;
     }
 

@@ -119,19 +119,23 @@ TEST_F(Lifecycle, requests_and_unloads_from_many_threads) {
     };
     om();
     std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
+    threads.reserve(4);
+    for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&, t] {
             for (int i = 0; i < 50; ++i) {
-                if (t == 0)
+                if (t == 0) {
                     om().unload("Test_Thing");
-                else if (t == 1)
+                } else if (t == 1) {
                     EXPECT_TRUE(om().enumerate_instances("root/x", "Test_Other").ok());
-                else
+                } else {
                     EXPECT_THAT(names(ask()), ElementsAre("a"));
+                }
             }
         });
-    for (std::thread& thread : threads)
+    }
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     om().shutdown();
     EXPECT_EQ(thing.made, thing.cleaned_up);
 }

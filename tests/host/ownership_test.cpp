@@ -16,8 +16,9 @@ class Ownership : public Host_Fixture {
 protected:
     // Runs `work` as one call into the module.
     Answer in_call(const std::function<void(Request&)>& work) {
-        if (thing == nullptr)
+        if (thing == nullptr) {
             thing = &module.add("Test_Thing");
+        }
         thing->enumerate = [&](Request& r) {
             work(r);
             return CMPI_RC_OK;
@@ -111,8 +112,9 @@ TEST_F(Ownership, tombstones_of_a_scope_stay_until_it_ends) {
     in_call([&](Request& r) {
         CMPIString* const kept = CMNewString(r.broker, "a", nullptr);
         CMRelease(kept);
-        for (int i = 0; i < 100; ++i)
+        for (int i = 0; i < 100; ++i) {
             CMRelease(CMNewString(r.broker, "b", nullptr));
+        }
         CMRelease(kept);
     });
     EXPECT_THAT(faults(), ElementsAre(double_release));
@@ -220,7 +222,9 @@ TEST_F(Ownership, values_come_back_as_they_went_in) {
             const CMPIData data = CMGetArg(args, "V", nullptr);
             EXPECT_EQ(data.type, type);
             EXPECT_EQ(data.state, CMPI_goodValue);
-            EXPECT_EQ(std::memcmp(&data.value, &value, sizeof value), 0) << type;
+            std::remove_cvref_t<decltype(value)> back;
+            std::memcpy(&back, &data.value, sizeof back);
+            EXPECT_EQ(back, value) << type;
         };
         check(CMPI_boolean, CMPIBoolean{1});
         check(CMPI_char16, CMPIChar16{0x263A});

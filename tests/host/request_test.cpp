@@ -132,8 +132,9 @@ TEST_F(Requests, associations_are_asked_where_their_ends_fit) {
     EXPECT_TRUE(om().associator_names(thing_path("a", 1), {"Test_Far_Link", "", "", ""}).ok());
     EXPECT_THAT(asked, ElementsAre("link Left", "far"));
     for (const Association_Filter& none : std::initializer_list<Association_Filter>{
-             {"", "Test_Other", "", ""}, {"", "", "Nope", ""}, {"", "", "Left", "Left"}})
+             {"", "Test_Other", "", ""}, {"", "", "Nope", ""}, {"", "", "Left", "Left"}}) {
         EXPECT_TRUE(om().associator_names(thing_path("a", 1), none).paths.empty());
+    }
     EXPECT_EQ(asked.size(), 2u) << "no other reference takes the result";
     EXPECT_EQ(om().associators(thing_path("a", 1), {"", "Nope", "", ""}).rc,
               CMPI_RC_ERR_INVALID_PARAMETER);
@@ -148,8 +149,9 @@ TEST_F(Requests, an_up_call_reaches_other_classes_and_given_instances) {
         CMPIStatus rc;
         CMPIObjectPath* const path = CMNewObjectPath(r.broker, "root/x", "Test_Thing", nullptr);
         CMPIEnumeration* const all = CBEnumInstances(r.broker, r.context, path, nullptr, &rc);
-        while (CMHasNext(all, nullptr))
+        while (CMHasNext(all, nullptr)) {
             seen.push_back(name_of(CMGetNext(all, nullptr).value.inst));
+        }
         CMSetNameSpace(path, "root/y");
         EXPECT_EQ(CBEnumInstances(r.broker, r.context, path, nullptr, &rc), nullptr);
         EXPECT_EQ(rc.rc, CMPI_RC_ERR_INVALID_CLASS);

@@ -73,8 +73,9 @@ public:
                 const Scripted_Class& each = *_classes[i];
                 for (const char letter : each.kinds) {
                     const auto kind = static_cast<tvrhost::Kind>(letter);
-                    if (name == each.name + "_Create_" + tvrhost::kind_name(kind) + "MI")
+                    if (name == each.name + "_Create_" + tvrhost::kind_name(kind) + "MI") {
                         return made_by[i](kind);
+                    }
                 }
             }
             return nullptr;
@@ -101,8 +102,9 @@ private:
     template <Script Scripted_Class::*script, class MI, class... Arguments>
     static CMPIStatus on(MI* mi, Arguments... arguments) {
         Scripted_Class& self = *static_cast<Scripted_Class*>(mi->hdl);
-        if constexpr (script == &Scripted_Class::cleanup)
+        if constexpr (script == &Scripted_Class::cleanup) {
             ++self.cleaned_up;
+        }
         Request request{self.broker};
         (take(request, arguments), ...);
         return {self.*script ? (self.*script)(request) : CMPI_RC_ERR_NOT_SUPPORTED, nullptr};
@@ -141,13 +143,15 @@ private:
     template <std::size_t index, class MI, MI Scripted_Class::*Member>
     static MI* create(const CMPIBroker* broker, const CMPIContext* context, CMPIStatus*) {
         Scripted_Class& made = *slots()[index];
-        if (!made.make())
+        if (!made.make()) {
             return nullptr;
+        }
         ++made.made;
         made.broker = broker;
         Request request{broker, context};
-        if (made.load)
+        if (made.load) {
             made.load(request);
+        }
         MI& mi = made.*Member;
         static const auto functions = table(&mi);
         mi.hdl = &made;
@@ -159,10 +163,12 @@ private:
         const auto any = [](auto* function) {
             return reinterpret_cast<tvrhost::Any_Function>(function);
         };
-        if (kind == tvrhost::Kind::instance)
+        if (kind == tvrhost::Kind::instance) {
             return any(create<index, CMPIInstanceMI, &C::instance_mi>);
-        if (kind == tvrhost::Kind::method)
+        }
+        if (kind == tvrhost::Kind::method) {
             return any(create<index, CMPIMethodMI, &C::method_mi>);
+        }
         return any(create<index, CMPIAssociationMI, &C::association_mi>);
     }
 

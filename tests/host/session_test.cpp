@@ -40,8 +40,9 @@ class Session_Test : public Host_Fixture {
 protected:
     Session_Test() {
         thing.enumerate_names = [](Request& r) {
-            for (const char* name : {"alpha", "alpine", "beta"})
+            for (const char* name : {"alpha", "alpine", "beta"}) {
                 CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, name, 1), nullptr));
+            }
             CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, "beta", 2), nullptr));
             return CMReturnDone(r.result).rc;
         };
@@ -51,8 +52,9 @@ protected:
     }
 
     Session& session() {
-        if (!made)
+        if (!made) {
             made.emplace(om(), Format::text, "root/x", out);
+        }
         return *made;
     }
     std::string complaint(const std::string& path) {
@@ -143,8 +145,9 @@ TEST_F(Session_Test, the_shell_goes_on_after_errors_until_exit) {
 TEST_F(Session_Test, associations_are_followed_and_drawn) {
     Scripted_Class& link = module.add("Test_Link", "IA");
     link.associator_names = [](Request& r) {
-        for (const char* name : {"a", "a", "b \"2\""})
+        for (const char* name : {"a", "a", "b \"2\""}) {
             CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, name, 1), nullptr));
+        }
         return CMPI_RC_OK;
     };
     link.associators = hand_out("a", 1);

@@ -131,8 +131,9 @@ TEST_F(Tvrcim, takes_a_scenario_and_leaves_nothing_behind) {
     const std::string file = (directory / "host.json").string();
     std::ofstream(file) << R"({"adapters": [{"copies": 3}]})";
     for (const std::string& arguments :
-         {"--sim " + file + " list", "--sim=" + file + " list", "list --log --sim=" + file})
+         {"--sim " + file + " list", "--sim=" + file + " list", "list --log --sim=" + file}) {
         EXPECT_EQ(lines(run(arguments).out), 4u) << arguments;
+    }
     EXPECT_TRUE(fs::is_empty(directory / "tmp"));
     EXPECT_TRUE(fs::is_empty(directory / "etc")) << "a simulated run has a place of its own";
     expect_error("--sim=/nonexistent list", 2, "scenario /nonexistent: the file cannot be read");
@@ -213,8 +214,9 @@ TEST_F(Tvrcim, the_shell_keeps_the_module_loaded) {
 
 TEST_F(Tvrcim, without_adapter_libraries_it_offers_the_simulation) {
     environment = "LD_LIBRARY_PATH='" TVR_NO_LIBRARIES "'";
-    for (const char* command : {"list", "enum TVRHBA_FCPort", "get TVRHBA_FCPort"})
+    for (const char* command : {"list", "enum TVRHBA_FCPort", "get TVRHBA_FCPort"}) {
         expect_error(command, 1, "--sim shows simulated adapters");
+    }
     EXPECT_EQ(run("enum TVRHBA_RegisteredProfile").status, 0) << "what needs no adapter works";
 }
 
@@ -223,8 +225,9 @@ TEST_F(Tvrcim, tells_version_usage_and_what_the_runtime_did) {
                 HasSubstr("enter: enumInstanceNames()"));
     EXPECT_EQ(run("--version").out, "tvrcim 2.5.11-1\n");
     const std::string help = run("--help").out;
-    for (const char* command : {"list", "classes", "enum", "get", "set", "call", "shell"})
+    for (const char* command : {"list", "classes", "enum", "get", "set", "call", "shell"}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + command + " ")) << command;
+    }
 }
 
 } // namespace

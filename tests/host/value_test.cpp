@@ -47,8 +47,9 @@ TEST(Cim_Datetime, converts_to_microseconds_and_back) {
     for (const char* text :
          {"", "2024", "20240229133059.000007+06", "20240229133059,000007+060",
           "20241329133059.000007+060", "20240229243059.000007+060", "2024022913305x.000007+060",
-          "00000002030405.000006:001", "20240229133059.000007+0600"})
+          "00000002030405.000006:001", "20240229133059.000007+0600"}) {
         EXPECT_THROW(Cim_Datetime{text}, Value_Error) << text;
+    }
     EXPECT_NO_THROW(Cim_Datetime("2024**********.******+000"));
 }
 
@@ -89,8 +90,9 @@ TEST_F(Text, malformed_paths_tell_what_is_wrong) {
         {"Test_Thing.Slot=65536", "65535"},
         {"Test_Link.Left=\"Test_Thing.Nope=1\"", "no key Nope"},
     };
-    for (const auto& [text, complaint] : cases)
-        EXPECT_THAT(error_of([&] { path(text); }), HasSubstr(complaint)) << text;
+    for (const auto& [text, complaint] : cases) {
+        EXPECT_THAT(error_of([&, &text = text] { path(text); }), HasSubstr(complaint)) << text;
+    }
 }
 
 TEST_F(Text, values_are_read_by_their_declaration) {
@@ -107,9 +109,13 @@ TEST_F(Text, values_are_read_by_their_declaration) {
         {"Since", "now", "yyyymmdd"},       {"Words", "a", "an array such as"},
         {"Words", "{}", "array of string"}, {"Words", "[1]", "takes string"},
     };
-    for (const auto& [property, text, complaint] : cases)
-        EXPECT_THAT(error_of([&] { value("Test_Thing", property, text); }), HasSubstr(complaint))
+    for (const auto& [property, text, complaint] : cases) {
+        EXPECT_THAT(error_of([&, &property = property, &text = text] {
+                        value("Test_Thing", property, text);
+                    }),
+                    HasSubstr(complaint))
             << property << '=' << text;
+    }
 }
 
 TEST_F(Text, json_shows_each_type) {
@@ -153,7 +159,7 @@ TEST_F(Text, an_instance_file_gives_instances_or_one_line) {
         {R"([{"class": "Test_Thing", "properties": {"Turn": 1}}])", "no such property"},
     };
     for (const auto& [text, complaint] : cases) {
-        const std::string error = error_of([&] { read(text); });
+        const std::string error = error_of([&, &text = text] { read(text); });
         EXPECT_THAT(error, HasSubstr(complaint)) << text;
         EXPECT_THAT(error, ::testing::Not(HasSubstr("\n"))) << text;
     }
