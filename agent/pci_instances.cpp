@@ -9,7 +9,9 @@ namespace cimple {
 
 namespace {
 
-constexpr uint16 not_applicable = 5; // of the states and of health
+constexpr uint16 not_applicable = 5; // of EnabledState
+constexpr uint16 no_change = 5;      // of RequestedState
+constexpr uint16 good = 5;           // of the two of health
 
 // Fields of the type 0 header of the PCI configuration space.
 class PCI_Header {
@@ -66,9 +68,9 @@ void fill(TVRHBA_PCIDevice& device, const CIM_ComputerSystem& system, const std:
     device.DeviceID.set(wwpn + id);
     device.ElementName.set("Tavrin:NICAdapter" + std::to_string(adapter_index));
     device.EnabledState.set(not_applicable);
-    device.RequestedState.set(not_applicable);
-    device.PrimaryStatus.set(not_applicable);
-    device.HealthState.set(not_applicable);
+    device.RequestedState.set(no_change);
+    device.PrimaryStatus.set(good);
+    device.HealthState.set(good);
     device.VendorID.set(header.word(0x00));
     device.Command.set(header.word(0x04));
     device.PCIStatus.set(header.word(0x06));

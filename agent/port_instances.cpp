@@ -4,12 +4,13 @@
 #include "agent/adapter_instances.h"
 #include "agent/port_inventory.h"
 #include "agent/port_tables.h"
+#include "agent/service_links.h"
 
 namespace cimple {
 
 namespace {
 
-constexpr uint16 usage_front_end_only = 4;
+constexpr uint16 usage_not_restricted = 4;
 constexpr uint16 link_technology_fc = 4;
 constexpr uint16 kind_driver = 9; // of software
 
@@ -58,7 +59,7 @@ Ref<TVRHBA_FCPort> make_port(const CIM_ComputerSystem& system, const FCAdapterAt
     if (TVR_DiagTestFunc::GetBeaconState(&beacon, fc_port.getPortName()) == 0) {
         port->LocationIndicator.set(beacon);
     }
-    port->UsageRestriction.set(usage_front_end_only);
+    port->UsageRestriction.set(usage_not_restricted);
     port->FCID.set(attributes.PortFcId);
     port->NumberOfDiscoveredPorts.set(attributes.NumberofDiscoveredPorts);
     port->OperationalFirmware.set(adapter.operationalFirmware + ":v" + adapter.FirmwareVersion);
@@ -198,12 +199,15 @@ void add_dependency(ProviderAgent& agent, const End<Antecedent>& antecedent,
 // A service that the host has affects the port.
 template <class C, class Service>
 void add_effect(ProviderAgent& agent, const std::optional<End<Service>>& service,
-                const End<TVRHBA_FCPort>& port, const char* name_space = implementation_namespace) {
-    if (service) {
-        auto effect = make<C>(name_space);
+                const End<TVRHBA_FCPort>& port, const char* name_space = implementation_namespace,
+                Lines lines = Lines::plain) {
+    if (!service) {
+        return;
+    }
+    if (auto effect = try_association<C>(name_space, lines)) {
         effect->AffectedElement = port;
         effect->AffectingElement = *service;
-        add(agent, std::move(effect));
+        add_association(agent, std::move(effect), lines);
     }
 }
 
@@ -267,7 +271,8 @@ void create_port_instances(ProviderAgent& agent, const Host_Ends& host, const Ad
     add_effect<TVRHBA_InstallServiceAffectsFCPort>(agent, host.installation_service, port);
     add_effect<TVRHBA_BootBIOSServiceAffectsFCPort>(agent, host.boot_bios_service, port);
     add_effect<TVRHBA_FCHBAWWNServiceAffectsFCPort>(agent, host.wwn_service, port, any_namespace);
-    add_effect<TVRHBA_FCHBADriverParamServiceAffectsFCPort>(agent, host.driver_param_service, port);
+    add_effect<TVRHBA_FCHBADriverParamServiceAffectsFCPort>(
+        agent, host.driver_param_service, port, implementation_namespace, Lines::with_class);
     TVR_LOG("Ending of Software Installation Service");
 }
 

@@ -2,6 +2,7 @@
 // parameters.
 #include "agent/creation.h"
 #include "agent/profile_instance.h"
+#include "agent/service_links.h"
 #include "agent/uri_schemes.h"
 
 namespace cimple {
@@ -47,31 +48,6 @@ Ref<Service> make_service(const CIM_ComputerSystem& system, const Service_Texts&
 template <class Service> void enable_by_default(Service& service) {
     service.RequestedState.set(state_enabled);
     service.EnabledDefault.set(state_enabled);
-}
-
-// Whether what the log says of an association that isn't made or inserted tells its class.
-enum class Lines { plain, with_class };
-
-// Null if there is no memory for it: a rebuild goes on without.
-template <class C> Ref<C> try_association(const char* name_space, Lines lines = Lines::plain) {
-    Ref<C> association = try_make<C>(name_space);
-    if (!association) {
-        if (lines == Lines::with_class) {
-            TVR_LOG("Unable to create instance of %s", C::static_meta_class.name);
-        } else {
-            TVR_LOG("Could not create the instance of the Association class");
-        }
-    }
-    return association;
-}
-
-template <class C>
-void add_association(ProviderAgent& agent, Ref<C> association, Lines lines = Lines::plain) {
-    if (lines == Lines::with_class) {
-        add(agent, std::move(association));
-    } else {
-        insert(agent.*map_of<C>, std::move(association), "Insert Failed");
-    }
 }
 
 // The computer system hosts the service.

@@ -1,5 +1,6 @@
 // Software identities of provider, driver and diagnostics.
 #include "agent/creation.h"
+#include "agent/fc_adapters.h"
 #include "agent/software_identity.h"
 #include "agent/version.h"
 
@@ -110,14 +111,10 @@ const TVRHBA_SoftwareIdentity& ProviderAgent::createProviderIdentity() {
 
 void ProviderAgent::createDriverIdentities() {
     const FCAdapterAttributes* attributes = nullptr;
-    for (const std::unique_ptr<Adapter>& adapter : m_pData->getAdapters()) {
-        if (adapter->getAdapterType() == ADAPTER_FC) {
-            attributes = static_cast<const FCAdapter&>(*adapter).getFCAttributes();
-            break;
-        }
-        TVR_LOG("Skippping Adapter [%s] since it is not an FC Adapter",
-                adapter->getAdapterName().c_str());
-    }
+    for_each_FC_adapter(*this, [&](const FCAdapter& adapter) {
+        attributes = adapter.getFCAttributes();
+        return false;
+    });
     if (attributes == nullptr) {
         return;
     }

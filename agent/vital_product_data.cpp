@@ -63,6 +63,13 @@ std::string description(const VPDEntry& entry) {
     return entry.name() != nullptr ? entry.name() : entry.keyword;
 }
 
+// Descriptions and values belong together; memory may have ended between the two.
+void keep_in_step(Array<String>& descriptions, Array<String>& values) {
+    if (descriptions.size() > values.size()) {
+        descriptions.remove(values.size());
+    }
+}
+
 } // namespace
 
 uint32 FillPortVPD(TVRHBA_FCPort& port, const std::string& deviceId) try {
@@ -87,6 +94,7 @@ uint32 FillPortVPD(TVRHBA_FCPort& port, const std::string& deviceId) try {
     }
     return 0;
 } catch (const std::bad_alloc&) {
+    keep_in_step(port.IdentifyingDescriptions.value, port.OtherIdentifyingInfo.value);
     return 1;
 }
 

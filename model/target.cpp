@@ -130,8 +130,13 @@ Target::Target(const Adapter& adapter, const HBA_FCPSCSIENTRY& row)
     TVR_LOG("Creating Target...");
     TVR_LOG("%s", NodeWWN.c_str());
     TVR_LOG("%s", PortWWN.c_str());
+    ask(adapter, row.FcpId);
+    TVR_LOG("End Creating Target...");
+}
+
+void Target::ask(const Adapter& adapter, const HBA_FCPID& id) {
     const OpenAdapter open(adapter.getAdapterName());
-    const LogicalUnit unit(open.handle(), row.FcpId);
+    const LogicalUnit unit(open.handle(), id);
     ScsiExchange exchange;
 
     TVR_LOG("SCSI Inquiry with 0, 0");
@@ -157,7 +162,6 @@ Target::Target(const Adapter& adapter, const HBA_FCPSCSIENTRY& row)
         maxLBA = exchange.number(0);
         blockSize = exchange.number(4);
     }
-    TVR_LOG("End Creating Target...");
 }
 
 } // namespace cimple

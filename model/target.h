@@ -42,6 +42,9 @@ public:
     std::string revision;
     std::string serialNumber;
     DeviceIdentifier deviceIdentifier;
+
+private:
+    void ask(const Adapter& adapter, const HBA_FCPID& unit);
 };
 
 } // namespace cimple

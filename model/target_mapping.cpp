@@ -39,7 +39,10 @@ uint32 TargetMapping::size() const noexcept {
         return std::any_of(bytes, bytes + sizeof(HBA_FCPSCSIENTRY),
                            [](unsigned char byte) { return byte != 0; });
     };
-    uint32 rows = m_mapping ? std::min(m_mapping->NumberOfEntries, m_capacity) : 0;
+    if (!m_mapping || toldRows() <= m_capacity) {
+        return m_mapping ? toldRows() : 0;
+    }
+    uint32 rows = m_capacity;
     while (rows > 0 && !is_written(rows - 1)) {
         --rows;
     }

@@ -19,15 +19,15 @@ public:
     TargetMapping() = default;
 
     // Room for so many rows, all zero, in place of what was there. False when there is no memory
-    // for them; the mapping is then empty.
+    // for them or they are more than the most; the mapping is then empty.
     bool allocate(uint32 rows) noexcept;
 
     explicit operator bool() const noexcept { return m_mapping != nullptr; }
     HBA_FCPTARGETMAPPING* get() noexcept { return m_mapping.get(); }
     // What the library says of its rows, whatever it may mean.
     uint32 toldRows() const noexcept { return m_mapping->NumberOfEntries; }
-    // Those that are there to be read: no more than there was room for, and up to the last one that
-    // the library has written.
+    // Those that are there to be read. Where the library tells of more than there was room for: up
+    // to the last one that it has written.
     uint32 size() const noexcept;
     const HBA_FCPSCSIENTRY& row(uint32 index) const noexcept { return m_mapping->entry[index]; }
 

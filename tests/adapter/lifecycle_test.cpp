@@ -150,6 +150,7 @@ TEST_F(Lifecycle_Test, RequestsOfOneClassAreSerialisedButMayComeInAgain) {
     };
     std::barrier start(4);
     std::vector<std::jthread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             start.arrive_and_wait();

@@ -50,12 +50,14 @@ TEST(Instance, with_defaults_holds_them_and_is_null_elsewhere) {
     // Without defaults all reads as zero and not null.
     const Ref<Values> values = make<Values>(false);
     const Ref<Values> nulls = make<Values>(true);
+// NOLINTBEGIN(bugprone-macro-parentheses): a type can't stand in parentheses
 #define X(code, type, value_, other)                                                               \
     EXPECT_FALSE(values->scalar_##code.is_null() || values->array_##code.is_null());               \
     EXPECT_TRUE(nulls->scalar_##code.is_null() && nulls->array_##code.is_null());                  \
-    EXPECT_TRUE(values->scalar_##code.value == type{} && values->array_##code.value.empty());
+    EXPECT_TRUE(values->scalar_##code.value == (type{}) && values->array_##code.value.empty());
     SAMPLE_TYPES(X)
 #undef X
+    // NOLINTEND(bugprone-macro-parentheses)
 }
 
 TEST(Instance, a_clone_shares_texts_and_nothing_else) {
@@ -82,14 +84,14 @@ TEST(Instance, a_clone_shares_texts_and_nothing_else) {
     Ref<Values> values = make<Values>();
 #define X(code, type, sample, other)                                                               \
     values->scalar_##code.set(sample);                                                             \
-    values->array_##code.set(Array<type>{sample, other});
+    values->array_##code.set(Array<type>{(sample), (other)});
     SAMPLE_TYPES(X)
 #undef X
     const Ref<Values> again(clone_of(values.get()));
     values.reset();
 #define X(code, type, sample, other)                                                               \
-    EXPECT_TRUE(again->scalar_##code.value == sample && !again->scalar_##code.is_null());          \
-    EXPECT_TRUE((again->array_##code.value == Array<type>{sample, other}));
+    EXPECT_TRUE(again->scalar_##code.value == (sample) && !again->scalar_##code.is_null());        \
+    EXPECT_TRUE((again->array_##code.value == Array<type>{(sample), (other)}));
     SAMPLE_TYPES(X)
 #undef X
 }

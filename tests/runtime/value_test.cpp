@@ -19,18 +19,20 @@ const Meta_Feature* feature(const Meta_Structure& structure, const char* name) {
 
 TEST(Value, kinds_have_codes_and_names) {
     Value value;
+// NOLINTBEGIN(bugprone-macro-parentheses): a type can't stand in parentheses
 #define X(code, type_, sample, other)                                                              \
     value.set(sample);                                                                             \
     EXPECT_EQ(value.type(), code);                                                                 \
-    EXPECT_TRUE(*value.get<type_>() == sample);                                                    \
+    EXPECT_TRUE(*value.get<type_>() == (sample));                                                  \
     EXPECT_EQ(value.get<Array<type_>>(), nullptr);                                                 \
-    value.set(Array<type_>{sample, other});                                                        \
-    EXPECT_EQ(value.type(), 128 + code);                                                           \
-    EXPECT_EQ(Value::kind_name(128 + code), std::string(type_name(code)) + "_array");              \
+    value.set(Array<type_>{(sample), (other)});                                                    \
+    EXPECT_EQ(value.type(), 128 + (code));                                                         \
+    EXPECT_EQ(Value::kind_name(128 + (code)), std::string(type_name(code)) + "_array");            \
     value.set_null_of(code);                                                                       \
     EXPECT_TRUE(value.null() && *value.get<type_>() == type_{});
     SAMPLE_TYPES(X)
 #undef X
+    // NOLINTEND(bugprone-macro-parentheses)
     for (const sint32 kind : {-2, 15, 127, 143, 100000}) {
         EXPECT_STREQ(Value::kind_name(kind), "unknown");
         value.set_null_of(kind);
