@@ -6,7 +6,6 @@
 #include <thread>
 #include <vector>
 
-
 namespace {
 
 constexpr HBA_WWN firstTarget = {{0x50, 2, 0x54, 0x56, 0x90, 0, 0, 0}};
