@@ -63,7 +63,7 @@ auto own_features(const Meta_Class& meta_class) {
 
 TEST(Catalogue, HasTheClassesThatStandBeside) {
     std::set<std::string> names;
-    for (const auto& [group, words] : catalogue::entries(catalogue::base_classes)) {
+    for (const auto& [group, words] : catalogue::entries("base_classes")) {
         const std::string name = catalogue::base(words.at(0));
         const auto flags = static_cast<uint32>(std::stoul(words.at(1), nullptr, 16));
         const Meta_Class& found = expect_class(name, catalogue::base(group.at(0)), flags);
@@ -76,7 +76,7 @@ TEST(Catalogue, HasTheClassesThatStandBeside) {
 
 TEST(Catalogue, HasTheServedInstanceClasses) {
     std::set<std::string> names;
-    for (const auto& [group, words] : catalogue::entries(catalogue::instance_classes)) {
+    for (const auto& [group, words] : catalogue::entries("instance_classes")) {
         const std::string name = catalogue::served(words.at(0));
         const std::string parent = catalogue::base(words.at(words.at(1) == "=" ? 0 : 1));
         const Meta_Class& found = expect_class(name, parent, FLAG_CLASS);
@@ -89,7 +89,7 @@ TEST(Catalogue, HasTheServedInstanceClasses) {
 
 TEST(Catalogue, HasTheServedAssociationsWithTheirEnds) {
     std::set<std::string> names;
-    for (const auto& [group, words] : catalogue::entries(catalogue::association_classes)) {
+    for (const auto& [group, words] : catalogue::entries("association_classes")) {
         const bool aggregation = group.at(0)[0] == '+';
         const std::string name = catalogue::served(words.at(0));
         SCOPED_TRACE(name);
