@@ -227,57 +227,12 @@ TEST_F(Host, LinksItsProfilesToTheBaseServerProfile) {
     EXPECT_EQ(enumerated<TVRHBA_BaseServerReferencedProfile>().size(), 0u);
 }
 
-TEST_F(Host, IdentifiesProviderDriverAndDiagnostics) {
+TEST_F(Host, JoinsTheIdentitiesOfProviderDriverAndDiagnostics) {
     libraries.adapters.resize(1);
     load();
     refresh();
     const Collected identities = enumerated<TVRHBA_SoftwareIdentity>();
     ASSERT_EQ(identities.size(), 3u + 4);
-    EXPECT_THAT(describe(identities[0]),
-                ContainerEq(Properties{{"", "root/tavrin"},
-                                       {"InstanceID", "Tavrin CMPI HBA Provider v2.5.11-1"},
-                                       {"Name", "Tavrin CMPI HBA Provider v2.5.11-1"},
-                                       {"ElementName", "Tavrin CMPI HBA Provider v2.5.11-1"},
-                                       {"Description", "Tavrin CMPI HBA Provider"},
-                                       {"VersionString", "2.5.11-1"},
-                                       {"Manufacturer", "Tavrin Corporation"},
-                                       {"Classifications", "{1}"},
-                                       {"ClassificationDescriptions", "{CMPI HBA CIM Provider}"},
-                                       {"IsEntity", "true"},
-                                       {"MajorVersion", "2"},
-                                       {"MinorVersion", "5"},
-                                       {"RevisionNumber", "11"},
-                                       {"BuildNumber", "1"},
-                                       {"IsLargeBuildNumber", "false"}}));
-    EXPECT_THAT(describe(identities[1]),
-                ContainerEq(Properties{
-                    {"", "root/tavrin"},
-                    {"InstanceID", "TVR FC HBA: Driver tvfc v1.2.3"},
-                    {"Name", "tvfc v1.2.3"},
-                    {"ElementName", "tvfc v1.2.3"},
-                    {"Description", "Tavrin HBA Driver"},
-                    {"VersionString", "1.2.3"},
-                    {"Manufacturer", "Tavrin Corporation"},
-                    {"Classifications", "{2}"},
-                    {"ClassificationDescriptions", "{FC HBA Driver}"},
-                    {"IsEntity", "true"},
-                    {"IdentityInfoValue", "{tvfc, 1.2.3, 3}"},
-                    {"IdentityInfoType",
-                     "{TAVRIN:DRIVER_NAME, TAVRIN:DRIVER_VERSION, TAVRIN:TVFC_DRIVER_TYPE}"},
-                    {"IsLargeBuildNumber", "false"}}));
-    EXPECT_THAT(describe(identities[2]),
-                ContainerEq(Properties{{"", "root/tavrin"},
-                                       {"InstanceID", "TVRHBA: Diagnostics v5"},
-                                       {"Name", "TVRHBA: Diagnostics v5"},
-                                       {"ElementName", "TVRHBA: Diagnostics v5"},
-                                       {"Description", "TVRHBA: Diagnostics"},
-                                       {"VersionString", "5"},
-                                       {"Classifications", "{7}"},
-                                       {"ClassificationDescriptions", "{TVRHBA Diagnostics}"},
-                                       {"IsEntity", "true"},
-                                       {"IdentityInfoValue", "{TVRHBA: Diagnostics, 5}"},
-                                       {"IsLargeBuildNumber", "false"}}));
-
     const std::vector<std::string> paths = {
         "TVRHBA_SoftwareIdentity.InstanceID=\"Tavrin CMPI HBA Provider v2.5.11-1\"",
         "TVRHBA_SoftwareIdentity.InstanceID=\"TVR FC HBA: Driver tvfc v1.2.3\"",
@@ -300,124 +255,6 @@ TEST_F(Host, IdentifiesProviderDriverAndDiagnostics) {
     EXPECT_EQ(logged("driverName: tvfc, driverVersion: 1.2.3, driverManufacturer: "
                      "Tavrin Corporation"),
               1u);
-}
-
-TEST_F(Host, PublishesItsSettingsAsTheyAre) {
-    load();
-    refresh();
-    Collected rows = enumerated<TVRHBA_ProviderConfigSetting>();
-    ASSERT_EQ(rows.size(), 3u);
-    EXPECT_THAT(describe(rows[0]),
-                ContainerEq(Properties{{"", "root/tavrin"},
-                                       {"InstanceID", "Tavrin HBA Provider:cachetimeout"},
-                                       {"paramname", "cachetimeout"},
-                                       {"lowRange", "5"},
-                                       {"highRange", "30"},
-                                       {"def", "10"},
-                                       {"current", "10"},
-                                       {"Description",
-                                        "This setting defines the timeout value of Tavrin CIM "
-                                        "Provider's internal cache"}}));
-    EXPECT_THAT(rows.texts("paramname"),
-                ElementsAre("cachetimeout", "adapterrefresh", "sanrefresh"));
-    EXPECT_THAT(rows.texts("lowRange"), ElementsAre("5", "0", "0"));
-    EXPECT_THAT(rows.texts("highRange"), ElementsAre("30", "1", "1"));
-    EXPECT_THAT(rows.texts("def"), ElementsAre("10", "0", "1"));
-    EXPECT_THAT(rows.texts("current"), ElementsAre("10", "0", "1"));
-
-    agent->m_Config.setCacheTimeout(3);
-    agent->m_Config.setRefreshAdapterData(1);
-    agent->m_Config.setRefreshSANData(0);
-    refresh();
-    EXPECT_THAT(enumerated<TVRHBA_ProviderConfigSetting>().texts("current"),
-                ElementsAre("3", "1", "0"));
-}
-
-TEST_F(Host, PublishesItsLog) {
-    const std::string path = directory.file("trace");
-    load();
-    CLogger::getInstance().setLevel(5);
-    CLogger::getInstance().setLogMode(2);
-    ASSERT_EQ(agent->m_FileLogger.setLogFile(path.c_str()), 0);
-    refresh();
-    Properties expected{{"", "root/tavrin"},
-                        {"InstanceID", "TVRHBA:ProviderLog:host.example"},
-                        {"Name", "Record logs for Tavrin CIM Provider"},
-                        {"ElementName", "Record logs for Tavrin CIM Provider"},
-                        {"MaxNumberOfRecords", "1024"},
-                        {"LogState", "4"},
-                        {"OverwritePolicy", "2"},
-                        {"RequestedState", "2"},
-                        {"EnabledState", "2"},
-                        {"EnabledDefault", "2"},
-                        {"TransitioningToState", "12"},
-                        {"OperationalStatus", "{2}"},
-                        {"HealthState", "5"},
-                        {"TracePath", path},
-                        {"LogLevel", "5"},
-                        {"LogMode", "2"}};
-    EXPECT_THAT(only<TVRHBA_RecordLog>(), ContainerEq(expected));
-    EXPECT_THAT(only<TVRHBA_EnabledRecordLogCapabilities>(),
-                ContainerEq(Properties{{"", "root/tavrin"},
-                                       {"InstanceID", "TVRHBA provider log capabilities"},
-                                       {"RequestedStatesSupported", "{2, 3}"},
-                                       {"LogParamsSupported", "{2, 3}"},
-                                       {"ElementNameEditSupported", "false"}}));
-    const std::string log_path = "TVRHBA_RecordLog.InstanceID=\"TVRHBA:ProviderLog:host.example\"";
-    EXPECT_THAT(only<TVRHBA_RecordLogCapabilities>(),
-                ContainerEq(Properties{{"", "root/tavrin"},
-                                       {"ManagedElement", log_path},
-                                       {"Capabilities", "TVRHBA_EnabledRecordLogCapabilities."
-                                                        "InstanceID=\"TVRHBA provider log "
-                                                        "capabilities\""}}));
-    EXPECT_THAT(only<TVRHBA_RecordLogConformsToProfile>(),
-                ContainerEq(Properties{{"ConformantStandard",
-                                        "TVRHBA_RegisteredProfile.InstanceID=\"TVR:Record Log\""},
-                                       {"ManagedElement", log_path}}));
-    EXPECT_THAT(only<TVRHBA_ProviderUseOfLog>(),
-                ContainerEq(Properties{{"", "root/tavrin"},
-                                       {"Antecedent", log_path},
-                                       {"Dependent", "TVRHBA_SoftwareIdentity.InstanceID=\"Tavrin "
-                                                     "CMPI HBA Provider v2.5.11-1\""}}));
-
-    CLogger::getInstance().setLogMode(0);
-    CLogger::getInstance().disable();
-    refresh();
-    expected["RequestedState"] = "5";
-    expected["EnabledState"] = "3";
-    expected["LogMode"] = "0";
-    expected.erase("TracePath");
-    EXPECT_THAT(only<TVRHBA_RecordLog>(), ContainerEq(expected));
-    CLogger::getInstance().enable();
-}
-
-TEST_F(Host, PublishesTheWebPortalIfThereIsOne) {
-    load();
-    refresh();
-    EXPECT_EQ(enumerated<TVRHBA_RemoteServiceAccessPoint>().size(), 0u);
-    EXPECT_EQ(enumerated<TVRHBA_RemoteHostedAccessPoint>().size(), 0u);
-
-    directory.write("etc/tvr_smis.conf", "# portal\n  https://fleet.example/\n");
-    refresh();
-    EXPECT_THAT(only<TVRHBA_RemoteServiceAccessPoint>(),
-                ContainerEq(Properties{{"", "root/tavrin"},
-                                       {"SystemCreationClassName", "CIM_ComputerSystem"},
-                                       {"SystemName", "host.example"},
-                                       {"CreationClassName", "TVRHBA_RemoteServiceAccessPoint"},
-                                       {"Name", "Fleetdesk"},
-                                       {"ElementName", "TVR FC HBA:Fleetdesk Management Interface"},
-                                       {"Description", "Fleetdesk WebPortal URL"},
-                                       {"AccessInfo", "https://fleet.example/"},
-                                       {"AccessContext", "0"},
-                                       {"InfoFormat", "200"},
-                                       {"EnabledDefault", "2"},
-                                       {"EnabledState", "5"},
-                                       {"RequestedState", "12"},
-                                       {"TransitioningToState", "12"}}));
-    Properties hosted = only<TVRHBA_RemoteHostedAccessPoint>();
-    EXPECT_THAT(hosted["Antecedent"], testing::HasSubstr("host.example"));
-    EXPECT_THAT(hosted["Dependent"], testing::HasSubstr("Fleetdesk"));
-    EXPECT_EQ(hosted.size(), 2u);
 }
 
 TEST_F(Host, WithoutAnAdapterHasComputerSystemAndProfilesOnly) {

@@ -29,6 +29,28 @@ std::shared_ptr<const tvrmof::Schema> class_model() {
 
 } // namespace
 
+Sections::Sections(const char* file) {
+    std::ifstream lines(file);
+    Properties* section = nullptr;
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t equals = line.find('=');
+        if (line.starts_with('[')) {
+            _names.push_back(line.substr(1, line.size() - 2));
+            section = &_sections[_names.back()];
+        } else if (line.starts_with('+')) {
+            const Properties& group = _sections.at(line.substr(1));
+            section->insert(group.begin(), group.end());
+        } else if (equals != std::string::npos && !line.starts_with('#')) {
+            section->emplace(line.substr(0, equals), line.substr(equals + 1));
+        }
+    }
+}
+
+const Sections& default_host() {
+    static const Sections sections(TVR_DEFAULT_HOST);
+    return sections;
+}
+
 void control(const std::string& request) {
     char message[256] = "";
     const auto call = simulator<tvrsim_control_fn>("tvrsim_control");

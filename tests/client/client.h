@@ -37,6 +37,22 @@ Cim_Instance base_server_profile();
 // Literals of all properties that the instance has, by name.
 std::map<std::string, std::string> literals(const Cim_Instance& instance);
 
+// A file in sections: lines of NAME=VALUE, "+" and a section that goes in, and comments.
+class Sections {
+public:
+    using Properties = std::map<std::string, std::string>;
+
+    explicit Sections(const char* file);
+    const std::vector<std::string>& names() const { return _names; }
+    const Properties& operator[](const std::string& name) const { return _sections.at(name); }
+
+private:
+    std::vector<std::string> _names; // in the order of the file
+    std::map<std::string, Properties> _sections;
+};
+// What default_host.txt expects of the default host with the computer system "server-7".
+const Sections& default_host();
+
 class Client : public testing::Test {
 protected:
     Client();
