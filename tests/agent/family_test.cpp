@@ -8,7 +8,6 @@
 namespace cimple {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 
 // One log line of the family, or written by hand, of a provider's own file.

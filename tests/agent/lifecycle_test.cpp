@@ -18,6 +18,7 @@ TEST_F(Lifecycle, ConcurrentLoadsMakeOneAgent) {
     open_libraries();
     constexpr int count = 8;
     std::vector<std::thread> threads;
+    threads.reserve(count);
     std::atomic<int> loaded{0};
     std::atomic<ProviderAgent*> seen{nullptr};
     std::atomic<bool> one{true};

@@ -11,9 +11,7 @@
 namespace cimple {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::Not;
 
 constexpr uint64 minute = 60'000'000;
 constexpr char begin_line[] = "PERF: DataFetch_Handler Thread BEGIN";
@@ -194,6 +192,7 @@ TEST_F(Refresh, ReadersSeeOldOrNewNeverAMixture) {
     std::atomic<bool> done{false};
     std::atomic<int> mixtures{0};
     std::vector<std::thread> readers;
+    readers.reserve(6);
     for (int i = 0; i < 2; ++i) {
         readers.emplace_back([&] { // traversals, which share an index of the map
             do {

@@ -8,7 +8,6 @@ namespace cimple {
 namespace {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 HBA_FCPSCSIENTRY row(uint8 number) {

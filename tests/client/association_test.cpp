@@ -9,7 +9,6 @@
 namespace client {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAreArray;
 

@@ -167,6 +167,7 @@ TEST_F(Ports, AnswerRequestsFromSeveralThreadsWithOneWholeSet) {
     std::vector<std::vector<std::string>> seen(4);
     {
         std::vector<std::jthread> threads;
+        threads.reserve(seen.size());
         for (std::vector<std::string>& one : seen) {
             threads.emplace_back([this, &one] { one = ids(); });
         }
