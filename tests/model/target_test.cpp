@@ -194,7 +194,8 @@ TEST_F(Scan, RepeatsCommandsOnCheckConditions) {
             statuses.pop_front();
         }
         if (command.code == 0x12 && command.page == 0) {
-            std::memcpy(response + 8, "TVSTORE ARRAY           4.10", 28);
+            constexpr std::string_view inquiry = "TVSTORE ARRAY           4.10";
+            inquiry.copy(reinterpret_cast<char*>(response + 8), inquiry.size());
         }
         return status;
     };
