@@ -8,8 +8,6 @@
 namespace cimple {
 namespace {
 
-using testing::ElementsAre;
-
 // One log line of the family, or written by hand, of a provider's own file.
 bool has_line(const LogCapture& log, const std::string& file, const std::string& text) {
     for (const LogCapture::Line& line : log.lines()) {
@@ -154,49 +152,6 @@ TEST_F(Providers, AFamilyMemberGetsByEnumeration) {
     found = nullptr;
     EXPECT_EQ(provider.get_instance(model.get(), found), GET_INSTANCE_NOT_FOUND);
     EXPECT_EQ(found, nullptr);
-}
-
-// No agent: the list is fixed, and has an order of its own.
-TEST(Registered_Profiles, AreListedWithoutTheAgent) {
-    const Registration* at = cimple_module();
-    while (at->meta_class != &TVRHBA_RegisteredProfile::static_meta_class) {
-        at = at->next;
-    }
-    const Provider_Handle provider(at);
-    EXPECT_EQ(provider.call(OPERATION_LOAD), 0);
-    Collected profiles;
-    EXPECT_EQ(provider.enum_instances(nullptr, &collect, &profiles), ENUM_INSTANCES_OK);
-    EXPECT_EQ(ProviderAgent::instance(), nullptr);
-    EXPECT_THAT(profiles.texts("RegisteredName"),
-                ElementsAre("Profile Registration", "Software Inventory", "Physical Package",
-                            "Host Discovered Resources", "FC HBA", "Storage HBA",
-                            "FC Initiator Ports", "Software Update", "Record Log", "Software",
-                            "Access Points", "PCI Device", "FCHBA Diagnostics"));
-    EXPECT_THAT(
-        profiles.texts("RegisteredOrganization"),
-        ElementsAre("2", "2", "11", "11", "11", "11", "11", "2", "2", "11", "11", "2", "2"));
-    EXPECT_THAT(profiles.texts("RegisteredVersion"),
-                ElementsAre("1.0.0", "1.0.0", "1.3.0", "1.2.0", "1.2.0", "1.4.0", "1.3.0", "1.0.0",
-                            "1.0.1", "1.2.0", "1.3.0", "1.0.0", "1.0.0"));
-    EXPECT_THAT(describe(profiles[5]), testing::ContainerEq(std::map<std::string, std::string>{
-                                           {"InstanceID", "TVR:Storage HBA"},
-                                           {"Description", "Tavrin Storage HBA"},
-                                           {"ElementName", "Tavrin Registered Storage HBA"},
-                                           {"RegisteredOrganization", "11"},
-                                           {"RegisteredName", "Storage HBA"},
-                                           {"RegisteredVersion", "1.4.0"},
-                                           {"AdvertiseTypes", "{3}"},
-                                           {"AdvertiseTypeDescriptions", "{SLP}"}}));
-
-    const Ref<TVRHBA_RegisteredProfile> model(TVRHBA_RegisteredProfile::create(true));
-    Instance* found = nullptr;
-    model->InstanceID.set("TVR:Storage HBA");
-    EXPECT_EQ(provider.get_instance(model.get(), found), GET_INSTANCE_OK);
-    unref(found);
-    model->InstanceID.set("tvr:Storage HBA");
-    EXPECT_EQ(provider.get_instance(model.get(), found), GET_INSTANCE_NOT_FOUND);
-    EXPECT_EQ(provider.call(OPERATION_UNLOAD), 0);
-    EXPECT_EQ(ProviderAgent::instance(), nullptr);
 }
 
 } // namespace

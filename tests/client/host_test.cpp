@@ -1,15 +1,11 @@
-// What a host shows once: its computer system, profiles, the provider's identity and settings, the
-// log.
+// What a host shows once: the provider's settings, the portal, the log.
 #include "tests/client/client.h"
-
-#include <unistd.h>
 
 namespace client {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::SizeIs;
 
 std::vector<std::string> plain(const Answer& answer, const char* property) {
     std::vector<std::string> out;
@@ -17,43 +13,6 @@ std::vector<std::string> plain(const Answer& answer, const char* property) {
         out.push_back(instance[property].plain());
     }
     return out;
-}
-
-TEST_F(Client, AComputerSystemOfAnotherProviderIsTakenAndNotClaimed) {
-    start({computer_system("server-7"), base_server_profile()});
-    EXPECT_EQ(only("TVRHBA_RecordLog")["InstanceID"].as_string(), "TVRHBA:ProviderLog:server-7");
-    EXPECT_THAT(enumerate("TVRHBA_ComputerSystemConformsToProfile").instances, IsEmpty());
-
-    const Answer installed = enumerate("TVRHBA_InstalledSoftwareIdentity");
-    ASSERT_THAT(installed.instances, testing::Not(IsEmpty()));
-    const Cim_Path& system = installed.instances[0]["System"].as_path();
-    EXPECT_EQ(system.class_name, "IBMSD_ComputerSystem");
-    EXPECT_EQ(system.name_space, "root/ibmse");
-    EXPECT_EQ(system.keys["Name"].as_string(), "server-7");
-
-    const Answer base =
-        manager().enumerate_instances(interop, "TVRHBA_BaseServerReferencedProfile");
-    EXPECT_THAT(base.instances, SizeIs(10));
-    for (const Cim_Instance& reference : base.instances) {
-        EXPECT_EQ(reference["Antecedent"].as_path().keys["InstanceID"].as_string(),
-                  "SRV:Base Server");
-    }
-}
-
-TEST_F(Client, AHostWithoutOneGetsAComputerSystemOfItsOwn) {
-    EXPECT_THAT(
-        manager().enumerate_instances(interop, "TVRHBA_BaseServerReferencedProfile").instances,
-        IsEmpty());
-    const Answer references = manager().enumerate_instances(interop, "TVRHBA_ReferencedProfile");
-    EXPECT_THAT(references.instances, SizeIs(11));
-
-    const Answer conforms = enumerate("TVRHBA_ComputerSystemConformsToProfile");
-    ASSERT_THAT(conforms.instances, SizeIs(13));
-    const Cim_Path& system = conforms.instances[0]["ManagedElement"].as_path();
-    EXPECT_EQ(system.class_name, "CIM_ComputerSystem");
-    EXPECT_EQ(system.keys["CreationClassName"].as_string(), "CIM_ComputerSystem");
-    EXPECT_EQ(system.name_space, name_space);
-    EXPECT_EQ(enumerate("TVRHBA_FCPort").instances[0]["SystemName"], system.keys["Name"]);
 }
 
 TEST_F(Client, SettingsAreThoseOfTheFile) {

@@ -11,14 +11,20 @@ TEST_F(Client, RegisteredProfilesInOrder) {
     ASSERT_EQ(answer.rc, 0);
     EXPECT_TRUE(answer.done);
     std::vector<std::string> names;
+    std::vector<std::string> standards; // organization and version
     for (const Cim_Instance& profile : answer.instances) {
         names.push_back(profile["RegisteredName"].as_string());
+        standards.push_back(profile["RegisteredOrganization"].plain() + " " +
+                            profile["RegisteredVersion"].plain());
         EXPECT_EQ(profile.path.name_space, interop);
     }
     EXPECT_THAT(names, ElementsAre("Profile Registration", "Software Inventory", "Physical Package",
                                    "Host Discovered Resources", "FC HBA", "Storage HBA",
                                    "FC Initiator Ports", "Software Update", "Record Log",
                                    "Software", "Access Points", "PCI Device", "FCHBA Diagnostics"));
+    EXPECT_THAT(standards, ElementsAre("2 1.0.0", "2 1.0.0", "11 1.3.0", "11 1.2.0", "11 1.2.0",
+                                       "11 1.4.0", "11 1.3.0", "2 1.0.0", "2 1.0.1", "11 1.2.0",
+                                       "11 1.3.0", "2 1.0.0", "2 1.0.0"));
     EXPECT_EQ(
         literals(answer.instances[5]),
         (std::map<std::string, std::string>{{"InstanceID", "\"TVR:Storage HBA\""},
