@@ -3,6 +3,7 @@
 #define TVR_AGENT_PROVIDER_CALLS_H
 
 #include "agent/map_enumerate.h"
+#include "runtime/enumerating_provider.h"
 #include "runtime/log.h"
 
 namespace cimple {
@@ -29,6 +30,15 @@ void enumerate_active(const Enum_Instances_Handler& handler, Refresher refresher
         map_enumerate_active(*agent, agent->*map_of<C>, handler, refresher);
     }
 }
+
+// Base of a provider of instances that the agent keeps; adds a load and an unload that do no more
+// than count. An unload takes a count away also after a load that failed, as the object manager's
+// cleanup goes.
+template <class C> class Agent_Provider : public Enumerating_Provider<C> {
+public:
+    Load_Status load() { return load_agent(); }
+    Unload_Status unload() { return unload_agent(); }
+};
 
 // True if there is a usable agent; else a line in the log names the provider's source file.
 bool is_agent_loaded(const char* file, uint32 line) noexcept;

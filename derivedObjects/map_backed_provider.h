@@ -29,23 +29,17 @@ inline constexpr bool is_SAN_class = std::disjunction_v<
 // Logs "TVRHBA_<Class>_Provider::<member>()" as from the class's own source file.
 void log_member_call(const Meta_Class& meta_class, uint32 line, const char* member) noexcept;
 
-// The provider of class C. It enumerates; a get and every association traversal are made of that by
-// the runtime, which is what the unsupported statuses ask for. Instances carry the namespace that
-// the agent gave them. No state: calls of one class are serialised by its adapter, those of
-// two classes meet in the agent.
-template <class C> class Map_Backed_Provider {
+// The provider of class C, an association or not. Instances carry the namespace that the agent gave
+// them. No state: calls of one class are serialised by its adapter, those of two classes meet in
+// the agent.
+template <class C> class Map_Backed_Provider : public Agent_Provider<C> {
     static_assert(map_of<C> != nullptr, "the class has a map in the agent");
 
 public:
-    Load_Status load() { return load_agent(); }
-
-    // Takes a count away also after a load that failed, as the object manager's cleanup goes.
     Unload_Status unload() {
         log_member_call(C::static_meta_class, __LINE__, "unload");
         return unload_agent();
     }
-
-    Get_Instance_Status get_instance(const C*, C*&) { return GET_INSTANCE_UNSUPPORTED; }
 
     Enum_Instances_Status enum_instances(const C*, const Enum_Instances_Handler& handler) {
         if constexpr (is_SAN_class<C>) {
@@ -55,26 +49,6 @@ public:
         }
         log_member_call(C::static_meta_class, __LINE__, "enum_instances");
         return ENUM_INSTANCES_OK;
-    }
-
-    Create_Instance_Status create_instance(C*) { return CREATE_INSTANCE_UNSUPPORTED; }
-    Delete_Instance_Status delete_instance(const C*) { return DELETE_INSTANCE_UNSUPPORTED; }
-    Modify_Instance_Status modify_instance(const C*, const C*) {
-        return MODIFY_INSTANCE_UNSUPPORTED;
-    }
-
-    Enum_Associator_Names_Status enum_associator_names(const Instance*, const String&,
-                                                       const String&, const String&,
-                                                       const Enum_Associator_Names_Handler&) {
-        return ENUM_ASSOCIATOR_NAMES_UNSUPPORTED;
-    }
-    Enum_References_Status enum_references(const Instance*, const C*, const String&,
-                                           const Enum_References_Handler&) {
-        return ENUM_REFERENCES_UNSUPPORTED;
-    }
-    Enum_Associators_Status enum_associators(const Instance*, const String&, const String&,
-                                             const String&, const Enum_Associators_Handler&) {
-        return ENUM_ASSOCIATORS_UNSUPPORTED;
     }
 };
 

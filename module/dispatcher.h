@@ -47,6 +47,7 @@
 // a `T*&`: the call owns one count of it, and what stood there before the member drops. In and Out
 // at once is passed as Out.
 //
+// runtime/enumerating_provider.h has a base with all but load, unload, enum_instances and methods.
 // `tvr_generate signatures` prints these members for every provider written by hand.
 //
 // A request may name another class of the module than the one served. `model`, and the instance of

@@ -1,16 +1,6 @@
 #include "providers/TVRHBA_AlertIndication_Provider.h"
 
-#include "agent/provider_calls.h"
-
 namespace cimple {
-
-Load_Status TVRHBA_AlertIndication_Provider::load() {
-    return load_agent();
-}
-
-Unload_Status TVRHBA_AlertIndication_Provider::unload() {
-    return unload_agent();
-}
 
 Enum_Instances_Status
 TVRHBA_AlertIndication_Provider::enum_instances(const Class*, const Enum_Instances_Handler&) {

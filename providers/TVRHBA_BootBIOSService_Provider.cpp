@@ -1,16 +1,10 @@
 #include "providers/TVRHBA_BootBIOSService_Provider.h"
 
-#include "agent/provider_calls.h"
-
 namespace cimple {
 
 Load_Status TVRHBA_BootBIOSService_Provider::load() {
     TVR_LOG("TVRHBA_BootBIOSService_Provider::load()");
     return load_agent();
-}
-
-Unload_Status TVRHBA_BootBIOSService_Provider::unload() {
-    return unload_agent();
 }
 
 Enum_Instances_Status

@@ -1,12 +1,6 @@
 #include "providers/TVRHBA_DiagnosticsLog_Provider.h"
 
-#include "agent/provider_calls.h"
-
 namespace cimple {
-
-Load_Status TVRHBA_DiagnosticsLog_Provider::load() {
-    return load_agent();
-}
 
 Unload_Status TVRHBA_DiagnosticsLog_Provider::unload() {
     TVR_LOG("TVRHBA_DiagnosticsLog_Provider::unload()");

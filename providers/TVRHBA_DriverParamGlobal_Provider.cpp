@@ -1,17 +1,8 @@
 #include "providers/TVRHBA_DriverParamGlobal_Provider.h"
 
 #include "agent/driver_parameters.h"
-#include "agent/provider_calls.h"
 
 namespace cimple {
-
-Load_Status TVRHBA_DriverParamGlobal_Provider::load() {
-    return load_agent();
-}
-
-Unload_Status TVRHBA_DriverParamGlobal_Provider::unload() {
-    return unload_agent();
-}
 
 Enum_Instances_Status
 TVRHBA_DriverParamGlobal_Provider::enum_instances(const Class*,

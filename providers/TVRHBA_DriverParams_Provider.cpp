@@ -1,17 +1,8 @@
 #include "providers/TVRHBA_DriverParams_Provider.h"
 
 #include "agent/driver_parameters.h"
-#include "agent/provider_calls.h"
 
 namespace cimple {
-
-Load_Status TVRHBA_DriverParams_Provider::load() {
-    return load_agent();
-}
-
-Unload_Status TVRHBA_DriverParams_Provider::unload() {
-    return unload_agent();
-}
 
 Enum_Instances_Status
 TVRHBA_DriverParams_Provider::enum_instances(const Class*, const Enum_Instances_Handler& handler) {

@@ -1,12 +1,6 @@
 #include "providers/TVRHBA_FCDriverLogEntry_Provider.h"
 
-#include "agent/provider_calls.h"
-
 namespace cimple {
-
-Load_Status TVRHBA_FCDriverLogEntry_Provider::load() {
-    return load_agent();
-}
 
 Unload_Status TVRHBA_FCDriverLogEntry_Provider::unload() {
     TVR_LOG("TVRHBA_FCDriverLogEntry_Provider::unload()");

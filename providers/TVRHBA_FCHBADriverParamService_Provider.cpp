@@ -1,16 +1,6 @@
 #include "providers/TVRHBA_FCHBADriverParamService_Provider.h"
 
-#include "agent/provider_calls.h"
-
 namespace cimple {
-
-Load_Status TVRHBA_FCHBADriverParamService_Provider::load() {
-    return load_agent();
-}
-
-Unload_Status TVRHBA_FCHBADriverParamService_Provider::unload() {
-    return unload_agent();
-}
 
 Enum_Instances_Status
 TVRHBA_FCHBADriverParamService_Provider::enum_instances(const Class*,

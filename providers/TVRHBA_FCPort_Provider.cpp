@@ -1,13 +1,8 @@
 #include "providers/TVRHBA_FCPort_Provider.h"
 
 #include "agent/port_refresh.h"
-#include "agent/provider_calls.h"
 
 namespace cimple {
-
-Load_Status TVRHBA_FCPort_Provider::load() {
-    return load_agent();
-}
 
 Unload_Status TVRHBA_FCPort_Provider::unload() {
     TVR_LOG("TVRHBA_FCPort_Provider::unload()");

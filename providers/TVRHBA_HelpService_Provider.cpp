@@ -1,12 +1,6 @@
 #include "providers/TVRHBA_HelpService_Provider.h"
 
-#include "agent/provider_calls.h"
-
 namespace cimple {
-
-Load_Status TVRHBA_HelpService_Provider::load() {
-    return load_agent();
-}
 
 Unload_Status TVRHBA_HelpService_Provider::unload() {
     TVR_LOG("TVRHBA_HelpService_Provider::unload()");
