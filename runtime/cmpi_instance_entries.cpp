@@ -52,8 +52,19 @@ bool deliver_instance(Instance* instance, int /*status*/, void* client_data) {
     return to.wants(instance) && to.send_instance(*instance);
 }
 
-Made make_instance(const CMPI_Adapter& adapter, const Meta_Class* meta_class,
-                   const CMPIObjectPath* path, const CMPIInstance* cmpi_instance) {
+// What a request is about: of the class that the path names, with the path's keys, and with the
+// properties of the CMPI instance if one came.
+Made requested(const CMPI_Adapter& adapter, const CMPIObjectPath* path) {
+    const Meta_Class* meta_class = find_class(adapter, path);
+    return meta_class == nullptr ? Made{{}, CMPI_RC_ERR_FAILED}
+                                 : make_model(adapter, meta_class, path);
+}
+Made requested(const CMPI_Adapter& adapter, const CMPIObjectPath* path,
+               const CMPIInstance* cmpi_instance) {
+    const Meta_Class* meta_class = find_class(adapter, path);
+    if (meta_class == nullptr) {
+        return {{}, CMPI_RC_ERR_FAILED};
+    }
     Instance* instance = nullptr;
     const CMPIrc rc =
         make_cimple_instance(adapter.broker(), meta_class, path, cmpi_instance, instance);
@@ -67,11 +78,7 @@ CMPIStatus cleanup(CMPIInstanceMI* mi, const CMPIContext* context, CMPIBoolean t
 CMPIStatus enumInstanceNames(CMPIInstanceMI* mi, const CMPIContext* context,
                              const CMPIResult* result, const CMPIObjectPath* path) {
     return in_frame("enumInstanceNames", mi, context, [&](CMPI_Adapter& adapter) {
-        const Meta_Class* meta_class = find_class(adapter, path);
-        if (meta_class == nullptr) {
-            return CMPI_RC_ERR_FAILED;
-        }
-        const Made model = make_model(adapter, meta_class, path);
+        const Made model = requested(adapter, path);
         if (model.rc != CMPI_RC_OK) {
             return model.rc;
         }
@@ -89,11 +96,7 @@ CMPIStatus enumInstanceNames(CMPIInstanceMI* mi, const CMPIContext* context,
 CMPIStatus enumInstances(CMPIInstanceMI* mi, const CMPIContext* context, const CMPIResult* result,
                          const CMPIObjectPath* path, const char** properties) {
     return in_frame("enumInstances", mi, context, [&](CMPI_Adapter& adapter) {
-        const Meta_Class* meta_class = find_class(adapter, path);
-        if (meta_class == nullptr) {
-            return CMPI_RC_ERR_FAILED;
-        }
-        const Made model = make_model(adapter, meta_class, path);
+        const Made model = requested(adapter, path);
         if (model.rc != CMPI_RC_OK) {
             return model.rc;
         }
@@ -115,11 +118,7 @@ CMPIStatus enumInstances(CMPIInstanceMI* mi, const CMPIContext* context, const C
 CMPIStatus getInstance(CMPIInstanceMI* mi, const CMPIContext* context, const CMPIResult* result,
                        const CMPIObjectPath* path, const char** properties) {
     return in_frame("getInstance", mi, context, [&](CMPI_Adapter& adapter) {
-        const Meta_Class* meta_class = find_class(adapter, path);
-        if (meta_class == nullptr) {
-            return CMPI_RC_ERR_FAILED;
-        }
-        const Made model = make_model(adapter, meta_class, path);
+        const Made model = requested(adapter, path);
         if (model.rc != CMPI_RC_OK) {
             return model.rc;
         }
@@ -148,11 +147,7 @@ CMPIStatus getInstance(CMPIInstanceMI* mi, const CMPIContext* context, const CMP
 CMPIStatus createInstance(CMPIInstanceMI* mi, const CMPIContext* context, const CMPIResult* result,
                           const CMPIObjectPath* path, const CMPIInstance* cmpi_instance) {
     return in_frame("createInstance", mi, context, [&](CMPI_Adapter& adapter) {
-        const Meta_Class* meta_class = find_class(adapter, path);
-        if (meta_class == nullptr) {
-            return CMPI_RC_ERR_FAILED;
-        }
-        const Made made = make_instance(adapter, meta_class, path, cmpi_instance);
+        const Made made = requested(adapter, path, cmpi_instance);
         if (made.rc != CMPI_RC_OK) {
             return made.rc;
         }
@@ -175,11 +170,7 @@ CMPIStatus modifyInstance(CMPIInstanceMI* mi, const CMPIContext* context, const 
                           const CMPIObjectPath* path, const CMPIInstance* cmpi_instance,
                           const char** properties) {
     return in_frame("modifyInstance", mi, context, [&](CMPI_Adapter& adapter) {
-        const Meta_Class* meta_class = find_class(adapter, path);
-        if (meta_class == nullptr) {
-            return CMPI_RC_ERR_FAILED;
-        }
-        const Made made = make_instance(adapter, meta_class, path, cmpi_instance);
+        const Made made = requested(adapter, path, cmpi_instance);
         if (made.rc != CMPI_RC_OK) {
             return made.rc;
         }
@@ -199,11 +190,7 @@ CMPIStatus modifyInstance(CMPIInstanceMI* mi, const CMPIContext* context, const 
 CMPIStatus deleteInstance(CMPIInstanceMI* mi, const CMPIContext* context, const CMPIResult* result,
                           const CMPIObjectPath* path) {
     return in_frame("deleteInstance", mi, context, [&](CMPI_Adapter& adapter) {
-        const Meta_Class* meta_class = find_class(adapter, path);
-        if (meta_class == nullptr) {
-            return CMPI_RC_ERR_FAILED;
-        }
-        const Made model = make_model(adapter, meta_class, path);
+        const Made model = requested(adapter, path);
         if (model.rc != CMPI_RC_OK) {
             return model.rc;
         }
