@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <set>
 
 namespace tvrhost {
 
@@ -200,6 +201,7 @@ std::vector<Cim_Instance> read_instances(const std::string& file, const tvrmof::
         throw Start_Error("instance file " + file + ": cannot be read");
     }
     std::vector<Cim_Instance> instances;
+    std::set<std::string> paths;
     std::size_t index = 0;
     try {
         const Json json = Json::parse(stream);
@@ -215,6 +217,10 @@ std::vector<Cim_Instance> read_instances(const std::string& file, const tvrmof::
             if (instances.back().path.keys.empty() && schema != nullptr) {
                 throw Value_Error("instance of " + instances.back().class_name() +
                                   " has none of its keys");
+            }
+            const std::string path = instances.back().path.text();
+            if (!paths.insert(path).second) {
+                throw Value_Error(path + " is there already");
             }
             ++index;
         }

@@ -157,6 +157,9 @@ TEST_F(Text, an_instance_file_gives_instances_or_one_line) {
         {R"([{"class": "Test_Other", "properties": {"Id": 5}}])", "Test_Other.Id: takes string"},
         {R"([{"class": "Test_Thing", "properties": {"Slot": 70000}}])", "at most 65535"},
         {R"([{"class": "Test_Thing", "properties": {"Turn": 1}}])", "no such property"},
+        {R"([{"class": "Test_Other", "properties": {"Id": "1"}},
+             {"class": "test_other", "properties": {"id": "1"}}])",
+         "[1]: root/tavrin:Test_Other.Id=\"1\" is there already"},
     };
     for (const auto& [text, complaint] : cases) {
         const std::string error = error_of([&, &text = text] { read(text); });
