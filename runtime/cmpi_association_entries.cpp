@@ -2,7 +2,6 @@
 // client says of the association's class isn't looked at.
 #include "runtime/cmpi_delivery.h"
 #include "runtime/cmpi_entry.h"
-#include "runtime/cmpi_owned.h"
 
 namespace cimple {
 
@@ -45,7 +44,6 @@ bool deliver_associator(Instance* instance, int /*status*/, void* client_data) {
 // association was made, and perhaps another provider's.
 struct Up_Call_Delivery {
     Delivery to;
-    const CMPIBroker* broker;
     const CMPIContext* context;
 };
 
@@ -56,9 +54,7 @@ bool deliver_end(Instance* end, int /*status*/, void* client_data) {
     if (!to.wants(end)) {
         return false;
     }
-    const CMPI_Owned<CMPIObjectPath> path(to.path_of(*end, to.own_name_space(*end)));
-    return path && to.send(CBGetInstance(up_call.broker, up_call.context, path.get(),
-                                         to.properties(), nullptr));
+    return to.send_current(*end, to.own_name_space(*end), up_call.context);
 }
 
 bool deliver_reference_name(Instance* association, int /*status*/, void* client_data) {
@@ -108,8 +104,8 @@ CMPIStatus associators(CMPIAssociationMI* mi, const CMPIContext* context, const 
         const String of_class(result_class);
         const String in_role(role);
         const String of_role(result_role);
-        Up_Call_Delivery delivery{
-            {adapter.broker(), result, name_space_of(path), properties}, adapter.broker(), context};
+        Up_Call_Delivery delivery{{adapter.broker(), result, name_space_of(path), properties},
+                                  context};
 
         const int status =
             adapter.call(OPERATION_ENUM_ASSOCIATORS, source, &of_class, &in_role, &of_role,

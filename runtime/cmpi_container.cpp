@@ -252,16 +252,6 @@ int CMPI_Container::get_value(uint32 index, sint32 expected, Value& value) const
     return 0;
 }
 
-int CMPI_Container::to_data(const Value_View& value, uint32 flags, Out& out) const {
-    if (value.kind != STRING || _strings == nullptr) {
-        return _to_cmpi_data(_broker, _name_space, value, flags, out.data, _strings);
-    }
-    out.shared = true;
-    out.data.type = CMPI_string;
-    out.data.value.string = _strings->get(*static_cast<const String*>(value.payload));
-    return out.data.value.string == nullptr ? -1 : 0;
-}
-
 // CMPIArgs_Container
 
 uint32 CMPIArgs_Container::get_size() const {
@@ -291,19 +281,17 @@ void CMPIArgs_Container::adapt(sint32 expected, Value& value) const {
 }
 
 int CMPIArgs_Container::set_value(const char* name, const Value_View& value, uint32 flags) {
-    Out out;
-    if (to_data(value, flags, out) != 0) {
+    CMPIData data;
+    if (to_data(value, flags, data) != 0) {
         log(LL_WARN, source, __LINE__, "_to_cmpi_data() failed: feature=%s", name);
         return -1;
     }
     if (std::strcmp(name, "return_value") == 0) {
-        _return_type = out.data.type;
-        _return_value = out.data.value;
-        out.data = CMPIData{}; // lives on until it is returned
+        _return_type = data.type;
+        _return_value = data.value;
         return 0;
     }
-    if (_args == nullptr ||
-        CMAddArg(_args, name, &out.data.value, out.data.type).rc != CMPI_RC_OK) {
+    if (_args == nullptr || CMAddArg(_args, name, &data.value, data.type).rc != CMPI_RC_OK) {
         log(LL_WARN, source, __LINE__, "CMAddArg() failed");
         return -1;
     }
@@ -334,11 +322,11 @@ void CMPIObjectPath_Container::adapt(sint32 expected, Value& value) const {
 }
 
 int CMPIObjectPath_Container::set_value(const char* name, const Value_View& value, uint32 flags) {
-    Out out;
-    if (to_data(value, flags, out) != 0) {
+    CMPIData data;
+    if (to_data(value, flags, data) != 0) {
         return -1;
     }
-    if (CMAddKey(_path, name, &out.data.value, out.data.type).rc != CMPI_RC_OK) {
+    if (CMAddKey(_path, name, &data.value, data.type).rc != CMPI_RC_OK) {
         log(LL_WARN, source, __LINE__, "CMAddKey() failed");
         return -1;
     }
@@ -369,11 +357,11 @@ bool CMPIInstance_Container::read(uint32 index, CMPIString** name, CMPIData& dat
 }
 
 int CMPIInstance_Container::set_value(const char* name, const Value_View& value, uint32 flags) {
-    Out out;
-    if (to_data(value, flags, out) != 0) {
+    CMPIData data;
+    if (to_data(value, flags, data) != 0) {
         return -1;
     }
-    if (CMSetProperty(_instance, name, &out.data.value, out.data.type).rc != CMPI_RC_OK) {
+    if (CMSetProperty(_instance, name, &data.value, data.type).rc != CMPI_RC_OK) {
         log(LL_WARN, source, __LINE__, "CMSetProperty() failed: %s", name);
         return -1;
     }

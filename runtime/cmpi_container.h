@@ -41,9 +41,9 @@ public:
 
 protected:
     CMPI_Container(const Meta_Repository* repository, const CMPIBroker* broker,
-                   const char* name_space, int depth, CMPI_Strings* strings) noexcept
+                   const char* name_space, int depth, CMPI_Made* made) noexcept
         : _repository(repository), _broker(broker), _name_space(name_space), _depth(depth),
-          _strings(strings) {}
+          _made(made) {}
 
     // The entry and, if `name` isn't null, its name; false with a line in the log if it can't be
     // read.
@@ -52,29 +52,17 @@ protected:
     virtual void adapt(sint32 /*expected*/, CMPIData& /*data*/) const {}
     virtual void adapt(sint32 /*expected*/, Value& /*value*/) const {}
 
-    // The CMPI form of a value, in the container's namespace. Releases what it refers to, unless it
-    // is one of the shared strings.
-    struct Out {
-        CMPIData data{};
-        bool shared = false;
-
-        Out() = default;
-        Out(const Out&) = delete;
-        Out& operator=(const Out&) = delete;
-        ~Out() {
-            if (!shared) {
-                release(data);
-            }
-        }
-    };
-    int to_data(const Value_View& value, uint32 flags, Out& out) const;
+    // The CMPI form of a value, in the container's namespace; not the container's to release.
+    int to_data(const Value_View& value, uint32 flags, CMPIData& data) const {
+        return _to_cmpi_data(_broker, _name_space, value, flags, data, _made);
+    }
 
 private:
     const Meta_Repository* _repository;
     const CMPIBroker* _broker;
     const char* _name_space;
     int _depth;
-    CMPI_Strings* _strings;
+    CMPI_Made* _made;
 };
 
 // Arguments of a method. A string is cast to the scalar that a parameter wants. What is set under
@@ -107,8 +95,8 @@ class CMPIObjectPath_Container : public CMPI_Container {
 public:
     CMPIObjectPath_Container(const Meta_Repository* repository, const CMPIBroker* broker,
                              const char* name_space, const CMPIObjectPath* path, int depth = 0,
-                             CMPI_Strings* strings = nullptr) noexcept
-        : CMPI_Container(repository, broker, name_space, depth, strings), _path(path) {}
+                             CMPI_Made* made = nullptr) noexcept
+        : CMPI_Container(repository, broker, name_space, depth, made), _path(path) {}
 
     uint32 get_size() const override;
     int set_value(const char* name, const Value_View& value, uint32 flags) override;
@@ -127,8 +115,8 @@ class CMPIInstance_Container : public CMPI_Container {
 public:
     CMPIInstance_Container(const Meta_Repository* repository, const CMPIBroker* broker,
                            const char* name_space, const CMPIInstance* instance, int depth = 0,
-                           CMPI_Strings* strings = nullptr) noexcept
-        : CMPI_Container(repository, broker, name_space, depth, strings), _instance(instance) {}
+                           CMPI_Made* made = nullptr) noexcept
+        : CMPI_Container(repository, broker, name_space, depth, made), _instance(instance) {}
 
     uint32 get_size() const override;
     int set_value(const char* name, const Value_View& value, uint32 flags) override;

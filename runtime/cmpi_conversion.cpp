@@ -5,7 +5,6 @@
 
 #include <cmpimacs.h>
 
-#include <cstring>
 #include <iterator>
 
 namespace cimple {
@@ -318,8 +317,34 @@ int instance_array_of(const Source& from, const CMPIData& data, Value& value) {
 
 // What goes out.
 
-int object_to_cmpi_data(const CMPIBroker* broker, const char* name_space, const Instance* instance,
-                        CMPIType type, CMPIData& data);
+// Where objects are made, and whose they are then: the scope's if there is no owner.
+struct Maker {
+    const CMPIBroker* broker;
+    const char* name_space;
+    CMPI_Made* made;
+
+    template <class Object> Object* own(Object* object) const {
+        if (made != nullptr && object != nullptr) {
+            made->keep(object);
+        }
+        return object;
+    }
+    CMPIString* string(const String& text) const {
+        CMPIStatus status{CMPI_RC_OK, nullptr};
+        return made != nullptr ? made->string(text) : CMNewString(broker, text.c_str(), &status);
+    }
+    CMPIInstance* instance(const CMPIObjectPath* path) const {
+        CMPIStatus status{CMPI_RC_OK, nullptr};
+        CMPIInstance* const result = CMNewInstance(broker, path, &status);
+        if (made != nullptr && result != nullptr) {
+            made->keep(result, path);
+        }
+        return result;
+    }
+};
+
+int object_to_cmpi_data(const Maker& maker, const Instance* instance, CMPIType type,
+                        CMPIData& data);
 
 // The CMPI type that instances of a feature travel as.
 CMPIType object_type(uint32 flags) noexcept {
@@ -328,13 +353,12 @@ CMPIType object_type(uint32 flags) noexcept {
 }
 
 // The CMPI form of one value that is no array.
-int element_to_cmpi_data(const CMPIBroker* broker, const char* name_space, sint32 type,
-                         const void* payload, uint32 flags, CMPIData& data) {
+int element_to_cmpi_data(const Maker& maker, sint32 type, const void* payload, uint32 flags,
+                         CMPIData& data) {
     CMPIStatus status{CMPI_RC_OK, nullptr};
     switch (type) {
     case STRING:
-        data.value.string =
-            CMNewString(broker, static_cast<const String*>(payload)->c_str(), &status);
+        data.value.string = maker.string(*static_cast<const String*>(payload));
         if (data.value.string == nullptr) {
             return -1;
         }
@@ -342,14 +366,14 @@ int element_to_cmpi_data(const CMPIBroker* broker, const char* name_space, sint3
     case DATETIME: {
         char text[Datetime::ascii_size];
         static_cast<const Datetime*>(payload)->ascii(text);
-        data.value.dateTime = CMNewDateTimeFromChars(broker, text, &status);
+        data.value.dateTime = maker.own(CMNewDateTimeFromChars(maker.broker, text, &status));
         if (data.value.dateTime == nullptr) {
             return -1;
         }
         break;
     }
     case Value::INSTANCE:
-        return object_to_cmpi_data(broker, name_space, *static_cast<Instance* const*>(payload),
+        return object_to_cmpi_data(maker, *static_cast<Instance* const*>(payload),
                                    object_type(flags), data);
     default:
         with_scalar(type, [&](auto scalar) { scalar.put(data.value, payload); });
@@ -358,39 +382,34 @@ int element_to_cmpi_data(const CMPIBroker* broker, const char* name_space, sint3
     return 0;
 }
 
-int array_to_cmpi_data(const CMPIBroker* broker, const char* name_space, const Value_View& value,
-                       uint32 flags, CMPIData& data, CMPI_Strings* strings) {
+// Strings go into an array as characters, which every object manager copies.
+int array_to_cmpi_data(const Maker& maker, const Value_View& value, uint32 flags, CMPIData& data) {
     const sint32 type = value.kind - Value::ARRAY;
     const CMPIType cmpi_type = type == Value::INSTANCE ? object_type(flags) : scalar_types[type];
     const Array_Base& array = *static_cast<const Array_Base*>(value.payload);
     CMPIStatus status{CMPI_RC_OK, nullptr};
-    CMPIArray* result =
-        CMNewArray(broker, static_cast<CMPICount>(array.size()), cmpi_type, &status);
+    CMPIArray* const result = maker.own(
+        CMNewArray(maker.broker, static_cast<CMPICount>(array.size()), cmpi_type, &status));
     if (result == nullptr) {
         return -1;
     }
-    const bool shared = type == STRING && strings != nullptr;
     for (std::size_t i = 0; i < array.size(); ++i) {
-        CMPIData element{};
-        if (shared) {
-            element.value.string = strings->get(*static_cast<const String*>(array.at(i)));
-        }
-        if (shared ? element.value.string == nullptr
-                   : element_to_cmpi_data(broker, name_space, type, array.at(i), flags, element) !=
-                         0) {
-            log(LL_WARN, source, __LINE__,
-                type == Value::INSTANCE ? "element conversion failed"
-                                        : "CMSetArrayElementAt() failed");
-            CMRelease(result);
-            return -1;
-        }
-        status = CMSetArrayElementAt(result, static_cast<CMPICount>(i), &element.value, cmpi_type);
-        if (!shared) {
-            release(element);
+        const auto index = static_cast<CMPICount>(i);
+        if (type == STRING) {
+            const char* const chars = static_cast<const String*>(array.at(i))->c_str();
+            status = CMSetArrayElementAt(result, index, chars, CMPI_chars);
+        } else {
+            CMPIData element{};
+            if (element_to_cmpi_data(maker, type, array.at(i), flags, element) != 0) {
+                log(LL_WARN, source, __LINE__,
+                    type == Value::INSTANCE ? "element conversion failed"
+                                            : "CMSetArrayElementAt() failed");
+                return -1;
+            }
+            status = CMSetArrayElementAt(result, index, &element.value, cmpi_type);
         }
         if (status.rc != CMPI_RC_OK) {
             log(LL_WARN, source, __LINE__, "CMSetArrayElementAt() failed");
-            CMRelease(result);
             return -1;
         }
     }
@@ -399,13 +418,14 @@ int array_to_cmpi_data(const CMPIBroker* broker, const char* name_space, const V
     return 0;
 }
 
-int object_to_cmpi_data(const CMPIBroker* broker, const char* name_space, const Instance* instance,
-                        CMPIType type, CMPIData& data) {
+int object_to_cmpi_data(const Maker& maker, const Instance* instance, CMPIType type,
+                        CMPIData& data) {
     if (instance == nullptr) {
         log(LL_WARN, source, __LINE__, "null instance argument");
         return -1;
     }
-    const char* own = instance->__name_space.empty() ? name_space : instance->__name_space.c_str();
+    const char* own =
+        instance->__name_space.empty() ? maker.name_space : instance->__name_space.c_str();
     if (own == nullptr || *own == '\0') {
         log(LL_WARN, source, __LINE__, "null namespace");
         return -1;
@@ -416,36 +436,33 @@ int object_to_cmpi_data(const CMPIBroker* broker, const char* name_space, const 
         return -1;
     }
     CMPIStatus status{CMPI_RC_OK, nullptr};
-    CMPIData path{CMPI_ref, CMPI_goodValue, {}};
-    path.value.ref = CMNewObjectPath(broker, own, class_name, &status);
-    if (path.value.ref == nullptr) {
+    CMPIObjectPath* const path = maker.own(CMNewObjectPath(maker.broker, own, class_name, &status));
+    if (path == nullptr) {
         log(LL_WARN, source, __LINE__, "CMNewObjectPath() failed");
         return -1;
     }
-    CMPIObjectPath_Container keys(nullptr, broker, own, path.value.ref);
+    CMPIObjectPath_Container keys(nullptr, maker.broker, own, path, 0, maker.made);
     if (convert(keys, instance, FLAG_KEY) != 0) {
         log(LL_WARN, source, __LINE__, "Container::convert() failed");
-        release(path);
         return -1;
     }
     if (type == CMPI_ref) {
-        data = path;
+        data.type = CMPI_ref;
+        data.value.ref = path;
         return 0;
     }
-    CMPIInstance* result = CMNewInstance(broker, path.value.ref, &status);
-    release(path);
+    CMPIInstance* const result = maker.instance(path);
     if (result == nullptr) {
         log(LL_WARN, source, __LINE__, "CMNewInstance() failed");
         return -1;
     }
-    data.type = CMPI_instance;
-    data.value.inst = result;
-    CMPIInstance_Container features(nullptr, broker, own, result);
+    CMPIInstance_Container features(nullptr, maker.broker, own, result, 0, maker.made);
     if (convert(features, instance, 0) != 0) {
         log(LL_WARN, source, __LINE__, "Container::convert() failed");
-        release(data);
         return -1;
     }
+    data.type = CMPI_instance;
+    data.value.inst = result;
     return 0;
 }
 
@@ -462,40 +479,7 @@ CMPIrc make_instance(const Container& container, const Meta_Structure* structure
     return CMPI_RC_OK;
 }
 
-// A quick hash: length, beginning and end tell most texts apart.
-std::size_t hash_of(const String& text) noexcept {
-    uint64 words[2] = {0, 0};
-    const std::size_t width = text.size() < sizeof(uint64) ? text.size() : sizeof(uint64);
-    std::memcpy(&words[0], text.c_str(), width);
-    std::memcpy(&words[1], text.c_str() + text.size() - width, width);
-    const uint64 mixed = (words[0] * 31 + words[1] + text.size()) * 0x9E3779B97F4A7C15u;
-    return mixed >> 32;
-}
-
 } // namespace
-
-CMPI_Strings::~CMPI_Strings() {
-    for (const Entry& entry : _entries) {
-        if (entry.string != nullptr) {
-            CMRelease(entry.string);
-        }
-    }
-}
-
-CMPIString* CMPI_Strings::get(const String& text) {
-    Entry& entry = _entries[hash_of(text) % size];
-    if (entry.string != nullptr) {
-        if (entry.text == text) {
-            return entry.string;
-        }
-        CMPIString* replaced = std::exchange(entry.string, nullptr);
-        CMRelease(replaced);
-    }
-    CMPIStatus status{CMPI_RC_OK, nullptr};
-    entry.string = CMNewString(_broker, text.c_str(), &status);
-    entry.text = text;
-    return entry.string;
-}
 
 int cmpi_to_cimple_value(const Meta_Repository* repository, const CMPIBroker* broker,
                          const char* name_space, const CMPIData& data, Value& value, int depth) {
@@ -552,32 +536,16 @@ int cmpi_to_cimple_value(const Meta_Repository* repository, const CMPIBroker* br
 }
 
 int _to_cmpi_data(const CMPIBroker* broker, const char* name_space, const Value_View& value,
-                  uint32 flags, CMPIData& data, CMPI_Strings* strings) {
+                  uint32 flags, CMPIData& data, CMPI_Made* made) {
     data = CMPIData{};
     if (value.kind == Value::NONE) {
         log(LL_WARN, source, __LINE__, "missing type");
         return -1;
     }
+    const Maker maker{broker, name_space, made};
     return value.kind >= Value::ARRAY
-               ? array_to_cmpi_data(broker, name_space, value, flags, data, strings)
-               : element_to_cmpi_data(broker, name_space, value.kind, value.payload, flags, data);
-}
-
-void release(CMPIData& data) noexcept {
-    // All of them are the same pair of handle and function table at the same place in the union;
-    // the tables differ, so each goes through its own type.
-    if (data.type == CMPI_string && data.value.string != nullptr) {
-        CMRelease(data.value.string);
-    } else if (data.type == CMPI_dateTime && data.value.dateTime != nullptr) {
-        CMRelease(data.value.dateTime);
-    } else if (data.type == CMPI_ref && data.value.ref != nullptr) {
-        CMRelease(data.value.ref);
-    } else if (data.type == CMPI_instance && data.value.inst != nullptr) {
-        CMRelease(data.value.inst);
-    } else if ((data.type & CMPI_ARRAY) != 0 && data.value.array != nullptr) {
-        CMRelease(data.value.array);
-    }
-    data = CMPIData{};
+               ? array_to_cmpi_data(maker, value, flags, data)
+               : element_to_cmpi_data(maker, value.kind, value.payload, flags, data);
 }
 
 const char* name_space_of(const CMPIObjectPath* path) {
@@ -617,17 +585,18 @@ CMPIrc make_cimple_method(const CMPIBroker* broker, const Meta_Class* meta_class
 }
 
 CMPIrc make_CMPI_object_path(const CMPIBroker* broker, const Instance* instance,
-                             const char* name_space, CMPIObjectPath*& path, CMPI_Strings* strings) {
+                             const char* name_space, CMPIObjectPath*& path, CMPI_Made* made) {
     if (instance == nullptr) {
         return CMPI_RC_ERR_FAILED;
     }
     CMPIStatus status{CMPI_RC_OK, nullptr};
-    CMPIObjectPath* result =
-        CMNewObjectPath(broker, name_space, instance->__meta_class->name, &status);
+    const Maker maker{broker, name_space, made};
+    CMPIObjectPath* const result =
+        maker.own(CMNewObjectPath(broker, name_space, instance->__meta_class->name, &status));
     if (result == nullptr) {
         return CMPI_RC_ERR_FAILED;
     }
-    CMPIObjectPath_Container keys(nullptr, broker, name_space, result, 0, strings);
+    CMPIObjectPath_Container keys(nullptr, broker, name_space, result, 0, made);
     convert(keys, instance, FLAG_KEY);
     path = result;
     return CMPI_RC_OK;
@@ -635,36 +604,30 @@ CMPIrc make_CMPI_object_path(const CMPIBroker* broker, const Instance* instance,
 
 CMPIrc make_CMPI_instance(const CMPIBroker* broker, const Instance* instance,
                           const char* name_space, const CMPIObjectPath* path,
-                          const char** properties, CMPIInstance*& cmpi_instance,
-                          CMPI_Strings* strings) {
+                          const char** properties, CMPIInstance*& cmpi_instance, CMPI_Made* made) {
     if (instance == nullptr) {
         return CMPI_RC_ERR_FAILED;
     }
-    CMPIObjectPath* built = nullptr;
     if (path == nullptr) {
         log(LL_WARN, source, __LINE__, "No ObjectPath built before call to make_CMPI_instance");
-        const CMPIrc rc = make_CMPI_object_path(broker, instance, name_space, built);
+        CMPIObjectPath* built = nullptr;
+        const CMPIrc rc = make_CMPI_object_path(broker, instance, name_space, built, made);
         if (rc != CMPI_RC_OK) {
             return rc;
         }
         path = built;
     }
-    CMPIStatus status{CMPI_RC_OK, nullptr};
-    CMPIInstance* result = CMNewInstance(broker, path, &status);
-    if (built != nullptr) {
-        CMRelease(built);
-    }
+    CMPIInstance* const result = Maker{broker, name_space, made}.instance(path);
     if (result == nullptr) {
         return CMPI_RC_ERR_FAILED;
     }
     if (properties != nullptr) {
-        status = CMSetPropertyFilter(result, properties, nullptr);
+        const CMPIStatus status = CMSetPropertyFilter(result, properties, nullptr);
         if (status.rc != CMPI_RC_OK) {
-            CMRelease(result);
             return status.rc;
         }
     }
-    CMPIInstance_Container features(nullptr, broker, name_space, result, 0, strings);
+    CMPIInstance_Container features(nullptr, broker, name_space, result, 0, made);
     convert(features, instance, 0);
     cmpi_instance = result;
     return CMPI_RC_OK;

@@ -2,51 +2,25 @@
 #ifndef TVR_RUNTIME_CMPI_CONVERSION_H
 #define TVR_RUNTIME_CMPI_CONVERSION_H
 
+#include "runtime/cmpi_made.h"
 #include "runtime/value.h"
 
 #include <cmpidt.h>
 #include <cmpift.h>
 
-#include <array>
-
 namespace cimple {
-
-// CMPI strings of texts that come again and again, as host and class names do in an enumeration:
-// what was made for one instance serves the next, since setters copy what they are given. Lives
-// within one scope of the object manager and is used on its thread.
-class CMPI_Strings {
-public:
-    explicit CMPI_Strings(const CMPIBroker* broker) noexcept : _broker(broker) {}
-    ~CMPI_Strings();
-    CMPI_Strings(const CMPI_Strings&) = delete;
-    CMPI_Strings& operator=(const CMPI_Strings&) = delete;
-
-    // The CMPI form of a text, valid until the next call and not the caller's to release; null if
-    // the object manager makes none.
-    CMPIString* get(const String& text);
-
-private:
-    struct Entry {
-        String text;
-        CMPIString* string = nullptr;
-    };
-    static constexpr std::size_t size = 64;
-
-    const CMPIBroker* _broker;
-    std::array<Entry, size> _entries; // each text has one place, by a hash
-};
 
 // Whole objects. Each returns CMPI_RC_OK and a new object, or an error with the out argument as it
 // was. A single value that can't be converted is logged and left out, NULL in an instance and
 // absent in a CMPI object; it never fails the conversion. Nothing that the object manager hands
 // over is trusted: null objects, null texts, failing calls and wrong types count as such a value.
 //
-// New instances belong to the caller by one count. New CMPI objects belong to the scope of the
-// call in progress and may be released early; what was made on the way to them is released here.
+// New instances belong to the caller by one count. New CMPI objects, and what was made on the way
+// to them, belong to `made`; without one they are left to the scope of the call in progress.
 //
 // What comes in carries the namespace of the path, down to nested instances, of which those that
 // came with a namespace of their own keep it. A nested instance goes out in its own namespace, or
-// without one in `name_space`. Who sends many instances passes `strings`.
+// without one in `name_space`.
 
 // An instance of `meta_class` with the keys that the path has; all else is NULL.
 CMPIrc make_cimple_reference(const CMPIBroker* broker, const Meta_Class* meta_class,
@@ -64,14 +38,14 @@ CMPIrc make_cimple_method(const CMPIBroker* broker, const Meta_Class* meta_class
 
 CMPIrc make_CMPI_object_path(const CMPIBroker* broker, const Instance* instance,
                              const char* name_space, CMPIObjectPath*& path,
-                             CMPI_Strings* strings = nullptr);
+                             CMPI_Made* made = nullptr);
 
 // The features of `instance` that aren't NULL, through the property filter if `properties` isn't
 // null. A null `path` is built. Also returns what CMSetPropertyFilter answers.
 CMPIrc make_CMPI_instance(const CMPIBroker* broker, const Instance* instance,
                           const char* name_space, const CMPIObjectPath* path,
                           const char** properties, CMPIInstance*& cmpi_instance,
-                          CMPI_Strings* strings = nullptr);
+                          CMPI_Made* made = nullptr);
 
 // Adds the outputs of a method call to `args`; the return value goes apart, type 0 if it is NULL.
 CMPIrc make_CMPI_method(const CMPIBroker* broker, const char* name_space,
@@ -100,18 +74,15 @@ int cmpi_to_cimple_value(const Meta_Repository* repository, const CMPIBroker* br
                          const char* name_space, const CMPIData& data, Value& value, int depth = 0);
 
 // 0, or -1 with a line in the runtime's log. `flags` are those of the feature: an instance becomes
-// a CMPI_instance for an embedded one, else a CMPI_ref. What `data` refers to is new; `strings`
-// serve the elements of an array.
+// a CMPI_instance for an embedded one, else a CMPI_ref. What `data` refers to belongs to `made`, or
+// to the scope.
 int _to_cmpi_data(const CMPIBroker* broker, const char* name_space, const Value_View& value,
-                  uint32 flags, CMPIData& data, CMPI_Strings* strings = nullptr);
+                  uint32 flags, CMPIData& data, CMPI_Made* made = nullptr);
 
 // False if the state of a datum says that its value is null, missing or bad, and so not to be read.
 constexpr bool has_value(const CMPIData& data) noexcept {
     return (data.state & (CMPI_nullValue | CMPI_notFound | CMPI_badValue)) == 0;
 }
-
-// Releases the object that `data` refers to, if it does.
-void release(CMPIData& data) noexcept;
 
 } // namespace cimple
 

@@ -13,11 +13,10 @@ public:
     Delivery(const CMPIBroker* broker, const CMPIResult* result, const char* name_space,
              const char** properties = nullptr) noexcept
         : _broker(broker), _result(result), _name_space(name_space), _properties(properties),
-          _strings(broker) {}
+          _made(broker) {}
 
-    // The namespace of the request, and the wanted properties: null for all.
+    // The namespace of the request.
     const char* name_space() const noexcept { return _name_space; }
-    const char** properties() const noexcept { return _properties; }
     // The namespace of the instance itself, or of the request if it has none.
     const char* own_name_space(const Instance& instance) const noexcept {
         return instance.__name_space.empty() ? _name_space : instance.__name_space.c_str();
@@ -28,9 +27,6 @@ public:
         return instance != nullptr && _rc == CMPI_RC_OK;
     }
 
-    // The path of an instance, the caller's to release; null ends the delivery.
-    CMPIObjectPath* path_of(const Instance& instance, const char* name_space);
-
     // Each sends one object: false if that failed.
     bool send_path(const Instance& instance, const char* name_space);
     // With `filtered` the instance's null flags are set by the property list, so that what it holds
@@ -39,16 +35,18 @@ public:
     bool send_instance(Instance& instance, bool filtered = false);
     // The path comes of the conversion, which makes it in `name_space`.
     bool send_pathless(const Instance& instance, const char* name_space);
-    // Takes the object over; null ends the delivery.
-    bool send(CMPIInstance* cmpi_instance);
+    // The instance in its current state, as the object manager gets it.
+    bool send_current(const Instance& instance, const char* name_space, const CMPIContext* context);
 
 private:
+    bool send(const CMPIInstance* cmpi_instance);
+
     const CMPIBroker* _broker;
     const CMPIResult* _result;
     const char* _name_space;
     const char** _properties;
     CMPIrc _rc = CMPI_RC_OK;
-    CMPI_Strings _strings;
+    CMPI_Made _made;
 };
 
 } // namespace cimple

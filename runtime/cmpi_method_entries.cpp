@@ -54,7 +54,6 @@ Outcome invoke(const CMPI_Adapter& adapter, const CMPIResult* result, const CMPI
     }
     CMReturnData(result, &returned.value, returned.type);
     CMReturnDone(result);
-    release(returned);
     return CMPI_RC_OK;
 }
 

@@ -1,7 +1,6 @@
 #include "runtime/cmpi_thread_context.h"
 
 #include "runtime/cmpi_conversion.h"
-#include "runtime/cmpi_owned.h"
 #include "runtime/log.h"
 
 #include <cmpimacs.h>
@@ -90,14 +89,14 @@ Instance_Enumerator_State* CMPI_Thread_Context::instance_enumerator_create(const
     if (name_space == nullptr || model == nullptr || current == nullptr) {
         return nullptr;
     }
-    CMPIObjectPath* made = nullptr;
-    if (make_CMPI_object_path(current->broker(), model, name_space, made) != CMPI_RC_OK) {
+    CMPI_Made made(current->broker());
+    CMPIObjectPath* path = nullptr;
+    if (make_CMPI_object_path(current->broker(), model, name_space, path, &made) != CMPI_RC_OK) {
         return nullptr;
     }
-    const CMPI_Owned<CMPIObjectPath> path(made);
     CMPIStatus status{CMPI_RC_OK, nullptr};
     CMPIEnumeration* enumeration =
-        CBEnumInstances(current->broker(), current->context(), path.get(), nullptr, &status);
+        CBEnumInstances(current->broker(), current->context(), path, nullptr, &status);
     if (status.rc != CMPI_RC_OK || enumeration == nullptr) {
         return nullptr;
     }

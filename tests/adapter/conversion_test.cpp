@@ -118,11 +118,10 @@ TEST_F(Conversion_Test, NullFeaturesAreAbsentAndEmptyArraysPresent) {
     EXPECT_TRUE(log.has("null instance argument"));
     EXPECT_TRUE(log.has("element conversion failed"));
 
-    broker.end_scope();
     CMPIInstance* made = nullptr;
     make_CMPI_instance(broker.get(), w.get(), "root/test", nullptr, nullptr, made);
     EXPECT_TRUE(log.has("No ObjectPath built before call to make_CMPI_instance"));
-    EXPECT_EQ(broker.live(), 1u);
+    EXPECT_NE(made, nullptr);
 }
 
 TEST_F(Conversion_Test, NestedInstancesGoOutInTheirOwnNamespace) {
@@ -255,22 +254,32 @@ TEST_F(Conversion_Test, KeysOfPathsAreNarrowed) {
     EXPECT_EQ(*value.get<uint16>(), 0xFFFE);
 }
 
-TEST_F(Conversion_Test, StringsAreMadeOnceForEqualTexts) {
+TEST_F(Conversion_Test, WhatWasMadeStaysUntilItsDeliveryEnds) {
     {
-        CMPI_Strings strings(broker.get());
-        const CMPIString* host = strings.get("host");
-        EXPECT_EQ(strings.get(std::string("host")), host);
+        CMPI_Made made(broker.get());
+        const CMPIString* host = made.string("host");
+        EXPECT_EQ(made.string(std::string("host")), host);
         EXPECT_EQ(broker.live(), 1u);
+        std::vector<CMPIString*> strings;
         for (int i = 0; i < 1000; ++i) { // more than there is room for
-            const std::string text = "text " + std::to_string(i);
-            const CMPIString* string = strings.get(text);
-            EXPECT_EQ(string->ft->getCharPtr(string, nullptr), text);
+            strings.push_back(made.string("text " + std::to_string(i)));
         }
+        for (int i = 0; i < 1000; ++i) {
+            const CMPIString* string = strings[static_cast<std::size_t>(i)];
+            EXPECT_EQ(string->ft->getCharPtr(string, nullptr), "text " + std::to_string(i));
+        }
+        CMPIObjectPath* path = nullptr;
+        const Ref<Widget> full = full_widget();
+        EXPECT_EQ(make_CMPI_object_path(broker.get(), full.get(), "n", path, &made), CMPI_RC_OK);
+        CMPIInstance* instance = nullptr;
+        EXPECT_EQ(make_CMPI_instance(broker.get(), full.get(), "n", path, nullptr, instance, &made),
+                  CMPI_RC_OK);
+        made.release();
         EXPECT_LE(broker.live(), 64u);
         broker.failing = {"newString"};
-        EXPECT_EQ(strings.get("never seen"), nullptr);
+        EXPECT_EQ(made.string("never seen"), nullptr);
         broker.failing.clear();
-        EXPECT_NE(strings.get("never seen"), nullptr);
+        EXPECT_NE(made.string("never seen"), nullptr);
     }
     EXPECT_EQ(broker.live(), 0u);
 }

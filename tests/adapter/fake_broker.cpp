@@ -78,6 +78,9 @@ template <class Content> void hold(Datum& datum, const typename Content::Type* o
 
 // A copy of what a setter is given.
 Datum datum_of(const CMPIValue* value, CMPIType type) {
+    if (type == CMPI_chars) {
+        return string(reinterpret_cast<const char*>(value));
+    }
     Datum datum{type, CMPI_goodValue, {}, {}};
     if (value == nullptr) {
         datum.state = CMPI_nullValue;
@@ -172,7 +175,7 @@ const CMPIArrayFT array_ft{
        CMPIType type) -> CMPIStatus {
         const auto* handle = enter<List>(array, "setElementAt", nullptr);
         if (handle == nullptr || index >= handle->content->elements.size() ||
-            type != handle->content->type) {
+            (type == CMPI_chars ? CMPIType{CMPI_string} : type) != handle->content->type) {
             return failed;
         }
         handle->content->elements[index] = datum_of(value, type);
