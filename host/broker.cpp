@@ -32,12 +32,12 @@ struct Request {
             const char* operation)
         : side(side_of(broker)) {
         const auto* entries = argument<Context_Object>(side.books, context, operation);
-        const auto* named = argument<Path_Object>(side.books, object_path, operation);
+        auto* named = argument<Path_Object>(side.books, object_path, operation);
         if (entries == nullptr || named == nullptr) {
             return;
         }
         valid = true;
-        path = *named->content;
+        path = side.books.read(*named, operation);
         const Cim_Value& principal = (*entries->content)[CMPIPrincipal];
         if (principal.type() == Cim_Type::string && !principal.is_null()) {
             call.principal = principal.as_string();
@@ -81,7 +81,12 @@ CMPIEnumeration* enumerate(Request request, Cim_Type type, CMPIStatus* rc, Opera
 CMPIContext* prepare_attach(const CMPIBroker* broker, const CMPIContext* context) {
     Books& books = side_of(broker).books;
     const auto* entries = argument<Context_Object>(books, context, "prepareAttachThread");
-    return entries == nullptr ? nullptr : books.make_context(*entries->content, true);
+    if (entries == nullptr) {
+        return nullptr;
+    }
+    Context_Object* const prepared = books.make_context(*entries->content, true);
+    books.set_broker(*prepared, broker);
+    return prepared;
 }
 
 CMPIStatus attach(const CMPIBroker* broker, const CMPIContext* context) {
@@ -102,11 +107,11 @@ CMPIStatus deliver(const CMPIBroker* broker, const CMPIContext* context, const c
                    const CMPIInstance* indication) {
     Broker_Side& side = side_of(broker);
     const auto* entries = argument<Context_Object>(side.books, context, "deliverIndication");
-    const auto* object = argument<Instance_Object>(side.books, indication, "deliverIndication");
+    auto* object = argument<Instance_Object>(side.books, indication, "deliverIndication");
     if (entries == nullptr || object == nullptr) {
         return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
     }
-    side.deliver({text_of(name_space), object->content->instance});
+    side.deliver({text_of(name_space), side.books.read(*object, "deliverIndication").instance});
     return {CMPI_RC_OK, nullptr};
 }
 
@@ -151,13 +156,13 @@ CMPIObjectPath* create_instance(const CMPIBroker* broker, const CMPIContext* con
                                 const CMPIObjectPath* path, const CMPIInstance* instance,
                                 CMPIStatus* rc) {
     Request request(broker, context, path, "createInstance");
-    const auto* made = argument<Instance_Object>(request.side.books, instance, "createInstance");
+    auto* made = argument<Instance_Object>(request.side.books, instance, "createInstance");
     if (!request.valid || made == nullptr) {
         set(rc, CMPI_RC_ERR_INVALID_PARAMETER);
         return nullptr;
     }
-    Answer answer =
-        request.side.manager.create_instance(request.path, made->content->instance, request.call);
+    Answer answer = request.side.manager.create_instance(
+        request.path, request.side.books.read(*made, "createInstance").instance, request.call);
     set(rc, answer.rc);
     if (!answer.ok() || answer.paths.empty()) {
         return nullptr;
@@ -169,12 +174,13 @@ CMPIStatus modify_instance(const CMPIBroker* broker, const CMPIContext* context,
                            const CMPIObjectPath* path, const CMPIInstance* instance,
                            const char** properties) {
     Request request(broker, context, path, "modifyInstance");
-    const auto* with = argument<Instance_Object>(request.side.books, instance, "modifyInstance");
+    auto* with = argument<Instance_Object>(request.side.books, instance, "modifyInstance");
     if (!request.valid || with == nullptr) {
         return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
     }
     const Answer answer = request.side.manager.modify_instance(
-        request.path, with->content->instance, properties_of(properties), request.call);
+        request.path, request.side.books.read(*with, "modifyInstance").instance,
+        properties_of(properties), request.call);
     return {static_cast<CMPIrc>(answer.rc), nullptr};
 }
 
@@ -261,21 +267,23 @@ CMPIData invoke_method(const CMPIBroker* broker, const CMPIContext* context,
                        const CMPIObjectPath* path, const char* method, const CMPIArgs* in,
                        CMPIArgs* out, CMPIStatus* rc) {
     Request request(broker, context, path, "invokeMethod");
-    const auto* given = argument<Args_Object>(request.side.books, in, "invokeMethod");
+    Args_Object* const given = argument<Args_Object>(request.side.books, in, "invokeMethod");
     Args_Object* const taken = argument<Args_Object>(request.side.books, out, "invokeMethod");
     if (!request.valid || method == nullptr || (in != nullptr && given == nullptr)) {
         set(rc, CMPI_RC_ERR_INVALID_PARAMETER);
         return no_data();
     }
     Answer answer = request.side.manager.invoke_method(
-        request.path, method, given == nullptr ? Arguments() : *given->content, request.call);
+        request.path, method,
+        given == nullptr ? Arguments() : request.side.books.read(*given, "invokeMethod"),
+        request.call);
     set(rc, answer.rc);
     if (!answer.ok()) {
         return no_data();
     }
     if (taken != nullptr) {
         for (Named_Value& value : answer.out) {
-            taken->content->set(value.name, std::move(value.value));
+            taken->content->values.set(value.name, std::move(value.value));
         }
     }
     return request.side.books.data(answer.return_value());
@@ -287,7 +295,7 @@ CMPIStatus set_property(const CMPIBroker* broker, const CMPIContext* context,
     Request request(broker, context, path, "setProperty");
     Cim_Value plain;
     if (!request.valid || name == nullptr ||
-        request.side.books.plain(value, type, plain) != CMPI_RC_OK) {
+        request.side.books.plain(value, type, plain, "setProperty") != CMPI_RC_OK) {
         return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
     }
     Cim_Instance instance(request.path, request.path.keys);
@@ -385,8 +393,8 @@ void fill_broker(Tables& tables, int version) {
     }
 }
 
-CMPIBroker make_broker(Broker_Side& side) noexcept {
-    return {&side, &side.books.ft.broker, &side.books.ft.makers, nullptr, nullptr};
-}
+Broker::Broker(Broker_Side side)
+    : _side(std::move(side)), _cmpi{&_side, &_side.books.ft.broker, &_side.books.ft.makers, nullptr,
+                                    nullptr} {}
 
 } // namespace tvrhost

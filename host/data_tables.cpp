@@ -33,7 +33,7 @@ template <class O> O* self(const typename O::Pair* pair, const char* operation, 
 
 template <class O> CMPIStatus release(typename O::Pair* pair) {
     O* const object = static_cast<O*>(pair);
-    if (object == nullptr || !object->tracker.release(*object)) {
+    if (object == nullptr || !object->tracker.release(*object, __builtin_return_address(0))) {
         return status(CMPI_RC_ERR_INVALID_HANDLE);
     }
     return status(CMPI_RC_OK);
@@ -49,7 +49,17 @@ template <class O> typename O::Pair* clone(const typename O::Pair* pair, CMPISta
         set(rc, CMPI_RC_ERR_NOT_SUPPORTED); // a result ends with its call
         return nullptr;
     } else if constexpr (std::is_same_v<O, Args_Object>) {
-        return books_of(*object).make_args(*object->content, true);
+        return books_of(*object).make_args(books_of(*object).read(*object, "clone"), true);
+    } else if constexpr (std::is_same_v<O, Array_Object>) {
+        const Cim_Type type = object->content->type;
+        return books_of(*object).make(Array_Content{type, books_of(*object).read(*object, "clone")},
+                                      true);
+    } else if constexpr (std::is_same_v<O, Path_Object>) {
+        return books_of(*object).make(Path_Content{books_of(*object).read(*object, "clone")}, true);
+    } else if constexpr (std::is_same_v<O, Instance_Object>) {
+        Instance_Content copy = books_of(*object).read(*object, "clone");
+        copy.kept.clear();
+        return books_of(*object).make(std::move(copy), true);
     } else if constexpr (std::is_same_v<O, Context_Object>) {
         return books_of(*object).make_context(*object->content, true);
     } else {
@@ -115,6 +125,35 @@ CMPIType array_type(const CMPIArray* array, CMPIStatus* rc) {
     return object == nullptr ? CMPIType{CMPI_null} : static_cast<CMPIType>(object->content->type);
 }
 
+// An element belongs to its array: one that the module has set is the very object that it gave.
+CMPIData element_data(Array_Object& object, CMPICount index) {
+    const Array_Content& content = *object.content;
+    if (index < content.kept.size() && content.kept[index].type != CMPI_null) {
+        return {content.kept[index].type, CMPI_goodValue, content.kept[index].value};
+    }
+    CMPIData data = books_of(object).data(content.elements[index]);
+    if (data.state != CMPI_goodValue) {
+        return data;
+    }
+    switch (content.type) {
+    case Cim_Type::string:
+        static_cast<String_Object*>(data.value.string)->is_element = true;
+        break;
+    case Cim_Type::datetime:
+        static_cast<Datetime_Object*>(data.value.dateTime)->is_element = true;
+        break;
+    case Cim_Type::reference:
+        static_cast<Path_Object*>(data.value.ref)->is_element = true;
+        break;
+    case Cim_Type::instance:
+        static_cast<Instance_Object*>(data.value.inst)->is_element = true;
+        break;
+    default:
+        break;
+    }
+    return data;
+}
+
 CMPIData array_get(const CMPIArray* array, CMPICount index, CMPIStatus* rc) {
     Array_Object* const object = self<Array_Object>(array, "getElementAt", rc);
     if (object == nullptr) {
@@ -124,7 +163,7 @@ CMPIData array_get(const CMPIArray* array, CMPICount index, CMPIStatus* rc) {
         set(rc, CMPI_RC_ERR_NO_SUCH_PROPERTY);
         return missing;
     }
-    return books_of(*object).data(object->content->elements[index]);
+    return element_data(*object, index);
 }
 
 CMPIStatus array_set(const CMPIArray* array, CMPICount index, const CMPIValue* value,
@@ -140,7 +179,9 @@ CMPIStatus array_set(const CMPIArray* array, CMPICount index, const CMPIValue* v
         return status(CMPI_RC_ERR_NO_SUCH_PROPERTY);
     }
     Cim_Value element;
-    if (const CMPIrc code = books.plain(value, type, element); code != CMPI_RC_OK) {
+    Kept kept;
+    if (const CMPIrc code = books.keep(value, type, element, kept, "setElementAt");
+        code != CMPI_RC_OK) {
         return status(code);
     }
     if (element.type() == Cim_Type::none) {
@@ -153,6 +194,10 @@ CMPIStatus array_set(const CMPIArray* array, CMPICount index, const CMPIValue* v
         return status(CMPI_RC_ERR_TYPE_MISMATCH);
     }
     content.elements[index] = std::move(element);
+    if (kept.type != CMPI_null || !content.kept.empty()) {
+        content.kept.resize(content.elements.size());
+        content.kept[index] = kept;
+    }
     return status(CMPI_RC_OK);
 }
 
@@ -179,7 +224,7 @@ template <std::string Cim_Path::*Member>
 CMPIStatus path_set(const CMPIObjectPath* path, const char* text) {
     CMPIStatus rc;
     if (Path_Object* const object = self<Path_Object>(path, "a setter", &rc)) {
-        (*object->content).*Member = text_of(text);
+        object->content->path.*Member = text_of(text);
     }
     return rc;
 }
@@ -187,7 +232,7 @@ CMPIStatus path_set(const CMPIObjectPath* path, const char* text) {
 template <std::string Cim_Path::*Member>
 CMPIString* path_get(const CMPIObjectPath* path, CMPIStatus* rc) {
     Path_Object* const object = self<Path_Object>(path, "a getter", rc);
-    return object == nullptr ? nullptr : books_of(*object).make((*object->content).*Member);
+    return object == nullptr ? nullptr : books_of(*object).make(object->content->path.*Member);
 }
 
 CMPIStatus path_add_key(const CMPIObjectPath* path, const char* key, const CMPIValue* value,
@@ -199,10 +244,11 @@ CMPIStatus path_add_key(const CMPIObjectPath* path, const char* key, const CMPIV
     }
     Books& books = books_of(*object);
     Cim_Value plain;
-    if (const CMPIrc code = books.plain(value, type, plain); code != CMPI_RC_OK) {
+    Kept kept;
+    if (const CMPIrc code = books.take(value, type, plain, kept, "addKey"); code != CMPI_RC_OK) {
         return status(code);
     }
-    const Cim_Path& content = *object->content;
+    const Cim_Path& content = object->content->path;
     const tvrmof::Class* const model =
         books.schema == nullptr ? nullptr : books.schema->find(content.class_name);
     if (model != nullptr) {
@@ -219,28 +265,31 @@ CMPIStatus path_add_key(const CMPIObjectPath* path, const char* key, const CMPIV
             return status(CMPI_RC_ERR_TYPE_MISMATCH);
         }
     }
-    object->content->keys.set(text_of(key), std::move(plain));
+    tvrhost::set(object->content->path.keys, object->content->kept, text_of(key), std::move(plain),
+                 kept);
     return status(CMPI_RC_OK);
 }
 
 CMPIData path_key(const CMPIObjectPath* path, const char* key, CMPIStatus* rc) {
     Path_Object* const object = self<Path_Object>(path, "getKey", rc);
-    return object == nullptr ? bad
-                             : named(books_of(*object), object->content->keys, key,
-                                     CMPI_RC_ERR_NOT_FOUND, rc, CMPI_keyValue);
+    return object == nullptr
+               ? bad
+               : named(books_of(*object), books_of(*object).read(*object, "getKey").keys, key,
+                       CMPI_RC_ERR_NOT_FOUND, rc, CMPI_keyValue);
 }
 
 CMPIData path_key_at(const CMPIObjectPath* path, CMPICount index, CMPIString** name,
                      CMPIStatus* rc) {
     Path_Object* const object = self<Path_Object>(path, "getKeyAt", rc);
-    return object == nullptr ? bad
-                             : at(books_of(*object), object->content->keys, index, name,
-                                  CMPI_RC_ERR_NOT_FOUND, rc, CMPI_keyValue);
+    return object == nullptr
+               ? bad
+               : at(books_of(*object), books_of(*object).read(*object, "getKeyAt").keys, index,
+                    name, CMPI_RC_ERR_NOT_FOUND, rc, CMPI_keyValue);
 }
 
 CMPICount path_key_count(const CMPIObjectPath* path, CMPIStatus* rc) {
     Path_Object* const object = self<Path_Object>(path, "getKeyCount", rc);
-    return object == nullptr ? 0 : static_cast<CMPICount>(object->content->keys.size());
+    return object == nullptr ? 0 : static_cast<CMPICount>(object->content->path.keys.size());
 }
 
 CMPIStatus path_take_name_space(const CMPIObjectPath* path, const CMPIObjectPath* source) {
@@ -253,15 +302,15 @@ CMPIStatus path_take_name_space(const CMPIObjectPath* path, const CMPIObjectPath
     if (from == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    object->content->name_space = from->content->name_space;
+    object->content->path.name_space = from->content->path.name_space;
     return rc;
 }
 
 CMPIStatus path_take_host(const CMPIObjectPath* path, const CMPIObjectPath* source) {
     const CMPIStatus rc = path_take_name_space(path, source);
     if (rc.rc == CMPI_RC_OK) {
-        static_cast<Path_Object*>(const_cast<CMPIObjectPath*>(path))->content->host =
-            static_cast<const Path_Object*>(source)->content->host;
+        static_cast<Path_Object*>(const_cast<CMPIObjectPath*>(path))->content->path.host =
+            static_cast<const Path_Object*>(source)->content->path.host;
     }
     return rc;
 }
@@ -271,7 +320,7 @@ const tvrmof::Class* class_of(const CMPIObjectPath* path, CMPIStatus* rc) {
     if (object == nullptr || books_of(*object).schema == nullptr) {
         return nullptr;
     }
-    return books_of(*object).schema->find(object->content->class_name);
+    return books_of(*object).schema->find(object->content->path.class_name);
 }
 
 CMPIData qualifier(const CMPIObjectPath* path, const tvrmof::Qualifiers* qualifiers,
@@ -314,7 +363,9 @@ CMPIData parameter_qualifier(const CMPIObjectPath* path, const char* method, con
 
 CMPIString* path_text(const CMPIObjectPath* path, CMPIStatus* rc) {
     Path_Object* const object = self<Path_Object>(path, "toString", rc);
-    return object == nullptr ? nullptr : books_of(*object).make(object->content->text());
+    return object == nullptr
+               ? nullptr
+               : books_of(*object).make(books_of(*object).read(*object, "toString").text());
 }
 
 // ---- instance
@@ -324,9 +375,10 @@ CMPIData instance_property(const CMPIInstance* instance, const char* name, CMPIS
     if (object == nullptr) {
         return bad;
     }
-    const bool key = object->content->is_key(text_of(name));
-    return named(books_of(*object), object->content->instance.properties, name,
-                 CMPI_RC_ERR_NO_SUCH_PROPERTY, rc, key ? CMPI_keyValue : CMPI_goodValue);
+    const Instance_Content& content = books_of(*object).read(*object, "getProperty");
+    const bool key = content.is_key(text_of(name));
+    return named(books_of(*object), content.instance.properties, name, CMPI_RC_ERR_NO_SUCH_PROPERTY,
+                 rc, key ? CMPI_keyValue : CMPI_goodValue);
 }
 
 CMPIData instance_property_at(const CMPIInstance* instance, CMPICount index, CMPIString** name,
@@ -335,9 +387,9 @@ CMPIData instance_property_at(const CMPIInstance* instance, CMPICount index, CMP
     if (object == nullptr) {
         return bad;
     }
-    const Named_Values& properties = object->content->instance.properties;
-    const bool key =
-        index < properties.size() && object->content->is_key(properties.begin()[index].name);
+    const Instance_Content& content = books_of(*object).read(*object, "getPropertyAt");
+    const Named_Values& properties = content.instance.properties;
+    const bool key = index < properties.size() && content.is_key(properties.begin()[index].name);
     return at(books_of(*object), properties, index, name, CMPI_RC_ERR_NO_SUCH_PROPERTY, rc,
               key ? CMPI_keyValue : CMPI_goodValue);
 }
@@ -359,7 +411,9 @@ CMPIStatus instance_set(const CMPIInstance* instance, const char* name, const CM
     Instance_Content& content = *object->content;
     std::string_view property = text_of(name);
     Cim_Value plain;
-    if (const CMPIrc code = books.plain(value, type, plain); code != CMPI_RC_OK) {
+    Kept kept;
+    if (const CMPIrc code = books.take(value, type, plain, kept, "setProperty");
+        code != CMPI_RC_OK) {
         return status(code);
     }
     if (content.model != nullptr) {
@@ -382,7 +436,7 @@ CMPIStatus instance_set(const CMPIInstance* instance, const char* name, const CM
     }
     // What the filter keeps out is no error: the client didn't ask for it.
     if (content.passes(property)) {
-        content.instance.properties.set(property, std::move(plain));
+        tvrhost::set(content.instance.properties, content.kept, property, std::move(plain), kept);
     }
     return status(CMPI_RC_OK);
 }
@@ -404,11 +458,11 @@ CMPIStatus instance_set_path(const CMPIInstance* instance, const CMPIObjectPath*
     if (object == nullptr) {
         return rc;
     }
-    const auto* from = argument<Path_Object>(books_of(*object), path, "setObjectPath");
+    auto* from = argument<Path_Object>(books_of(*object), path, "setObjectPath");
     if (from == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    object->content->instance.path = *from->content;
+    object->content->instance.path = books_of(*object).read(*from, "setObjectPath");
     return rc;
 }
 
@@ -433,8 +487,9 @@ CMPIStatus instance_filter(const CMPIInstance* instance, const char** properties
     Instance_Content& content = *object->content;
     content.allowed = names(properties);
     content.keys = names(key_list);
-    std::erase_if(content.instance.properties,
-                  [&](const Named_Value& property) { return !content.passes(property.name); });
+    const auto kept_out = [&](const auto& property) { return !content.passes(property.name); };
+    std::erase_if(content.instance.properties, kept_out);
+    std::erase_if(content.kept, kept_out);
     return rc;
 }
 
@@ -448,30 +503,33 @@ CMPIStatus args_add(const CMPIArgs* args, const char* name, const CMPIValue* val
         return rc;
     }
     Cim_Value plain;
-    if (const CMPIrc code = books_of(*object).plain(value, type, plain); code != CMPI_RC_OK) {
+    Kept kept;
+    if (const CMPIrc code = books_of(*object).take(value, type, plain, kept, "addArg");
+        code != CMPI_RC_OK) {
         return status(code);
     }
-    object->content->set(text_of(name), std::move(plain));
+    tvrhost::set(object->content->values, object->content->kept, text_of(name), std::move(plain),
+                 kept);
     return rc;
 }
 
 CMPIData args_get(const CMPIArgs* args, const char* name, CMPIStatus* rc) {
     Args_Object* const object = self<Args_Object>(args, "getArg", rc);
-    return object == nullptr
-               ? bad
-               : named(books_of(*object), *object->content, name, CMPI_RC_ERR_NOT_FOUND, rc);
+    return object == nullptr ? bad
+                             : named(books_of(*object), books_of(*object).read(*object, "getArg"),
+                                     name, CMPI_RC_ERR_NOT_FOUND, rc);
 }
 
 CMPIData args_get_at(const CMPIArgs* args, CMPICount index, CMPIString** name, CMPIStatus* rc) {
     Args_Object* const object = self<Args_Object>(args, "getArgAt", rc);
-    return object == nullptr
-               ? bad
-               : at(books_of(*object), *object->content, index, name, CMPI_RC_ERR_NOT_FOUND, rc);
+    return object == nullptr ? bad
+                             : at(books_of(*object), books_of(*object).read(*object, "getArgAt"),
+                                  index, name, CMPI_RC_ERR_NOT_FOUND, rc);
 }
 
 CMPICount args_count(const CMPIArgs* args, CMPIStatus* rc) {
     Args_Object* const object = self<Args_Object>(args, "getArgCount", rc);
-    return object == nullptr ? 0 : static_cast<CMPICount>(object->content->size());
+    return object == nullptr ? 0 : static_cast<CMPICount>(object->content->values.size());
 }
 
 // ---- enumeration
@@ -533,7 +591,8 @@ CMPIStatus context_add(const CMPIContext* context, const char* name, const CMPIV
         return rc;
     }
     Cim_Value plain;
-    if (const CMPIrc code = books_of(*object).plain(value, type, plain); code != CMPI_RC_OK) {
+    if (const CMPIrc code = books_of(*object).plain(value, type, plain, "addEntry");
+        code != CMPI_RC_OK) {
         return status(code);
     }
     object->content->set(text_of(name), std::move(plain));
@@ -565,8 +624,8 @@ CMPIStatus result_data(const CMPIResult* result, const CMPIValue* value, const C
         return rc;
     }
     Cim_Value plain;
-    if (const CMPIrc code =
-            books_of(*static_cast<const Result_Object*>(result)).plain(value, type, plain);
+    if (const CMPIrc code = books_of(*static_cast<const Result_Object*>(result))
+                                .plain(value, type, plain, "returnData");
         code != CMPI_RC_OK) {
         return status(code);
     }
@@ -580,12 +639,12 @@ CMPIStatus result_instance(const CMPIResult* result, const CMPIInstance* instanc
     if (answer == nullptr) {
         return rc;
     }
-    const auto* object = argument<Instance_Object>(
-        books_of(*static_cast<const Result_Object*>(result)), instance, "returnInstance");
+    Books& books = books_of(*static_cast<const Result_Object*>(result));
+    auto* object = argument<Instance_Object>(books, instance, "returnInstance");
     if (object == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    answer->instances.push_back(object->content->instance);
+    answer->instances.push_back(books.read(*object, "returnInstance").instance);
     return rc;
 }
 
@@ -595,12 +654,12 @@ CMPIStatus result_path(const CMPIResult* result, const CMPIObjectPath* path) {
     if (answer == nullptr) {
         return rc;
     }
-    const auto* object = argument<Path_Object>(books_of(*static_cast<const Result_Object*>(result)),
-                                               path, "returnObjectPath");
+    Books& books = books_of(*static_cast<const Result_Object*>(result));
+    auto* object = argument<Path_Object>(books, path, "returnObjectPath");
     if (object == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    answer->paths.push_back(*object->content);
+    answer->paths.push_back(books.read(*object, "returnObjectPath"));
     return rc;
 }
 

@@ -22,9 +22,9 @@ std::string text_of(const char* chars) {
 
 CMPIInstance* new_instance(const CMPIBroker* broker, const CMPIObjectPath* path, CMPIStatus* rc) {
     Books& books = side_of(broker).books;
-    const auto* from = argument<Path_Object>(books, path, "newInstance");
+    auto* from = argument<Path_Object>(books, path, "newInstance");
     set(rc, from == nullptr ? CMPI_RC_ERR_INVALID_PARAMETER : CMPI_RC_OK);
-    return from == nullptr ? nullptr : books.make(Cim_Instance(*from->content));
+    return from == nullptr ? nullptr : books.make(Cim_Instance(books.read(*from, "newInstance")));
 }
 
 CMPIObjectPath* new_path(const CMPIBroker* broker, const char* name_space, const char* class_name,
@@ -46,7 +46,7 @@ CMPIString* new_string(const CMPIBroker* broker, const char* data, CMPIStatus* r
 CMPIArray* new_array(const CMPIBroker* broker, CMPICount size, CMPIType type, CMPIStatus* rc) {
     Books& books = side_of(broker).books;
     Cim_Value element;
-    if (const CMPIrc code = books.plain(nullptr, type, element);
+    if (const CMPIrc code = books.plain(nullptr, type, element, "newArray");
         code != CMPI_RC_OK || element.is_array() || element.type() == Cim_Type::none) {
         set(rc, CMPI_RC_ERR_INVALID_DATA_TYPE);
         return nullptr;
@@ -94,7 +94,7 @@ CMPIBoolean path_is_a(const CMPIBroker* broker, const CMPIObjectPath* path, cons
         return 0;
     }
     const std::string wanted = text_of(class_name);
-    const std::string& found = object->content->class_name;
+    const std::string& found = object->content->path.class_name;
     return same_name(found, wanted) ||
            (books.schema != nullptr && books.schema->is_a(found, wanted));
 }
@@ -143,9 +143,10 @@ CMPIString* object_text(const CMPIBroker* broker, const void* object, CMPIStatus
     Books& books = side_of(broker).books;
     const char* const kind = kind_of(books.ft, object);
     const std::string_view name = kind == nullptr ? "" : kind;
-    const auto text = [&]<class O>(const O* alive, auto convert) -> CMPIString* {
+    const auto text = [&]<class O>(O* alive, auto convert) -> CMPIString* {
         set(rc, alive == nullptr ? CMPI_RC_ERR_INVALID_HANDLE : CMPI_RC_OK);
-        return alive == nullptr ? nullptr : books.make(std::string(convert(*alive->content)));
+        return alive == nullptr ? nullptr
+                                : books.make(std::string(convert(books.read(*alive, "toString"))));
     };
     if (name == "CMPIString") {
         return text(

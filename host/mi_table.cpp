@@ -11,10 +11,10 @@ namespace {
 constexpr Kind kinds[] = {Kind::instance, Kind::method, Kind::association, Kind::indication};
 
 template <class MI>
-void* call_factory(Any_Function factory, const CMPIBroker& broker, const CMPIContext* context) {
+void* call_factory(Any_Function factory, const CMPIBroker* broker, const CMPIContext* context) {
     CMPIStatus status{};
     return reinterpret_cast<MI* (*)(const CMPIBroker*, const CMPIContext*, CMPIStatus*)>(factory)(
-        &broker, context, &status);
+        broker, context, &status);
 }
 
 template <class MI> CMPIStatus call_cleanup(void* mi, const CMPIContext* context, bool end) {
@@ -76,9 +76,8 @@ Any_Function Module::factory(const std::string& class_name, Kind kind) const {
 
 // ---- Mi_Table
 
-Mi_Table::Mi_Table(const Module& module, const CMPIBroker& broker, Books& books,
-                   const Options& options)
-    : _module(module), _broker(broker), _books(books), _options(options) {}
+Mi_Table::Mi_Table(const Module& module, const Broker_Side& side)
+    : _module(module), _side(side), _books(side.books), _options(side.options) {}
 
 Mi_Table::~Mi_Table() = default;
 
@@ -133,15 +132,16 @@ void* Mi_Table::create(Class_State& state, Kind kind) {
     Context_Object* const context = _books.make_context(context_entries());
     context->is_argument = true;
     const Any_Function factory = state.factories[index(kind)];
+    const CMPIBroker* const broker = state.broker->cmpi();
     switch (kind) {
     case Kind::instance:
-        return call_factory<CMPIInstanceMI>(factory, _broker, context);
+        return call_factory<CMPIInstanceMI>(factory, broker, context);
     case Kind::method:
-        return call_factory<CMPIMethodMI>(factory, _broker, context);
+        return call_factory<CMPIMethodMI>(factory, broker, context);
     case Kind::association:
-        return call_factory<CMPIAssociationMI>(factory, _broker, context);
+        return call_factory<CMPIAssociationMI>(factory, broker, context);
     case Kind::indication:
-        return call_factory<CMPIIndicationMI>(factory, _broker, context);
+        return call_factory<CMPIIndicationMI>(factory, broker, context);
     }
     return nullptr;
 }
@@ -194,9 +194,17 @@ Mi_Table::Entry Mi_Table::enter(const std::string& class_name, Kind kind) {
     }
     state.phase = Phase::loading;
     state.loader = std::this_thread::get_id();
+    if (state.broker == nullptr) {
+        Broker_Side side = _side;
+        side.owner = state.name;
+        state.broker = std::make_unique<Broker>(std::move(side));
+    }
     lock.unlock();
     void* const mi = create(state, kind);
     lock.lock();
+    if (mi == nullptr && state.load_order.empty()) {
+        end_broker(state);
+    }
     state.phase = Phase::idle;
     _changed.notify_all();
     if (mi == nullptr) {
@@ -210,6 +218,19 @@ Mi_Table::Entry Mi_Table::enter(const std::string& class_name, Kind kind) {
     state.load_order.push_back(kind);
     ++state.in_flight;
     return {*this, state, mi};
+}
+
+// With the lock held.
+void Mi_Table::end_broker(Class_State& state) {
+    if (state.broker != nullptr) {
+        if (_books.has_contexts_of(state.broker->cmpi())) {
+            _books.fault(Fault_Kind::ended_broker,
+                         "a context that the broker of " + state.name +
+                             " prepared is alive after the last cleanup of that class");
+        }
+        state.broker->end();
+        _ended_brokers.push_back(std::move(state.broker));
+    }
 }
 
 // Cleans up all MIs of a class; false if requests stay in it too long. Patience counts only for the
@@ -252,6 +273,7 @@ bool Mi_Table::clean_up(Class_State& state, bool terminating, std::unique_lock<s
     }
     if (state.load_order.empty()) {
         std::erase(_load_order, &state);
+        end_broker(state);
     }
     state.phase = Phase::idle;
     _changed.notify_all();

@@ -1,9 +1,10 @@
-// Loads and cleans up the MIs of the classes, and keeps a class from being cleaned up while a
-// request is in it. No lock is held across a call into the module.
+// Loads and cleans up the MIs of the classes, each class with a broker of its own, and keeps a
+// class from being cleaned up while a request is in it. No lock is held across a call into the
+// module.
 #ifndef TVR_HOST_MI_TABLE_H
 #define TVR_HOST_MI_TABLE_H
 
-#include "host/objects.h"
+#include "host/broker.h"
 
 #include <array>
 #include <condition_variable>
@@ -36,7 +37,8 @@ class Mi_Table {
     struct Class_State;
 
 public:
-    Mi_Table(const Module& module, const CMPIBroker& broker, Books& books, const Options& options);
+    // `side` is what the broker of each class is made from.
+    Mi_Table(const Module& module, const Broker_Side& side);
     ~Mi_Table();
 
     // A request's stay in a class. `mi` is null, with code and message set, if it cannot be served.
@@ -76,6 +78,7 @@ private:
         std::array<Any_Function, 4> factories{}; // by kind
         std::array<void*, 4> mis{};
         std::vector<Kind> load_order;
+        std::unique_ptr<Broker> broker; // from the first factory call to the last cleanup
         Phase phase = Phase::idle;
         std::thread::id loader; // while loading
         std::size_t in_flight = 0;
@@ -83,6 +86,7 @@ private:
 
     static std::size_t index(Kind kind) noexcept;
     Class_State& state_of(const std::string& class_name); // with the lock held
+    void end_broker(Class_State& state);
     bool clean_up(Class_State& state, bool terminating, std::unique_lock<std::mutex>& lock,
                   int& rc);
     void* create(Class_State& state, Kind kind);
@@ -90,7 +94,7 @@ private:
     Named_Values context_entries() const;
 
     const Module& _module;
-    const CMPIBroker& _broker;
+    const Broker_Side& _side;
     Books& _books;
     const Options& _options;
 
@@ -98,6 +102,7 @@ private:
     std::condition_variable _changed;
     std::map<std::string, std::unique_ptr<Class_State>> _classes;
     std::vector<Class_State*> _load_order; // of classes that have MIs
+    std::vector<std::unique_ptr<Broker>> _ended_brokers;
     bool _closed = false;
 };
 

@@ -167,7 +167,7 @@ struct Object_Manager::Rep {
     Module module;
     Books books;
     Broker_Side side;
-    CMPIBroker broker;
+    Broker broker; // of no class
     Mi_Table mis;
 
     std::mutex instances_mutex;
@@ -198,9 +198,9 @@ std::shared_ptr<const tvrmof::Schema> schema_of(const Options& options) {
 
 Object_Manager::Rep::Rep(Object_Manager& manager, Options given)
     : options(std::move(given)), schema(schema_of(options)), module(options),
-      books(tables_of(options.broker_version), schema.get(), options.tombstones),
-      side{books, manager, options, [this](Indication each) { deliver(std::move(each)); }},
-      broker(make_broker(side)), mis(module, broker, books, options), instances(options.instances) {
+      books(tables_of(options.broker_version), schema.get(), options),
+      side{books, manager, options, [this](Indication each) { deliver(std::move(each)); }, {}},
+      broker(side), mis(module, side), instances(options.instances) {
     if (!options.instance_file.empty()) {
         std::vector<Cim_Instance> read = read_instances(options.instance_file, schema.get());
         std::move(read.begin(), read.end(), std::back_inserter(instances));
@@ -253,7 +253,7 @@ Cim_Instance* Object_Manager::Rep::given(const Cim_Path& path) {
 Cim_Instance Object_Manager::Rep::filtered(const Cim_Instance& instance,
                                            const Properties& properties) const {
     Cim_Instance result = instance;
-    Instance_Content content{instance, nullptr, properties, {}};
+    Instance_Content content{instance, nullptr, properties, {}, {}};
     std::erase_if(result.properties,
                   [&](const Named_Value& property) { return !content.passes(property.name); });
     return result;
@@ -484,7 +484,7 @@ Answer Object_Manager::invoke_method(const Cim_Path& path, const std::string& me
                                          mi, context, result, _rep->books.make(Cim_Path(path)),
                                          method.c_str(), _rep->books.make_args(in), out);
                                      if (out->content != nullptr) {
-                                         answer.out = std::move(*out->content);
+                                         answer.out = _rep->books.read(*out, "the end of the call");
                                      }
                                      return status;
                                  });
@@ -830,7 +830,7 @@ std::size_t Object_Manager::live_clones() const noexcept {
     return _rep->books.live_clones();
 }
 const CMPIBroker* Object_Manager::broker() const noexcept {
-    return &_rep->broker;
+    return _rep->broker.cmpi();
 }
 
 Object_Manager::Scope::Scope(Object_Manager& manager, const Call& call)

@@ -14,7 +14,10 @@
 // It is strict: every object that the module is given or makes is counted and belongs to a scope
 // (one call, or one attached thread), and what breaks the rules of ownership is reported as a
 // `Fault`. Broken rules never harm the object manager itself: objects that have ended are kept for
-// a while as tombstones, so that a late use is told from a good one.
+// a while as tombstones, so that a late use is told from a good one. It is careless as well, where
+// an object manager may be: what a setter is given is kept as the pointer that it is, and looked at
+// when the object that it went into is read. Each class has a broker of its own, which ends with
+// the class's last cleanup.
 //
 // Threads: any operation may be called from any thread at any time, also from the module by
 // up-call. The object manager holds no lock across a call into the module. Factory and cleanup
@@ -70,11 +73,19 @@ enum class Fault_Kind {
     thread_mismatch,   // attach and detach that don't belong together
     argument_release,  // the release of the context or the result of a call
     missing_cleanup,   // a cleanup that failed, or requests in flight for ever at the end
+    borrowed_release,  // the release of an element that belongs to its array
+    ended_broker,      // a class's broker used after the class's last cleanup
 };
 
 struct Fault {
     Fault_Kind kind;
     std::string text; // one line
+};
+
+// What setters keep as the pointer that it is. Arrays keep their elements in any case.
+enum class Keeps {
+    elements,  // properties, keys and arguments are copied when they are set
+    everything // properties, keys and arguments, too
 };
 
 struct Indication {
@@ -113,6 +124,7 @@ struct Options {
     // Texts that the module logs or traces through the broker.
     std::function<void(const std::string&)> on_log;
 
+    Keeps keeps = Keeps::everything;
     // Ended objects that are kept to recognise a late use.
     std::size_t tombstones = 50000;
 };
@@ -252,8 +264,8 @@ public:
     std::size_t live_objects() const noexcept;
     std::size_t live_clones() const noexcept;
 
-    // For those who call the module's tables themselves: the broker, and a scope on the calling
-    // thread with a context of its own. Scopes nest, and end in reverse order.
+    // For those who call the module's tables themselves: a broker that belongs to no class, and a
+    // scope on the calling thread with a context of its own. Scopes nest, and end in reverse order.
     const CMPIBroker* broker() const noexcept;
     class Scope {
     public:

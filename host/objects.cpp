@@ -54,8 +54,8 @@ Array_Object* Books::make(Array_Content content, bool clone) {
 Datetime_Object* Books::make(Cim_Datetime value, bool clone) {
     return adopted<Datetime_Object>(*this, "CMPIDateTime", &ft.datetime, std::move(value), clone);
 }
-Path_Object* Books::make(Cim_Path path, bool clone) {
-    return adopted<Path_Object>(*this, "CMPIObjectPath", &ft.path, std::move(path), clone);
+Path_Object* Books::make(Path_Content content, bool clone) {
+    return adopted<Path_Object>(*this, "CMPIObjectPath", &ft.path, std::move(content), clone);
 }
 Instance_Object* Books::make(Instance_Content content, bool clone) {
     return adopted<Instance_Object>(*this, "CMPIInstance", &ft.instance, std::move(content), clone);
@@ -63,10 +63,11 @@ Instance_Object* Books::make(Instance_Content content, bool clone) {
 Instance_Object* Books::make(Cim_Instance instance) {
     const tvrmof::Class* const model =
         schema == nullptr ? nullptr : schema->find(instance.class_name());
-    return make(Instance_Content{std::move(instance), model, {}, {}});
+    return make(Instance_Content{std::move(instance), model, {}, {}, {}});
 }
 Args_Object* Books::make_args(Named_Values values, bool clone) {
-    return adopted<Args_Object>(*this, "CMPIArgs", &ft.args, std::move(values), clone);
+    return adopted<Args_Object>(*this, "CMPIArgs", &ft.args, Args_Content{std::move(values)},
+                                clone);
 }
 Enumeration_Object* Books::make(Enumeration_Content content, bool clone) {
     return adopted<Enumeration_Object>(*this, "CMPIEnumeration", &ft.enumeration,
@@ -196,17 +197,124 @@ Cim_Type plain_type(unsigned code) noexcept {
 // Hands the content of an object to `convert`. A null object, which stands for NULL, is passed
 // over; one that has ended is an error.
 template <class O, class Convert>
-CMPIrc take(Books& books, const typename O::Pair* pair, Convert convert) {
+CMPIrc take(Books& books, const typename O::Pair* pair, const char* operation, Convert convert) {
     if (pair == nullptr) {
         return CMPI_RC_OK;
     }
-    O* const object = argument<O>(books, pair, "taking over");
-    return object == nullptr ? CMPI_RC_ERR_INVALID_HANDLE : convert(*object->content);
+    O* const object = argument<O>(books, pair, operation);
+    return object == nullptr ? CMPI_RC_ERR_INVALID_HANDLE : convert(books.read(*object, operation));
 }
+
+CMPIrc not_of_type(Books& books, Cim_Type found, Cim_Type wanted) {
+    books.fault(Fault_Kind::schema_mismatch, std::string("an array of ") + type_name(found) +
+                                                 " handed over as one of " + type_name(wanted));
+    return CMPI_RC_ERR_TYPE_MISMATCH;
+}
+
+// What refers to itself has no end.
+constexpr int deepest = 64;
+thread_local int depth = 0;
+
+struct Deeper {
+    Deeper() { ++depth; }
+    ~Deeper() { --depth; }
+    Deeper(const Deeper&) = delete;
+    Deeper& operator=(const Deeper&) = delete;
+};
 
 } // namespace
 
-CMPIrc Books::plain(const CMPIValue* value, CMPIType type, Cim_Value& plain_value) {
+// ---- what is kept
+
+CMPIrc Books::keep(const CMPIValue* value, CMPIType type, Cim_Value& plain_value, Kept& kept,
+                   const char* operation) {
+    const bool array = (type & CMPI_ARRAY) != 0;
+    const Cim_Type wanted = plain_type(type & ~static_cast<unsigned>(CMPI_ARRAY));
+    const auto alive = [&]<class O>(const typename O::Pair* pair, O*) {
+        return argument<O>(*this, pair, operation) != nullptr;
+    };
+    bool live = true;
+    if (value == nullptr || value->string == nullptr || type == CMPI_chars) {
+        return plain(value, type, plain_value, operation);
+    }
+    if (array && wanted != Cim_Type::none) {
+        const auto* const object = argument<Array_Object>(*this, value->array, operation);
+        live = object != nullptr;
+        if (live && object->content->type != wanted) {
+            return not_of_type(*this, object->content->type, wanted);
+        }
+    } else if (wanted == Cim_Type::string) {
+        live = alive(value->string, static_cast<String_Object*>(nullptr));
+    } else if (wanted == Cim_Type::datetime) {
+        live = alive(value->dateTime, static_cast<Datetime_Object*>(nullptr));
+    } else if (wanted == Cim_Type::reference) {
+        live = alive(value->ref, static_cast<Path_Object*>(nullptr));
+    } else if (wanted == Cim_Type::instance) {
+        live = alive(value->inst, static_cast<Instance_Object*>(nullptr));
+    } else {
+        return plain(value, type, plain_value, operation);
+    }
+    if (!live) {
+        return CMPI_RC_ERR_INVALID_HANDLE;
+    }
+    plain_value = Cim_Value::null(wanted, array);
+    kept = {type, *value};
+    return CMPI_RC_OK;
+}
+
+Cim_Value Books::look_at(const Kept& kept, const char* operation) {
+    Cim_Value value;
+    const Deeper deeper;
+    if (depth > deepest) {
+        fault(Fault_Kind::schema_mismatch, std::string(operation) + " of what refers to itself");
+    } else if (plain(&kept.value, kept.type, value, operation) == CMPI_RC_OK) {
+        return value;
+    }
+    return Cim_Value::null(plain_type(kept.type & ~static_cast<unsigned>(CMPI_ARRAY)),
+                           (kept.type & CMPI_ARRAY) != 0);
+}
+
+void Books::look_at(Named_Values& values, const Kept_Values& kept, const char* operation) {
+    for (const Kept_Value& each : kept) {
+        values.set(each.name, look_at(each, operation));
+    }
+}
+
+const Cim_Path& Books::read(Path_Object& object, const char* operation) {
+    look_at(object.content->path.keys, object.content->kept, operation);
+    return object.content->path;
+}
+const Instance_Content& Books::read(Instance_Object& object, const char* operation) {
+    look_at(object.content->instance.properties, object.content->kept, operation);
+    return *object.content;
+}
+const Named_Values& Books::read(Args_Object& object, const char* operation) {
+    look_at(object.content->values, object.content->kept, operation);
+    return object.content->values;
+}
+const std::vector<Cim_Value>& Books::read(Array_Object& object, const char* operation) {
+    Array_Content& content = *object.content;
+    for (std::size_t i = 0; i < content.kept.size(); ++i) {
+        if (content.kept[i].type != CMPI_null) {
+            content.elements[i] = look_at(content.kept[i], operation);
+        }
+    }
+    return content.elements;
+}
+
+void set(Named_Values& values, Kept_Values& all_kept, std::string_view name, Cim_Value value,
+         const Kept& kept) {
+    values.set(name, std::move(value));
+    std::erase_if(all_kept, [&](const Kept_Value& each) { return same_name(each.name, name); });
+    if (kept.type != CMPI_null) {
+        all_kept.push_back({kept, std::string(name)});
+    }
+}
+
+// ---- plain forms
+
+CMPIrc Books::plain(const CMPIValue* value, CMPIType type, Cim_Value& plain_value,
+                    const char* operation) {
     if (type == CMPI_null) {
         plain_value = Cim_Value();
         return CMPI_RC_OK;
@@ -226,16 +334,17 @@ CMPIrc Books::plain(const CMPIValue* value, CMPIType type, Cim_Value& plain_valu
     }
     plain_value = Cim_Value::null(wanted, array);
     if (array) {
-        return take<Array_Object>(*this, value->array, [&](const Array_Content& content) {
-            if (content.type != wanted) {
-                fault(Fault_Kind::schema_mismatch,
-                      std::string("an array of ") + type_name(content.type) +
-                          " handed over as one of " + type_name(wanted));
-                return CMPI_RC_ERR_TYPE_MISMATCH;
-            }
-            plain_value = Cim_Value::array(wanted, content.elements);
-            return CMPI_RC_OK;
-        });
+        Array_Object* const object = value->array == nullptr
+                                         ? nullptr
+                                         : argument<Array_Object>(*this, value->array, operation);
+        if (object == nullptr) {
+            return value->array == nullptr ? CMPI_RC_OK : CMPI_RC_ERR_INVALID_HANDLE;
+        }
+        if (object->content->type != wanted) {
+            return not_of_type(*this, object->content->type, wanted);
+        }
+        plain_value = Cim_Value::array(wanted, read(*object, operation));
+        return CMPI_RC_OK;
     }
     const auto copy = [&](const auto& content) {
         plain_value = content;
@@ -279,16 +388,17 @@ CMPIrc Books::plain(const CMPIValue* value, CMPIType type, Cim_Value& plain_valu
         plain_value = std::int64_t{value->sint64};
         break;
     case Cim_Type::string:
-        return take<String_Object>(*this, value->string, copy);
+        return tvrhost::take<String_Object>(*this, value->string, operation, copy);
     case Cim_Type::datetime:
-        return take<Datetime_Object>(*this, value->dateTime, copy);
+        return tvrhost::take<Datetime_Object>(*this, value->dateTime, operation, copy);
     case Cim_Type::reference:
-        return take<Path_Object>(*this, value->ref, copy);
+        return tvrhost::take<Path_Object>(*this, value->ref, operation, copy);
     case Cim_Type::instance:
-        return take<Instance_Object>(*this, value->inst, [&](const Instance_Content& content) {
-            plain_value = content.instance;
-            return CMPI_RC_OK;
-        });
+        return tvrhost::take<Instance_Object>(*this, value->inst, operation,
+                                              [&](const Instance_Content& content) {
+                                                  plain_value = content.instance;
+                                                  return CMPI_RC_OK;
+                                              });
     case Cim_Type::none:
         break;
     }

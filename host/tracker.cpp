@@ -1,5 +1,12 @@
 #include "host/tracker.h"
 
+#include <dlfcn.h>
+#include <execinfo.h>
+
+#include <algorithm>
+#include <iterator>
+#include <sstream>
+#include <thread>
 #include <utility>
 
 namespace tvrhost {
@@ -10,8 +17,71 @@ constexpr std::size_t fault_limit = 1000;
 
 thread_local Scope_Frame* innermost = nullptr;
 
-const char* end_of(State state) noexcept {
-    return state == State::released ? "its release" : "the end of its scope";
+// "libtavrin_fc_provider.so+0x1f2c0", as the tools that find source lines want it.
+std::string code_place(const void* address) {
+    Dl_info info{};
+    if (address == nullptr || dladdr(address, &info) == 0 || info.dli_fname == nullptr) {
+        return {};
+    }
+    const std::string file = info.dli_fname;
+    const auto offset =
+        static_cast<const char*>(address) - static_cast<const char*>(info.dli_fbase);
+    std::ostringstream text;
+    text << file.substr(file.rfind('/') + 1) << "+0x" << std::hex << offset;
+    return text.str();
+}
+
+const void* base_of(const void* address) noexcept {
+    Dl_info info{};
+    return dladdr(address, &info) == 0 ? nullptr : info.dli_fbase;
+}
+
+// The code of the module on this thread's stack, nearest to the call; null if the module is linked
+// with the object manager. The C and C++ libraries, which start threads, are nobody's.
+const void* calling_code() {
+    static const void* const nobodys[] = {
+        base_of(reinterpret_cast<const void*>(&calling_code)),
+        base_of(dlsym(RTLD_DEFAULT, "gnu_get_libc_version")),
+        base_of(dlsym(RTLD_DEFAULT, "_ZSt9terminatev")),
+    };
+    void* frames[32];
+    const int depth = backtrace(frames, std::size(frames));
+    for (int i = 0; i < depth; ++i) {
+        if (std::find(std::begin(nobodys), std::end(nobodys), base_of(frames[i])) ==
+            std::end(nobodys)) {
+            return frames[i];
+        }
+    }
+    return nullptr;
+}
+
+std::string in_brackets(const std::string& scope, const std::string& code) {
+    if (scope.empty() && code.empty()) {
+        return {};
+    }
+    return " (" + scope + (scope.empty() || code.empty() ? "" : ", ") + code + ")";
+}
+
+// "CMPIString "eth0"".
+std::string text_of(const Tracked& object) {
+    const char* const name = object.short_name.get();
+    return *name == '\0' ? std::string(object.kind) : std::string(object.kind) + " \"" + name + '"';
+}
+
+// "its release (enumerateInstances TVRHBA_FCPort, module.so+0x12)".
+std::string end_of(const Tracked& object, State state) {
+    return (state == State::released ? "its release" : "the end of its scope") +
+           in_brackets(object.ended_in == nullptr ? std::string() : *object.ended_in,
+                       code_place(object.ended_at));
+}
+
+// The state once an end in progress is over.
+State state_of(const Tracked& object) noexcept {
+    State state = object.state;
+    for (; state == State::ending; state = object.state) {
+        std::this_thread::yield();
+    }
+    return state;
 }
 
 } // namespace
@@ -19,7 +89,8 @@ const char* end_of(State state) noexcept {
 // ---- scopes
 
 Scope_Frame::Scope_Frame(Tracker& tracker, std::string label)
-    : _tracker(&tracker), _label(std::move(label)), _below(std::exchange(innermost, this)) {}
+    : _tracker(&tracker), _label(std::make_shared<const std::string>(std::move(label))),
+      _below(std::exchange(innermost, this)) {}
 
 Scope_Frame::~Scope_Frame() {
     // A frame that another thread attached and never detached ends on this one.
@@ -34,7 +105,7 @@ Scope_Frame::~Scope_Frame() {
 
 void Scope_Frame::abandon() noexcept {
     if (Tracker* const tracker = std::exchange(_tracker, nullptr)) {
-        tracker->collect(std::move(_objects));
+        tracker->collect(std::move(_objects), _label);
     }
 }
 
@@ -50,7 +121,7 @@ Scope_Frame* Scope_Frame::top(const Tracker& tracker) noexcept {
 
 Tracker::~Tracker() {
     report_leaks();
-    collect(std::move(_orphans));
+    collect(std::move(_orphans), nullptr);
 }
 
 void Tracker::adopt(std::unique_ptr<Tracked> object, bool clone) {
@@ -58,9 +129,9 @@ void Tracker::adopt(std::unique_ptr<Tracked> object, bool clone) {
     if (clone) {
         object->is_clone = true;
         const Tracked* const key = object.get();
-        std::string origin = place();
+        std::shared_ptr<const std::string> origin = scope_label();
         const std::lock_guard lock(_mutex);
-        _clones.emplace(key, Clone{std::move(object), std::move(origin)});
+        _clones.emplace(key, Clone{std::move(object), std::move(origin), nullptr});
         return;
     }
     if (Scope_Frame* scope = Scope_Frame::top(*this)) {
@@ -73,19 +144,47 @@ void Tracker::adopt(std::unique_ptr<Tracked> object, bool clone) {
     _orphans.push_back(std::move(object));
 }
 
-bool Tracker::release(Tracked& object) noexcept {
-    State state = State::live;
-    if (!object.state.compare_exchange_strong(state, State::released)) {
-        fault(state == State::released ? Fault_Kind::double_release : Fault_Kind::use_after_scope,
-              std::string(object.kind) + " released after " + end_of(state) + place());
+void Tracker::set_broker(const Tracked& context, const void* broker) {
+    const std::lock_guard lock(_mutex);
+    if (const auto found = _clones.find(&context); found != _clones.end()) {
+        found->second.broker = broker;
+    }
+}
+
+bool Tracker::has_contexts_of(const void* broker) const {
+    const std::lock_guard lock(_mutex);
+    return std::any_of(_clones.begin(), _clones.end(),
+                       [&](const auto& each) { return each.second.broker == broker; });
+}
+
+// False if it had ended before.
+bool Tracker::end(Tracked& object, State state, const std::shared_ptr<const std::string>& scope,
+                  const void* caller) noexcept {
+    State expected = State::live;
+    if (!object.state.compare_exchange_strong(expected, State::ending)) {
         return false;
     }
-    if (object.is_argument) {
-        fault(Fault_Kind::argument_release,
-              std::string(object.kind) + " of a call released by the module" + place());
-    }
-    object.drop();
+    object.ended_in = scope;
+    object.ended_at = caller;
+    object.poison();
+    object.state = state;
     --_live;
+    return true;
+}
+
+bool Tracker::release(Tracked& object, const void* caller) noexcept {
+    if (object.is_argument || object.is_element) {
+        fault(object.is_argument ? Fault_Kind::argument_release : Fault_Kind::borrowed_release,
+              std::string(object.kind) +
+                  (object.is_argument ? " of a call" : ", an element of an array,") +
+                  " released by the module" + place());
+    }
+    if (!end(object, State::released, scope_label(), caller)) {
+        const State state = state_of(object);
+        fault(state == State::released ? Fault_Kind::double_release : Fault_Kind::use_after_scope,
+              text_of(object) + " released" + place() + " after " + end_of(object, state));
+        return false;
+    }
     if (object.is_clone) {
         Objects ended;
         {
@@ -101,11 +200,7 @@ bool Tracker::release(Tracked& object) noexcept {
 }
 
 void Tracker::end_context(Tracked& context) noexcept {
-    State state = State::live;
-    if (context.state.compare_exchange_strong(state, State::collected)) {
-        context.drop();
-        --_live;
-    }
+    end(context, State::collected, scope_label(), nullptr);
     Objects ended;
     {
         const std::lock_guard lock(_mutex);
@@ -118,22 +213,19 @@ void Tracker::end_context(Tracked& context) noexcept {
 }
 
 bool Tracker::is_live(const Tracked& object, const char* operation) {
-    const State state = object.state;
-    if (state == State::live) {
+    if (object.state == State::live) {
         return true;
     }
+    const State state = state_of(object);
     fault(state == State::released ? Fault_Kind::use_after_release : Fault_Kind::use_after_scope,
-          std::string(operation) + " of a " + object.kind + " after " + end_of(state) + place());
+          std::string(operation) + " of " + text_of(object) + place() + " after " +
+              end_of(object, state));
     return false;
 }
 
-void Tracker::collect(Objects objects) noexcept {
+void Tracker::collect(Objects objects, const std::shared_ptr<const std::string>& scope) noexcept {
     for (const std::unique_ptr<Tracked>& object : objects) {
-        State state = State::live;
-        if (object->state.compare_exchange_strong(state, State::collected)) {
-            object->drop();
-            --_live;
-        }
+        end(*object, State::collected, scope, nullptr);
     }
     bury(std::move(objects));
 }
@@ -208,9 +300,14 @@ CMPIStatus Tracker::detach(Tracked& context) {
 
 // ---- faults
 
-std::string Tracker::place() const {
+std::shared_ptr<const std::string> Tracker::scope_label() const {
     const Scope_Frame* const scope = Scope_Frame::top(*this);
-    return scope == nullptr ? std::string() : " (" + scope->label() + ")";
+    return scope == nullptr ? nullptr : scope->label();
+}
+
+std::string Tracker::place() const {
+    const std::shared_ptr<const std::string> scope = scope_label();
+    return in_brackets(scope == nullptr ? std::string() : *scope, code_place(calling_code()));
 }
 
 void Tracker::fault(Fault_Kind kind, const std::string& text) {
@@ -252,7 +349,7 @@ void Tracker::report_leaks() {
               std::string(key->kind) +
                   (attached.contains(key) ? " of a thread that was never detached"
                                           : " never released") +
-                  clone.place);
+                  in_brackets(clone.made_in == nullptr ? std::string() : *clone.made_in, {}));
     }
     Objects ended;
     for (auto& [key, clone] : left) {
@@ -266,7 +363,7 @@ void Tracker::report_leaks() {
         const std::lock_guard lock(mutex);
         graveyard.push_back(std::move(frame));
     }
-    collect(std::move(ended));
+    collect(std::move(ended), nullptr);
 }
 
 } // namespace tvrhost

@@ -2,8 +2,9 @@
 // broke the rules.
 //
 // An object is made on a thread in the thread's innermost scope and ends by release or with the
-// scope; a clone or a prepared context ends by release (or detach) alone. An ended object drops its
-// content and stays as a tombstone until many others have ended after it.
+// scope; a clone or a prepared context ends by release (or detach) alone. An ended object is
+// poisoned: its content goes, its handle points to nowhere and its characters read as rubbish. It
+// stays as a tombstone that knows where it ended until many others have ended after it.
 #ifndef TVR_HOST_TRACKER_H
 #define TVR_HOST_TRACKER_H
 
@@ -17,6 +18,8 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
@@ -25,7 +28,20 @@ namespace tvrhost {
 class Tracker;
 class Scope_Frame;
 
-enum class State : unsigned char { live, released, collected };
+enum class State : unsigned char { live, ending, released, collected };
+
+// The first characters of a text, for the tombstone of an object.
+class Short_Name {
+public:
+    void set(std::string_view text) noexcept {
+        const std::size_t size = text.copy(_chars, sizeof _chars - 1);
+        _chars[size] = '\0';
+    }
+    const char* get() const noexcept { return _chars; }
+
+private:
+    char _chars[32] = "";
+};
 
 // What the object manager knows of any object.
 struct Tracked {
@@ -33,14 +49,33 @@ struct Tracked {
     Tracked(const Tracked&) = delete;
     Tracked& operator=(const Tracked&) = delete;
     virtual ~Tracked() = default;
-    virtual void drop() noexcept = 0; // frees the content
+    virtual void poison() noexcept = 0; // leaves nothing of the content but its short name
 
     Tracker& tracker;
     const char* kind; // "CMPIString"
     std::atomic<State> state{State::live};
     bool is_clone = false;    // or a prepared context: no scope collects it
     bool is_argument = false; // context or result of a call
+    bool is_element = false;  // got from an array, to which it belongs
+
+    // Of one that has ended: in which scope, by which code if by release, and what it was.
+    std::shared_ptr<const std::string> ended_in;
+    const void* ended_at = nullptr;
+    Short_Name short_name;
 };
+
+// What a content is called in faults; empty where the kind says all.
+template <class Content> std::string_view name_of(const Content&) noexcept {
+    return {};
+}
+inline std::string_view name_of(const std::string& text) noexcept {
+    return text;
+}
+
+// Where the handle of an ended object points: no address of this machine.
+inline void* nowhere() noexcept {
+    return reinterpret_cast<void*>(0xDDDDDDDDDDDDDDDD);
+}
 
 // A CMPI object of ours: the pair of handle and table that the module sees, and the content.
 template <class Cmpi, class Content> struct Object final : Cmpi, Tracked {
@@ -50,9 +85,14 @@ template <class Cmpi, class Content> struct Object final : Cmpi, Tracked {
     Object(Tracker& owner, const char* kind_text, decltype(Cmpi::ft) table, Content value)
         : Cmpi{this, table}, Tracked(owner, kind_text),
           content(std::make_unique<Content>(std::move(value))) {}
-    void drop() noexcept override {
-        this->hdl = nullptr;
-        content.reset();
+    void poison() noexcept override {
+        short_name.set(name_of(*content));
+        if constexpr (std::is_same_v<Content, std::string>) {
+            content->assign(content->size(), '\xDD'); // who reads on reads this
+        } else {
+            this->hdl = nowhere();
+            content.reset();
+        }
     }
 
     std::unique_ptr<Content> content;
@@ -71,13 +111,13 @@ public:
     static Scope_Frame* top(const Tracker& tracker) noexcept;
 
     void add(std::unique_ptr<Tracked> object) { _objects.push_back(std::move(object)); }
-    const std::string& label() const noexcept { return _label; }
+    const std::shared_ptr<const std::string>& label() const noexcept { return _label; }
     // Ends the objects now; for a frame whose thread was never detached and may still see it.
     void abandon() noexcept;
 
 private:
     Tracker* _tracker; // null once abandoned
-    std::string _label;
+    std::shared_ptr<const std::string> _label;
     Scope_Frame* _below;
     std::vector<std::unique_ptr<Tracked>> _objects;
 };
@@ -91,15 +131,21 @@ public:
 
     // Takes over a new object, into the calling thread's scope or, a clone, into none.
     void adopt(std::unique_ptr<Tracked> object, bool clone);
+    // A prepared context belongs to that broker as well, with which it has to end.
+    void set_broker(const Tracked& context, const void* broker);
+    bool has_contexts_of(const void* broker) const;
 
-    // Ends an object by release; false, and a fault, if it had ended before.
-    bool release(Tracked& object) noexcept;
+    // Ends an object by release, asked for by the code at `caller`; false, and a fault, if it had
+    // ended before.
+    bool release(Tracked& object, const void* caller) noexcept;
     // Ends a prepared context with its thread.
     void end_context(Tracked& context) noexcept;
     // True if the object is alive; a fault if not.
     bool is_live(const Tracked& object, const char* operation);
 
     void fault(Fault_Kind kind, const std::string& text);
+    // What goes on in this thread, for a fault's text: " (scope, code)", or nothing.
+    std::string place() const;
     std::vector<Fault> faults() const;
     std::vector<Fault> take_faults();
     bool has_unseen_faults() const;
@@ -118,12 +164,15 @@ private:
     friend class Scope_Frame;
     using Objects = std::vector<std::unique_ptr<Tracked>>;
     void bury(Objects objects); // ended objects become tombstones
-    void collect(Objects objects) noexcept;
-    std::string place() const; // what goes on in this thread, for a fault's text
+    void collect(Objects objects, const std::shared_ptr<const std::string>& scope) noexcept;
+    bool end(Tracked& object, State state, const std::shared_ptr<const std::string>& scope,
+             const void* caller) noexcept;
+    std::shared_ptr<const std::string> scope_label() const;
 
     struct Clone {
         std::unique_ptr<Tracked> object;
-        std::string place; // where it was made
+        std::shared_ptr<const std::string> made_in; // the scope
+        const void* broker = nullptr;               // of a prepared context
     };
 
     mutable std::mutex _mutex; // guards all below but the counts
