@@ -104,15 +104,31 @@ private:
         return result;
     }
 
+    // What was made for one delivery: it may only go when what it was put into has been handed over
+    // and released.
+    class Made {
+    public:
+        ~Made() {
+            for (CMPIArray* array : arrays)
+                CMRelease(array);
+            for (CMPIDateTime* datetime : datetimes)
+                CMRelease(datetime);
+        }
+        std::vector<CMPIArray*> arrays;
+        std::vector<CMPIDateTime*> datetimes;
+    };
+
     static const CMPIValue* value_of(const CMPIBroker* broker, const Field& from,
-                                     CMPIValue& storage) {
+                                     CMPIValue& storage, Made& made) {
         if (from.is_array) {
             const CMPIType element = from.type == CMPI_chars ? CMPIType{CMPI_string} : from.type;
             storage.array =
                 CMNewArray(broker, static_cast<CMPICount>(from.elements.size()), element, nullptr);
+            made.arrays.push_back(storage.array);
             for (CMPICount i = 0; i < from.elements.size(); ++i) {
                 CMPIValue each;
-                CMSetArrayElementAt(storage.array, i, value_of(broker, from.elements[i], each),
+                CMSetArrayElementAt(storage.array, i,
+                                    value_of(broker, from.elements[i], each, made),
                                     from.elements[i].type);
             }
             return &storage;
@@ -121,6 +137,7 @@ private:
             return reinterpret_cast<const CMPIValue*>(from.text.c_str());
         if (from.type == CMPI_dateTime) {
             storage.dateTime = CMNewDateTimeFromChars(broker, from.text.c_str(), nullptr);
+            made.datetimes.push_back(storage.dateTime);
             return &storage;
         }
         return &from.number;
@@ -130,27 +147,27 @@ private:
         return from.is_array ? static_cast<CMPIType>(from.type | CMPI_ARRAY) : from.type;
     }
 
-    CMPIObjectPath* path_of(const CMPIObjectPath* request, const Record& record) const {
+    CMPIObjectPath* path_of(const CMPIObjectPath* request, const Record& record, Made& made) const {
         CMPIString* const name_space = CMGetNameSpace(request, nullptr);
         CMPIObjectPath* const path =
             CMNewObjectPath(_broker, CMGetCharPtr(name_space), _class_name.c_str(), nullptr);
         CMRelease(name_space);
         for (const Field& key : record.keys) {
             CMPIValue storage;
-            CMAddKey(path, key.name.c_str(), value_of(_broker, key, storage), type_of(key));
+            CMAddKey(path, key.name.c_str(), value_of(_broker, key, storage, made), type_of(key));
         }
         return path;
     }
 
     CMPIInstance* instance_of(const CMPIObjectPath* path, const char** properties,
-                              const Record& record) const {
+                              const Record& record, Made& made) const {
         CMPIInstance* const instance = CMNewInstance(_broker, path, nullptr);
         if (properties != nullptr)
             CMSetPropertyFilter(instance, properties, nullptr);
         for (const Field& property : record.properties) {
             CMPIValue storage;
-            CMSetProperty(instance, property.name.c_str(), value_of(_broker, property, storage),
-                          type_of(property));
+            CMSetProperty(instance, property.name.c_str(),
+                          value_of(_broker, property, storage, made), type_of(property));
         }
         return instance;
     }
@@ -164,7 +181,8 @@ private:
     static CMPIStatus names(CMPIInstanceMI* mi, const CMPIContext*, const CMPIResult* result,
                             const CMPIObjectPath* path) {
         for (const Record& record : of(mi)._records) {
-            CMPIObjectPath* const each = of(mi).path_of(path, record);
+            Made made;
+            CMPIObjectPath* const each = of(mi).path_of(path, record, made);
             CMReturnObjectPath(result, each);
             CMRelease(each);
         }
@@ -174,8 +192,9 @@ private:
     static CMPIStatus instances(CMPIInstanceMI* mi, const CMPIContext*, const CMPIResult* result,
                                 const CMPIObjectPath* path, const char** properties) {
         for (const Record& record : of(mi)._records) {
-            CMPIObjectPath* const each = of(mi).path_of(path, record);
-            CMPIInstance* const instance = of(mi).instance_of(each, properties, record);
+            Made made;
+            CMPIObjectPath* const each = of(mi).path_of(path, record, made);
+            CMPIInstance* const instance = of(mi).instance_of(each, properties, record, made);
             CMReturnInstance(result, instance);
             CMRelease(instance);
             CMRelease(each);

@@ -37,7 +37,7 @@ struct Request {
             return;
         }
         valid = true;
-        path = side.books.read(*named, operation);
+        path = side.books.copy(*named, operation);
         const Cim_Value& principal = (*entries->content)[CMPIPrincipal];
         if (principal.type() == Cim_Type::string && !principal.is_null()) {
             call.principal = principal.as_string();
@@ -111,7 +111,7 @@ CMPIStatus deliver(const CMPIBroker* broker, const CMPIContext* context, const c
     if (entries == nullptr || object == nullptr) {
         return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
     }
-    side.deliver({text_of(name_space), side.books.read(*object, "deliverIndication").instance});
+    side.deliver({text_of(name_space), side.books.copy(*object, "deliverIndication")});
     return {CMPI_RC_OK, nullptr};
 }
 

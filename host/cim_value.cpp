@@ -370,12 +370,15 @@ const Cim_Value& Named_Values::operator[](std::string_view name) const noexcept 
     return value == nullptr ? no_value : *value;
 }
 
-void Named_Values::set(std::string_view name, Cim_Value value) {
-    if (Cim_Value* present = find(name)) {
-        *present = std::move(value);
-    } else {
-        push_back({std::string(name), std::move(value)});
+std::size_t Named_Values::set(std::string_view name, Cim_Value value) {
+    for (std::size_t i = 0; i < size(); ++i) {
+        if (same_name((*this)[i].name, name)) {
+            (*this)[i].value = std::move(value);
+            return i;
+        }
     }
+    push_back({std::string(name), std::move(value)});
+    return size() - 1;
 }
 
 // ---- paths and instances

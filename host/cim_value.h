@@ -167,10 +167,11 @@ public:
     Cim_Value* find(std::string_view name) noexcept;
     // The value of that name; NULL of no type if there is none.
     const Cim_Value& operator[](std::string_view name) const noexcept;
-    const Named_Value& operator[](std::size_t index) const noexcept { return begin()[index]; }
+    const Named_Value& operator[](std::size_t index) const noexcept { return data()[index]; }
+    Named_Value& operator[](std::size_t index) noexcept { return data()[index]; }
     bool has(std::string_view name) const noexcept { return find(name) != nullptr; }
-    // Changes the value of that name, or appends it.
-    void set(std::string_view name, Cim_Value value);
+    // Changes the value of that name, or appends it; its place.
+    std::size_t set(std::string_view name, Cim_Value value);
 };
 
 using Arguments = Named_Values;

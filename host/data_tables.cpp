@@ -487,9 +487,10 @@ CMPIStatus instance_filter(const CMPIInstance* instance, const char** properties
     Instance_Content& content = *object->content;
     content.allowed = names(properties);
     content.keys = names(key_list);
-    const auto kept_out = [&](const auto& property) { return !content.passes(property.name); };
-    std::erase_if(content.instance.properties, kept_out);
-    std::erase_if(content.kept, kept_out);
+    books_of(*object).read(*object, "setPropertyFilter");
+    content.kept.clear();
+    std::erase_if(content.instance.properties,
+                  [&](const Named_Value& property) { return !content.passes(property.name); });
     return rc;
 }
 
@@ -644,7 +645,7 @@ CMPIStatus result_instance(const CMPIResult* result, const CMPIInstance* instanc
     if (object == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    answer->instances.push_back(books.read(*object, "returnInstance").instance);
+    answer->instances.push_back(books.copy(*object, "returnInstance"));
     return rc;
 }
 
@@ -659,7 +660,7 @@ CMPIStatus result_path(const CMPIResult* result, const CMPIObjectPath* path) {
     if (object == nullptr) {
         return status(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    answer->paths.push_back(books.read(*object, "returnObjectPath"));
+    answer->paths.push_back(books.copy(*object, "returnObjectPath"));
     return rc;
 }
 

@@ -24,7 +24,7 @@ CMPIInstance* new_instance(const CMPIBroker* broker, const CMPIObjectPath* path,
     Books& books = side_of(broker).books;
     auto* from = argument<Path_Object>(books, path, "newInstance");
     set(rc, from == nullptr ? CMPI_RC_ERR_INVALID_PARAMETER : CMPI_RC_OK);
-    return from == nullptr ? nullptr : books.make(Cim_Instance(books.read(*from, "newInstance")));
+    return from == nullptr ? nullptr : books.make(Cim_Instance(books.copy(*from, "newInstance")));
 }
 
 CMPIObjectPath* new_path(const CMPIBroker* broker, const char* name_space, const char* class_name,

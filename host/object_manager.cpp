@@ -483,7 +483,7 @@ Answer Object_Manager::invoke_method(const Cim_Path& path, const std::string& me
                                      const CMPIStatus status = mi->ft->invokeMethod(
                                          mi, context, result, _rep->books.make(Cim_Path(path)),
                                          method.c_str(), _rep->books.make_args(in), out);
-                                     if (out->content != nullptr) {
+                                     if (out->content) {
                                          answer.out = _rep->books.read(*out, "the end of the call");
                                      }
                                      return status;

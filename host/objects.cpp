@@ -276,7 +276,7 @@ Cim_Value Books::look_at(const Kept& kept, const char* operation) {
 
 void Books::look_at(Named_Values& values, const Kept_Values& kept, const char* operation) {
     for (const Kept_Value& each : kept) {
-        values.set(each.name, look_at(each, operation));
+        values[each.index].value = look_at(each, operation);
     }
 }
 
@@ -292,6 +292,16 @@ const Named_Values& Books::read(Args_Object& object, const char* operation) {
     look_at(object.content->values, object.content->kept, operation);
     return object.content->values;
 }
+Cim_Path Books::copy(const Path_Object& object, const char* operation) {
+    Cim_Path path = object.content->path;
+    look_at(path.keys, object.content->kept, operation);
+    return path;
+}
+Cim_Instance Books::copy(const Instance_Object& object, const char* operation) {
+    Cim_Instance instance = object.content->instance;
+    look_at(instance.properties, object.content->kept, operation);
+    return instance;
+}
 const std::vector<Cim_Value>& Books::read(Array_Object& object, const char* operation) {
     Array_Content& content = *object.content;
     for (std::size_t i = 0; i < content.kept.size(); ++i) {
@@ -304,10 +314,10 @@ const std::vector<Cim_Value>& Books::read(Array_Object& object, const char* oper
 
 void set(Named_Values& values, Kept_Values& all_kept, std::string_view name, Cim_Value value,
          const Kept& kept) {
-    values.set(name, std::move(value));
-    std::erase_if(all_kept, [&](const Kept_Value& each) { return same_name(each.name, name); });
+    const std::size_t index = values.set(name, std::move(value));
+    std::erase_if(all_kept, [&](const Kept_Value& each) { return each.index == index; });
     if (kept.type != CMPI_null) {
-        all_kept.push_back({kept, std::string(name)});
+        all_kept.push_back({kept, index});
     }
 }
 

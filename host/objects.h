@@ -17,7 +17,7 @@ struct Kept {
     CMPIValue value{};
 };
 struct Kept_Value : Kept {
-    std::string name;
+    std::size_t index; // of the place in the named values
 };
 using Kept_Values = std::vector<Kept_Value>;
 
@@ -137,11 +137,13 @@ public:
                                           : plain(value, type, plain_value, operation);
     }
 
-    // The contents with all that they keep looked at now. What has ended by then is a fault, and
-    // NULL.
+    // The contents with all that they keep looked at now, in place or copied. What has ended by
+    // then is a fault, and NULL.
     const Cim_Path& read(Path_Object& object, const char* operation);
     const Instance_Content& read(Instance_Object& object, const char* operation);
     const Named_Values& read(Args_Object& object, const char* operation);
+    Cim_Path copy(const Path_Object& object, const char* operation);
+    Cim_Instance copy(const Instance_Object& object, const char* operation);
     const std::vector<Cim_Value>& read(Array_Object& object, const char* operation);
     template <class Cmpi, class Content>
     const Content& read(Object<Cmpi, Content>& object, const char*) {

@@ -17,6 +17,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -83,8 +84,7 @@ template <class Cmpi, class Content> struct Object final : Cmpi, Tracked {
     using Value = Content;
 
     Object(Tracker& owner, const char* kind_text, decltype(Cmpi::ft) table, Content value)
-        : Cmpi{this, table}, Tracked(owner, kind_text),
-          content(std::make_unique<Content>(std::move(value))) {}
+        : Cmpi{this, table}, Tracked(owner, kind_text), content(std::move(value)) {}
     void poison() noexcept override {
         short_name.set(name_of(*content));
         if constexpr (std::is_same_v<Content, std::string>) {
@@ -95,7 +95,7 @@ template <class Cmpi, class Content> struct Object final : Cmpi, Tracked {
         }
     }
 
-    std::unique_ptr<Content> content;
+    std::optional<Content> content;
 };
 
 // A scope on a thread: one call into the module, or the time from attach to detach.

@@ -57,7 +57,7 @@ private:
         String text;
         CMPIString* string = nullptr;
     };
-    static constexpr std::size_t text_count = 64;
+    static constexpr std::size_t text_count = 256;
 
     const CMPIBroker* _broker;
     std::vector<Handle> _objects;        // containers before what is in them

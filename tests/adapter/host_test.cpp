@@ -31,8 +31,13 @@ tvrhost::Any_Function find_factory(const std::string& name) {
                : nullptr;
 }
 
-// Runs each test with tables of the newest edition and with such as end at version 100.
-class Host_Test : public ::testing::TestWithParam<int> {
+// How the object manager is: the version at which its tables end, and what its setters keep.
+struct Surroundings {
+    int version;
+    tvrhost::Keeps keeps;
+};
+
+class Host_Test : public ::testing::TestWithParam<Surroundings> {
 protected:
     Host_Test() { script = Script(); }
     ~Host_Test() override {
@@ -49,14 +54,18 @@ protected:
         tvrhost::Options options;
         options.factories = find_factory;
         options.name_spaces = {"root/test"};
-        options.broker_version = GetParam();
+        options.broker_version = GetParam().version;
+        options.keeps = GetParam().keeps;
         return options;
     }
 
     const Cim_Path path{"root/test", "Widget", {{"Name", "w"}, {"Index", std::uint32_t{7}}}};
     tvrhost::Object_Manager manager{options()};
 };
-INSTANTIATE_TEST_SUITE_P(Versions, Host_Test, ::testing::Values(100, 210));
+INSTANTIATE_TEST_SUITE_P(Managers, Host_Test,
+                         ::testing::Values(Surroundings{100, tvrhost::Keeps::everything},
+                                           Surroundings{210, tvrhost::Keeps::everything},
+                                           Surroundings{210, tvrhost::Keeps::elements}));
 
 TEST_P(Host_Test, InstancesAndArgumentsGoOutAndComeIn) {
     script.status[OPERATION_GET_INSTANCE] = GET_INSTANCE_UNSUPPORTED;
