@@ -1,7 +1,7 @@
 // The instances of adapters: package, product and port group, and what stands for their ports.
 #include "agent/adapter_instances.h"
 
-#include "agent/software_identity.h"
+#include "agent/software_instances.h"
 
 #include <algorithm>
 
@@ -68,39 +68,39 @@ Ref<TVRHBA_LogicalPortGroup> make_port_group(const FCAdapterAttributes& attribut
 }
 
 // Makes the adapter's own instances, in their order.
-Adapter_Ends create_adapter(ProviderAgent& agent, const Host_Ends& host, const FCAdapter& adapter,
+Adapter_Ends create_adapter(Instance_Maps& maps, const Host_Ends& host, const FCAdapter& adapter,
                             uint32 index) {
     const FCAdapterAttributes& attributes = *adapter.getFCAttributes();
-    const End package(add_or_end(agent, make_package(attributes)));
+    const End package(add_or_end(maps, make_package(attributes)));
     auto packaging = make<TVRHBA_SystemPackaging>(any_namespace);
     packaging->Antecedent = package;
     packaging->Dependent = host.system;
-    add_or_end(agent, std::move(packaging));
-    const End product(add_or_end(agent, make_product(attributes)));
-    const End group(add_or_end(agent, make_port_group(attributes)));
+    add_or_end(maps, std::move(packaging));
+    const End product(add_or_end(maps, make_product(attributes)));
+    const End group(add_or_end(maps, make_port_group(attributes)));
     auto hosted = make<TVRHBA_HostedCollection>(any_namespace);
     hosted->Antecedent = host.system;
     hosted->Dependent = group;
-    add_or_end(agent, std::move(hosted));
+    add_or_end(maps, std::move(hosted));
     return {index, static_cast<uint32>(adapter.getPortCount()), attributes, package, product,
             group};
 }
 
 } // namespace
 
-Host_Ends::Host_Ends(const ProviderAgent& agent)
-    : computer_system(agent.computerSystem()), system(agent.computerSystem()),
-      driver(driver_end(agent.m_TVRHBA_SoftwareIdentity_map)),
-      access_point(first_end(agent.m_TVRHBA_RemoteServiceAccessPoint_map)),
-      installation_service(first_end(agent.m_TVRHBA_SoftwareInstallationService_map)),
-      boot_bios_service(first_end(agent.m_TVRHBA_BootBIOSService_map)),
-      wwn_service(first_end(agent.m_TVRHBA_FCHBAWWNService_map)),
-      driver_param_service(first_end(agent.m_TVRHBA_FCHBADriverParamService_map)) {}
+Host_Ends::Host_Ends(const Instance_Maps& maps)
+    : computer_system(maps.computer_system()), system(maps.computer_system()),
+      driver(driver_end(maps.m_TVRHBA_SoftwareIdentity_map)),
+      access_point(first_end(maps.m_TVRHBA_RemoteServiceAccessPoint_map)),
+      installation_service(first_end(maps.m_TVRHBA_SoftwareInstallationService_map)),
+      boot_bios_service(first_end(maps.m_TVRHBA_BootBIOSService_map)),
+      wwn_service(first_end(maps.m_TVRHBA_FCHBAWWNService_map)),
+      driver_param_service(first_end(maps.m_TVRHBA_FCHBADriverParamService_map)) {}
 
-void ProviderAgent::createAdapterInstances() {
-    const Host_Ends host(*this);
+void create_adapter_instances(Instance_Maps& maps, const Data& data) {
+    const Host_Ends host(maps);
     uint32 index = 0;
-    for (const std::unique_ptr<Adapter>& adapter : m_pData->getAdapters()) {
+    for (const std::unique_ptr<Adapter>& adapter : data.getAdapters()) {
         const uint32 adapter_index = index++;
         if (adapter->getAdapterType() != ADAPTER_FC) {
             TVR_LOG("Skippping Adapter [%s] since it is not an FC Adapter",
@@ -108,13 +108,13 @@ void ProviderAgent::createAdapterInstances() {
             continue;
         }
         const auto& fc_adapter = dynamic_cast<const FCAdapter&>(*adapter);
-        const Adapter_Ends ends = create_adapter(*this, host, fc_adapter, adapter_index);
+        const Adapter_Ends ends = create_adapter(maps, host, fc_adapter, adapter_index);
         int port_index = 0;
         for (const std::unique_ptr<Port>& port : fc_adapter.getPorts()) {
             TVR_LOG("Creating classes for port %d.", port_index++);
             const auto& fc_port = dynamic_cast<const FCPort&>(*port);
-            if (create_PCI_instances(*this, host, ends, fc_port)) {
-                create_port_instances(*this, host, ends, fc_port);
+            if (create_PCI_instances(maps, host, ends, fc_port)) {
+                create_port_instances(maps, host, ends, fc_port);
             }
         }
     }

@@ -1,14 +1,18 @@
-// What the instances of a port are joined to.
+// The instances of adapters and of their ports, and what those of a port are joined to.
 #ifndef TVR_AGENT_ADAPTER_INSTANCES_H
 #define TVR_AGENT_ADAPTER_INSTANCES_H
 
 #include "agent/creation.h"
+#include "model/data.h"
 
 namespace cimple {
 
+// Makes the instances of all FC adapters with their ports. Throws Rebuild_Ended.
+void create_adapter_instances(Instance_Maps& maps, const Data& data);
+
 // Of the host, the same for all ports. What the host doesn't have is missing here.
 struct Host_Ends {
-    explicit Host_Ends(const ProviderAgent& agent);
+    explicit Host_Ends(const Instance_Maps& maps);
 
     const CIM_ComputerSystem& computer_system;
     End<CIM_ComputerSystem> system;
@@ -32,15 +36,15 @@ struct Adapter_Ends {
 
 // The PCI function of a port with its vital product data and its transceiver. False if there is no
 // memory for the function: the port then gets no further instances.
-bool create_PCI_instances(ProviderAgent& agent, const Host_Ends& host, const Adapter_Ends& adapter,
+bool create_PCI_instances(Instance_Maps& maps, const Host_Ends& host, const Adapter_Ends& adapter,
                           const FCPort& fc_port);
 
 // The port, its statistics, controllers, endpoint and firmware, and all that joins them.
-void create_port_instances(ProviderAgent& agent, const Host_Ends& host, const Adapter_Ends& adapter,
+void create_port_instances(Instance_Maps& maps, const Host_Ends& host, const Adapter_Ends& adapter,
                            const FCPort& fc_port);
 
 // The software that runs on the port: firmware, its kernel, boot code and stub.
-void create_firmware_identities(ProviderAgent& agent, const Adapter_Ends& adapter,
+void create_firmware_identities(Instance_Maps& maps, const Adapter_Ends& adapter,
                                 const FCPort& fc_port,
                                 const End<TVRHBA_PortController>& controller);
 

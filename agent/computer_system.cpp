@@ -1,8 +1,9 @@
 // The computer system on which every logical device hangs: the host's own, or one that the provider
 // makes where the host has none.
+#include "agent/computer_system.h"
+
 #include "agent/creation.h"
 #include "agent/host_name.h"
-#include "agent/provider_agent.h"
 #include "agent/version.h"
 #include "common/tvr_common.h"
 #include "runtime/cimom.h"
@@ -68,19 +69,19 @@ Ref<CIM_RegisteredProfile> find_base_server_profile() try {
     return {};
 }
 
-Ref<CIM_ComputerSystem> make_computer_system(const ProviderAgent& agent) {
+Ref<CIM_ComputerSystem> make_computer_system(const Host_Facts& host) {
     Ref<CIM_ComputerSystem> system = make<CIM_ComputerSystem>();
     system->CreationClassName.set("CIM_ComputerSystem");
-    system->Name.set(agent.m_HostName);
-    system->ElementName.set(agent.m_HostName);
+    system->Name.set(host.m_HostName);
+    system->ElementName.set(host.m_HostName);
     system->NameFormat.set("Other");
-    system->Description.set(agent.m_OSName + " with Tavrin CMPI HBA Provider v" + version_text());
+    system->Description.set(host.m_OSName + " with Tavrin CMPI HBA Provider v" + version_text());
     system->EnabledState.set(uint16{0});
     system->RequestedState.set(uint16{12});
     system->EnabledDefault.set(uint16{2});
     system->TransitioningToState.set(uint16{12});
     system->OtherIdentifyingInfo.set(
-        Array<String>{agent.m_IPAddress, agent.m_OSName, agent.m_OSVersion});
+        Array<String>{host.m_IPAddress, host.m_OSName, host.m_OSVersion});
     system->IdentifyingDescriptions.set(
         Array<String>{"TAVRIN:IP_ADDRESS", "TAVRIN:OS_NAME", "TAVRIN:OS_EXTENDED_INFO"});
     system->Dedicated.set(Array<uint16>{0});
@@ -92,20 +93,20 @@ Ref<CIM_ComputerSystem> make_computer_system(const ProviderAgent& agent) {
 
 } // namespace
 
-uint32 ProviderAgent::createComputerSystem() {
+uint32 create_computer_system(Instance_Maps& maps, Host_Facts& host) {
     Ref<CIM_ComputerSystem> system = find_computer_system();
-    m_pBaseServerProfile = find_base_server_profile();
+    host.m_pBaseServerProfile = find_base_server_profile();
     if (!system) {
         TVR_LOG("up-call method failed");
-        Host_Name host = find_host_name();
-        m_HostName = std::move(host.name);
-        m_IPAddress = std::move(host.address);
+        Host_Name found = find_host_name();
+        host.m_HostName = std::move(found.name);
+        host.m_IPAddress = std::move(found.address);
         TVR_LOG("Generating an tavrin specific m_CIM_ComputerSystem_map[0]");
-        system = make_computer_system(*this);
-        m_bOwnComputerSystem = true;
+        system = make_computer_system(host);
+        host.m_bOwnComputerSystem = true;
     }
     TVR_LOG("All clear -created tvrhba computer system instance");
-    return insert(m_CIM_ComputerSystem_map, std::move(system),
+    return insert(maps.m_CIM_ComputerSystem_map, std::move(system),
                   "Insert Failed : m_TVRHBA_ComputerSystem_map") != nullptr
                ? 0
                : TVR_FAILURE;

@@ -1,9 +1,9 @@
-// How instances get into the agent's maps.
+// How instances are made and get into the maps.
 #ifndef TVR_AGENT_CREATION_H
 #define TVR_AGENT_CREATION_H
 
+#include "agent/instance_maps.h"
 #include "agent/namespaces.h"
-#include "agent/provider_agent.h"
 #include "common/logger.h"
 #include "runtime/instance_map.h"
 
@@ -69,8 +69,8 @@ template <class C> C* insert(Class_Map<C>& map, Ref<C> instance, const char* fai
 
 // Hands the finished instance to the map that its class is answered from. Null if its key is there
 // already; the log then has a line with the map's name.
-template <class C> C* add(ProviderAgent& agent, Ref<C> instance) {
-    const long position = (agent.*map_of<C>).insert(instance.get());
+template <class C> C* add(Instance_Maps& maps, Ref<C> instance) {
+    const long position = (maps.*map_of<C>).insert(instance.get());
     if (position < 0) {
         TVR_LOG("Insert Failed : %s", map_name<C>);
         return nullptr;
@@ -82,8 +82,8 @@ template <class C> C* add(ProviderAgent& agent, Ref<C> instance) {
 struct Rebuild_Ended {};
 
 // As `add`, for instances that a rebuild can't go on without.
-template <class C> C& add_or_end(ProviderAgent& agent, Ref<C> instance) {
-    C* added = add(agent, std::move(instance));
+template <class C> C& add_or_end(Instance_Maps& maps, Ref<C> instance) {
+    C* added = add(maps, std::move(instance));
     if (added == nullptr) {
         throw Rebuild_Ended();
     }

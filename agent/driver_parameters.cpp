@@ -2,9 +2,12 @@
 
 #include "access/bounded_text.h"
 #include "access/driver_params.h"
+#include "access/method_wrapper.h"
+#include "agent/clear_maps.h"
 #include "agent/creation.h"
 #include "agent/fc_adapters.h"
-#include "agent/software_identity.h"
+#include "agent/provider_agent.h"
+#include "agent/software_instances.h"
 #include "agent/time_limit.h"
 #include "common/tvr_common.h"
 
@@ -51,7 +54,7 @@ template <class C> Ref<C> try_make_parameter(const RM_DRIVERPARAM& param, uint32
 
 // Joins a parameter with the service that sets it. False if that association is there already.
 template <class C, class Parameter>
-bool join_service(ProviderAgent& agent,
+bool join_service(Instance_Maps& maps,
                   const std::optional<End<TVRHBA_FCHBADriverParamService>>& service,
                   const End<Parameter>& parameter) {
     if (!service) {
@@ -60,11 +63,11 @@ bool join_service(ProviderAgent& agent,
     auto setting = make<C>();
     setting->ManagedElement = *service;
     setting->SettingData = parameter;
-    return add(agent, std::move(setting)) != nullptr;
+    return add(maps, std::move(setting)) != nullptr;
 }
 
-uint32 create_global_parameters(ProviderAgent& agent, const std::vector<RM_DRIVERPARAM>& params) {
-    const auto service = first_end(agent.m_TVRHBA_FCHBADriverParamService_map);
+uint32 create_global_parameters(Instance_Maps& maps, const std::vector<RM_DRIVERPARAM>& params) {
+    const auto service = first_end(maps.m_TVRHBA_FCHBADriverParamService_map);
     uint32 index = 0;
     for (const RM_DRIVERPARAM& param : params) {
         TVR_LOG("saving the values of driver parameter %d", index);
@@ -74,18 +77,17 @@ uint32 create_global_parameters(ProviderAgent& agent, const std::vector<RM_DRIVE
         }
         made->InstanceID.set(toString(param.name));
         made->glbl.set(param.defaultValue);
-        const TVRHBA_DriverParamGlobal* parameter = add(agent, std::move(made));
+        const TVRHBA_DriverParamGlobal* parameter = add(maps, std::move(made));
         if (parameter == nullptr || !join_service<TVRHBA_GlobalDriverServiceElementSettingData>(
-                                        agent, service, End(*parameter))) {
+                                        maps, service, End(*parameter))) {
             return 1;
         }
     }
     return 0;
 }
 
-std::optional<End<TVRHBA_FCPort>> port_end(const ProviderAgent& agent,
-                                           const std::string& deviceId) {
-    for (const TVRHBA_FCPort* port : agent.m_TVRHBA_FCPort_map) {
+std::optional<End<TVRHBA_FCPort>> port_end(const Instance_Maps& maps, const std::string& deviceId) {
+    for (const TVRHBA_FCPort* port : maps.m_TVRHBA_FCPort_map) {
         if (port->DeviceID.value == deviceId.c_str()) {
             return End<TVRHBA_FCPort>(*port);
         }
@@ -93,10 +95,10 @@ std::optional<End<TVRHBA_FCPort>> port_end(const ProviderAgent& agent,
     return std::nullopt;
 }
 
-uint32 create_port_parameters(ProviderAgent& agent, const std::string& deviceId,
+uint32 create_port_parameters(Instance_Maps& maps, const std::string& deviceId,
                               const std::vector<RM_DRIVERPARAM>& params) {
-    const auto service = first_end(agent.m_TVRHBA_FCHBADriverParamService_map);
-    const auto port = port_end(agent, deviceId);
+    const auto service = first_end(maps.m_TVRHBA_FCHBADriverParamService_map);
+    const auto port = port_end(maps, deviceId);
     const String lower_id = lower(deviceId);
     uint32 index = 0;
     for (const RM_DRIVERPARAM& param : params) {
@@ -108,12 +110,12 @@ uint32 create_port_parameters(ProviderAgent& agent, const std::string& deviceId,
         made->InstanceID.set(instance_id(deviceId, param));
         made->deviceID.set(lower_id);
         made->def.set(param.defaultValue);
-        const TVRHBA_DriverParams* added = add(agent, std::move(made));
+        const TVRHBA_DriverParams* added = add(maps, std::move(made));
         if (added == nullptr) {
             return 1;
         }
         const End parameter(*added);
-        if (!join_service<TVRHBA_DriverServiceElementSettingData>(agent, service, parameter)) {
+        if (!join_service<TVRHBA_DriverServiceElementSettingData>(maps, service, parameter)) {
             return 1;
         }
         if (!port) {
@@ -123,7 +125,7 @@ uint32 create_port_parameters(ProviderAgent& agent, const std::string& deviceId,
         auto effect = make<TVRHBA_DriverParameterAffectsFCPort>();
         effect->Antecedent = *port;
         effect->Dependent = parameter;
-        if (add(agent, std::move(effect)) == nullptr) {
+        if (add(maps, std::move(effect)) == nullptr) {
             return 1;
         }
     }
@@ -194,17 +196,17 @@ private:
     std::unordered_map<std::string, C*> _instances;
 };
 
-void join_driver(ProviderAgent& agent, const TVRHBA_SoftwareIdentity& driver) {
-    if (const auto service = first_end(agent.m_TVRHBA_FCHBADriverParamService_map)) {
+void join_driver(Instance_Maps& maps, const TVRHBA_SoftwareIdentity& driver) {
+    if (const auto service = first_end(maps.m_TVRHBA_FCHBADriverParamService_map)) {
         auto effect = make<TVRHBA_FCDriverServiceAffectsDriver>();
         effect->AffectingElement = *service;
         effect->AffectedElement = driver.clone();
-        add(agent, std::move(effect));
+        add(maps, std::move(effect));
     }
 }
 
-void fetch(ProviderAgent& agent, const std::string& deviceId, uint32 global) {
-    const uint32 status = tvrcimGetDriverParam(agent, deviceId, global);
+void fetch(Instance_Maps& maps, const std::string& deviceId, uint32 global) {
+    const uint32 status = tvrcimGetDriverParam(maps, deviceId, global);
     if (status != 0) {
         TVR_LOG(global != 0
                     ? "Call to tvrcimGetDriverParam to retrieve Global Driver Parameters failed"
@@ -215,7 +217,7 @@ void fetch(ProviderAgent& agent, const std::string& deviceId, uint32 global) {
 
 } // namespace
 
-uint32 tvrcimGetDriverParam(ProviderAgent& agent, const std::string& deviceId, uint32 global) try {
+uint32 tvrcimGetDriverParam(Instance_Maps& maps, const std::string& deviceId, uint32 global) try {
     TVR_LOG("TVR_MethodWrapper::tvrcimGetDriverParam()");
     HBA_WWN name;
     if (TVR_MethodWrapper::string2HBAName(name, deviceId) == 0) {
@@ -226,37 +228,37 @@ uint32 tvrcimGetDriverParam(ProviderAgent& agent, const std::string& deviceId, u
     }
     if (global != 0) {
         const DriverParamAnswer answer = readDriverParams(name, DriverParamScope::global);
-        return check_global(answer) ? create_global_parameters(agent, answer.params)
+        return check_global(answer) ? create_global_parameters(maps, answer.params)
                                     : result_of(answer);
     }
     const DriverParamAnswer answer = readDriverParams(name, DriverParamScope::port);
-    return check_port(answer) ? create_port_parameters(agent, deviceId, answer.params)
+    return check_port(answer) ? create_port_parameters(maps, deviceId, answer.params)
                               : result_of(answer);
 } catch (const std::bad_alloc&) {
     return out_of_memory;
 }
 
-void fetchDriverParams(ProviderAgent& agent) {
+void fetchDriverParams(Instance_Maps& maps, const Data& data) {
     static constinit Time_Limit limit;
     try {
         if (!limit.lets_run()) {
             return;
         }
-        agent.clearDriverMaps();
+        clearDriverMaps();
         const TVRHBA_SoftwareIdentity* driver =
-            find_driver_identity(agent.m_TVRHBA_SoftwareIdentity_map);
+            find_driver_identity(maps.m_TVRHBA_SoftwareIdentity_map);
         if (driver == nullptr) {
             TVR_LOG("Could not locate the FC DriverServiceAffectsDriver Identity");
             return;
         }
-        join_driver(agent, *driver);
+        join_driver(maps, *driver);
         bool is_first = true;
-        for_each_FC_adapter(agent, [&](const FCAdapter& adapter) {
+        for_each_FC_adapter(&data, [&](const FCAdapter& adapter) {
             for (const std::unique_ptr<Port>& port : adapter.getPorts()) {
                 if (std::exchange(is_first, false)) {
-                    fetch(agent, port->getPortName(), 1);
+                    fetch(maps, port->getPortName(), 1);
                 }
-                fetch(agent, port->getPortName(), 0);
+                fetch(maps, port->getPortName(), 0);
             }
             return true;
         });
@@ -271,8 +273,8 @@ void UpdateDriverParams(ProviderAgent& agent) {
         if (!limit.lets_run()) {
             return;
         }
-        const By_InstanceID parameters(agent.m_TVRHBA_DriverParams_map);
-        for_each_FC_adapter(agent, [&](const FCAdapter& adapter) {
+        const By_InstanceID parameters(agent.maps.m_TVRHBA_DriverParams_map);
+        for_each_FC_adapter(agent.m_pData.get(), [&](const FCAdapter& adapter) {
             for (const std::unique_ptr<Port>& port : adapter.getPorts()) {
                 HBA_WWN name;
                 if (TVR_MethodWrapper::string2HBAName(name, port->getPortName()) == 0) {
@@ -300,7 +302,7 @@ void UpdateDriverParamGlobal(ProviderAgent& agent) {
             return;
         }
         // Any port tells them; the first one is asked.
-        for_each_FC_adapter(agent, [&](const FCAdapter& adapter) {
+        for_each_FC_adapter(agent.m_pData.get(), [&](const FCAdapter& adapter) {
             if (adapter.getPorts().empty()) {
                 return true;
             }
@@ -308,7 +310,7 @@ void UpdateDriverParamGlobal(ProviderAgent& agent) {
             if (TVR_MethodWrapper::string2HBAName(name, adapter.getPort(0)->getPortName()) != 0) {
                 const DriverParamAnswer answer = readDriverParams(name, DriverParamScope::global);
                 if (check_global(answer)) {
-                    const By_InstanceID parameters(agent.m_TVRHBA_DriverParamGlobal_map);
+                    const By_InstanceID parameters(agent.maps.m_TVRHBA_DriverParamGlobal_map);
                     for (const RM_DRIVERPARAM& param : answer.params) {
                         parameters.set_current(toString(param.name), param.current);
                     }

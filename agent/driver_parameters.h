@@ -9,21 +9,24 @@
 #ifndef TVR_AGENT_DRIVER_PARAMETERS_H
 #define TVR_AGENT_DRIVER_PARAMETERS_H
 
-#include "agent/provider_agent.h"
+#include "agent/instance_maps.h"
+#include "model/data.h"
 
 #include <string>
 
 namespace cimple {
 
+class ProviderAgent;
+
 // Makes instances of the driver's parameters, or of those of the port if `global` is 0, with their
 // associations. 0; 1 if the port is not local or an instance is there already; 8 when memory is
 // exhausted; or the library's status. Instances made before a failure stay. Under
 // m_ProviderDataMutex.
-uint32 tvrcimGetDriverParam(ProviderAgent& agent, const std::string& deviceId, uint32 global);
+uint32 tvrcimGetDriverParam(Instance_Maps& maps, const std::string& deviceId, uint32 global);
 
 // Joins driver and driver parameter service, and makes the instances of all parameters. On the
 // refresh thread, under m_ProviderDataMutex.
-void fetchDriverParams(ProviderAgent& agent);
+void fetchDriverParams(Instance_Maps& maps, const Data& data);
 
 // Refreshers (agent/map_enumerate.h) of the property `current`. What fails leaves the values as
 // they are.

@@ -2,17 +2,18 @@
 #ifndef TVR_AGENT_FC_ADAPTERS_H
 #define TVR_AGENT_FC_ADAPTERS_H
 
-#include "agent/provider_agent.h"
+#include "common/logger.h"
+#include "model/data.h"
 
 namespace cimple {
 
 // Calls `visit` for each FC adapter, in the order of the adapter data, until it answers false.
-// Others are told of in the log.
-template <class Visit> void for_each_FC_adapter(const ProviderAgent& agent, Visit visit) {
-    if (!agent.m_pData) {
+// Others are told of in the log. Without data there are none.
+template <class Visit> void for_each_FC_adapter(const Data* data, Visit visit) {
+    if (data == nullptr) {
         return;
     }
-    for (const std::unique_ptr<Adapter>& adapter : agent.m_pData->getAdapters()) {
+    for (const std::unique_ptr<Adapter>& adapter : data->getAdapters()) {
         if (adapter->getAdapterType() != ADAPTER_FC) {
             TVR_LOG("Skippping Adapter [%s] since it is not an FC Adapter",
                     adapter->getAdapterName().c_str());

@@ -1,6 +1,6 @@
 // What runs on a port: firmware, firmware kernel, boot code and functional stub.
 #include "agent/adapter_instances.h"
-#include "agent/software_identity.h"
+#include "agent/software_instances.h"
 
 namespace cimple {
 
@@ -83,15 +83,15 @@ make_element_software_identity(const End<TVRHBA_SoftwareIdentity>& identity,
     return element;
 }
 
-void create_firmware_identities(ProviderAgent& agent, const Adapter_Ends& adapter,
+void create_firmware_identities(Instance_Maps& maps, const Adapter_Ends& adapter,
                                 const FCPort& fc_port,
                                 const End<TVRHBA_PortController>& controller) {
     for (const Firmware& firmware : all_firmware) {
         const TVRHBA_SoftwareIdentity& identity =
-            add_or_end(agent, make_firmware(firmware, adapter.attributes, fc_port.getPortName()));
-        agent.createInstalledSoftwareIdentity(identity);
-        add(agent, make_element_software_identity(End(identity), controller, kind_firmware));
-        agent.createSoftwareConformsToProfile("Software Inventory", identity);
+            add_or_end(maps, make_firmware(firmware, adapter.attributes, fc_port.getPortName()));
+        create_installed_software_identity(maps, identity);
+        add(maps, make_element_software_identity(End(identity), controller, kind_firmware));
+        create_software_conforms_to_profile(maps, "Software Inventory", identity);
     }
 }
 

@@ -1,9 +1,10 @@
 // The images in the flash of an adapter.
 #include "access/bounded_text.h"
 #include "access/inventory.h"
+#include "access/method_wrapper.h"
 #include "agent/creation.h"
 #include "agent/port_inventory.h"
-#include "agent/software_identity.h"
+#include "agent/software_instances.h"
 
 namespace cimple {
 
@@ -42,7 +43,7 @@ Ref<TVRHBA_FlashImageSoftwareIdentity> make_identity(const RM_LOADENTRY& image,
 
 } // namespace
 
-uint32 CreateFlashContents(ProviderAgent& agent, const std::string& deviceId,
+uint32 CreateFlashContents(Instance_Maps& maps, const std::string& deviceId,
                            const FCAdapterAttributes& attributes,
                            const TVRHBA_PortController& controller) try {
     HBA_WWN name;
@@ -59,7 +60,7 @@ uint32 CreateFlashContents(ProviderAgent& agent, const std::string& deviceId,
     const End controller_end(controller);
     for (const RM_LOADENTRY& image : images) {
         const TVRHBA_FlashImageSoftwareIdentity* identity =
-            insert(agent.m_TVRHBA_FlashImageSoftwareIdentity_map,
+            insert(maps.m_TVRHBA_FlashImageSoftwareIdentity_map,
                    make_identity(image, attributes, deviceId),
                    "Insert Failed : m_TVRHBA_FlashImageSoftwareIdentity_map ");
         if (identity == nullptr) {
@@ -74,7 +75,7 @@ uint32 CreateFlashContents(ProviderAgent& agent, const std::string& deviceId,
         element->Dependent = controller_end;
         element->UpgradeCondition.set(upgrade_condition);
         element->ElementSoftwareStatus.set(Array<uint16>{software_status});
-        if (insert(agent.m_TVRHBA_ElementFlashImageSoftwareIdentityInst_map, std::move(element),
+        if (insert(maps.m_TVRHBA_ElementFlashImageSoftwareIdentityInst_map, std::move(element),
                    "Insert Failed : m_TVRHBA_ElementFlashImageSoftwareIdentityInst_map ") ==
             nullptr) {
             return 1;

@@ -1,5 +1,6 @@
 // The life of the agent: the singleton with its count, construction and destruction.
 #include "access/libraries.h"
+#include "agent/clear_maps.h"
 #include "agent/provider_agent.h"
 #include "agent/version.h"
 #include "common/settings.h"
@@ -126,7 +127,7 @@ void ProviderAgent::construct() {
     m_CacheTimeout = static_cast<uint32>(m_Config.getCacheTimeout());
     m_bRefreshAdapterData = m_Config.getRefreshAdapterData();
     m_bRefreshSANData = m_Config.getRefreshSANData();
-    if (getOSInformation(m_OSName, m_OSVersion) != 0) {
+    if (getOSInformation(host.m_OSName, host.m_OSVersion) != 0) {
         TVR_LOG("getOSInformation() failed");
     }
     TVR_LOG("Initializing RM API ");
@@ -138,6 +139,20 @@ void ProviderAgent::construct() {
             version_revision, version_build, static_cast<int>(::getpid()));
 }
 
+void ProviderAgent::ClearMaps() {
+    TVR_LOG("Entered ClearMaps()");
+    {
+        const Lock lock(m_AdapterMapsReadyMutex);
+        clearAdapterMaps(maps);
+        clearDriverMaps();
+    }
+    {
+        const Lock lock(m_SANMapsReadyMutex);
+        clearSANMaps(maps);
+    }
+    TVR_LOG("Exiting ClearMaps()");
+}
+
 ProviderAgent::~ProviderAgent() {
     TVR_LOG("Entering the function ~ProviderAgent()");
     m_bIsEnding = true;
@@ -147,9 +162,9 @@ ProviderAgent::~ProviderAgent() {
         TVR_LOG("Deleting Data pointer");
         freeData();
         ClearMaps();
-        if (m_pBaseServerProfile) {
+        if (host.m_pBaseServerProfile) {
             TVR_LOG("Destroying the Base Server Profile instance");
-            m_pBaseServerProfile.reset();
+            host.m_pBaseServerProfile.reset();
         }
         CLogger::getInstance().saveConfigData();
         TVR_LOG("Tavrin Provider Unloaded");

@@ -1,7 +1,9 @@
 // The PCI function that a port is to the host, what it tells of its making, and its transceiver.
 #include "access/entry_points.h"
+#include "access/method_wrapper.h"
 #include "agent/adapter_instances.h"
 #include "agent/port_inventory.h"
+#include "agent/profiles.h"
 
 #include <cstdio>
 
@@ -99,26 +101,26 @@ void fill(TVRHBA_PCIDevice& device, const CIM_ComputerSystem& system, const std:
     device.MaximumLatency.set(header.byte(0x3F));
 }
 
-void create_vital_product_data(ProviderAgent& agent, const std::string& wwpn,
+void create_vital_product_data(Instance_Maps& maps, const std::string& wwpn,
                                const End<TVRHBA_PCIDevice>& device) {
-    if (CreateVPD(agent, wwpn) != 0) {
+    if (CreateVPD(maps, wwpn) != 0) {
         TVR_LOG("FC port %s CreateVPD failed", wwpn.c_str());
         return;
     }
-    for (const TVRHBA_VitalProductData* data : agent.m_TVRHBA_VitalProductData_map) {
+    for (const TVRHBA_VitalProductData* data : maps.m_TVRHBA_VitalProductData_map) {
         if (data->InstanceID.value.equali(wwpn.c_str())) {
             auto element = make<TVRHBA_ElementVPD>();
             element->ManagedElement = device;
             element->SettingData = data->clone();
-            add(agent, std::move(element));
+            add(maps, std::move(element));
             return;
         }
     }
 }
 
-void create_transceiver(ProviderAgent& agent, const std::string& wwpn,
+void create_transceiver(Instance_Maps& maps, const std::string& wwpn,
                         const End<TVRHBA_PhysicalPackage>& package) {
-    const TVRHBA_Transceiver* transceiver = CreateTransceiver(agent, wwpn);
+    const TVRHBA_Transceiver* transceiver = CreateTransceiver(maps, wwpn);
     if (transceiver == nullptr) {
         TVR_LOG("Failed Creating TVRXCNA_Transceiver");
         return;
@@ -126,12 +128,12 @@ void create_transceiver(ProviderAgent& agent, const std::string& wwpn,
     auto component = make<TVRHBA_TransceiverComponent>();
     component->GroupComponent = package;
     component->PartComponent = transceiver->clone();
-    add_or_end(agent, std::move(component));
+    add_or_end(maps, std::move(component));
 }
 
 } // namespace
 
-bool create_PCI_instances(ProviderAgent& agent, const Host_Ends& host, const Adapter_Ends& adapter,
+bool create_PCI_instances(Instance_Maps& maps, const Host_Ends& host, const Adapter_Ends& adapter,
                           const FCPort& fc_port) {
     const std::string& wwpn = fc_port.getPortName();
     TVR_LOG("MAC address in std::string format = %s and size = %d", wwpn.c_str(),
@@ -144,18 +146,18 @@ bool create_PCI_instances(ProviderAgent& agent, const Host_Ends& host, const Ada
         return false;
     }
     fill(*made, host.computer_system, wwpn, adapter.index, PCI_Header(registers));
-    const End device(add_or_end(agent, std::move(made)));
+    const End device(add_or_end(maps, std::move(made)));
 
     auto conformance = try_make<TVRHBA_PCIElementConformsToProfile>();
     if (!conformance) {
         TVR_LOG("Failed to create TVRHBA_PCIElementConformsToProfile");
         return false;
     }
-    if (const TVRHBA_RegisteredProfile* profile = agent.findRegisteredProfile("PCI Device")) {
+    if (const TVRHBA_RegisteredProfile* profile = find_registered_profile(maps, "PCI Device")) {
         conformance->ConformantStandard = profile->clone();
     }
     conformance->ManagedElement = device;
-    add_or_end(agent, std::move(conformance));
+    add_or_end(maps, std::move(conformance));
 
     auto system_device = try_make<TVRHBA_SystemDevice>(any_namespace);
     if (!system_device) {
@@ -164,10 +166,10 @@ bool create_PCI_instances(ProviderAgent& agent, const Host_Ends& host, const Ada
     }
     system_device->GroupComponent = host.system;
     system_device->PartComponent = device;
-    add_or_end(agent, std::move(system_device));
+    add_or_end(maps, std::move(system_device));
 
-    create_vital_product_data(agent, wwpn, device);
-    create_transceiver(agent, wwpn, adapter.package);
+    create_vital_product_data(maps, wwpn, device);
+    create_transceiver(maps, wwpn, adapter.package);
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include "agent/adapter_instances.h"
 #include "agent/port_inventory.h"
 #include "agent/port_tables.h"
+#include "agent/profiles.h"
 #include "agent/service_links.h"
 
 namespace cimple {
@@ -164,41 +165,41 @@ uint16 access_state(uint32 port_state) {
 }
 
 template <class C, class Element, std::size_t count>
-void conform(ProviderAgent& agent, const char* const (&profiles)[count],
+void conform(Instance_Maps& maps, const char* const (&profiles)[count],
              const End<Element>& element) {
     for (const char* name : profiles) {
-        if (const TVRHBA_RegisteredProfile* profile = agent.findRegisteredProfile(name)) {
+        if (const TVRHBA_RegisteredProfile* profile = find_registered_profile(maps, name)) {
             auto conformance = make<C>(any_namespace);
             conformance->ConformantStandard = profile->clone();
             conformance->ManagedElement = element;
-            add(agent, std::move(conformance));
+            add(maps, std::move(conformance));
         }
     }
 }
 
 // Associations by the names of their ends. The rebuild can't go on without them.
 template <class C, class Group, class Part>
-void add_component(ProviderAgent& agent, const End<Group>& group, const End<Part>& part,
+void add_component(Instance_Maps& maps, const End<Group>& group, const End<Part>& part,
                    const char* name_space = implementation_namespace) {
     auto component = make<C>(name_space);
     component->GroupComponent = group;
     component->PartComponent = part;
-    add_or_end(agent, std::move(component));
+    add_or_end(maps, std::move(component));
 }
 
 template <class C, class Antecedent, class Dependent>
-void add_dependency(ProviderAgent& agent, const End<Antecedent>& antecedent,
+void add_dependency(Instance_Maps& maps, const End<Antecedent>& antecedent,
                     const End<Dependent>& dependent,
                     const char* name_space = implementation_namespace) {
     auto dependency = make<C>(name_space);
     dependency->Antecedent = antecedent;
     dependency->Dependent = dependent;
-    add_or_end(agent, std::move(dependency));
+    add_or_end(maps, std::move(dependency));
 }
 
 // A service that the host has affects the port.
 template <class C, class Service>
-void add_effect(ProviderAgent& agent, const std::optional<End<Service>>& service,
+void add_effect(Instance_Maps& maps, const std::optional<End<Service>>& service,
                 const End<TVRHBA_FCPort>& port, const char* name_space = implementation_namespace,
                 Lines lines = Lines::plain) {
     if (!service) {
@@ -207,72 +208,72 @@ void add_effect(ProviderAgent& agent, const std::optional<End<Service>>& service
     if (auto effect = try_association<C>(name_space, lines)) {
         effect->AffectedElement = port;
         effect->AffectingElement = *service;
-        add_association(agent, std::move(effect), lines);
+        add_association(maps, std::move(effect), lines);
     }
 }
 
 } // namespace
 
-void create_port_instances(ProviderAgent& agent, const Host_Ends& host, const Adapter_Ends& adapter,
+void create_port_instances(Instance_Maps& maps, const Host_Ends& host, const Adapter_Ends& adapter,
                            const FCPort& fc_port) {
     const CIM_ComputerSystem& system = host.computer_system;
     const FCAdapterAttributes& attributes = adapter.attributes;
     const std::string& wwpn = fc_port.getPortName();
 
-    const End port(add_or_end(agent, make_port(system, attributes, fc_port)));
-    conform<TVRHBA_FCPortConformsToProfile>(agent, port_profiles, port);
-    add_component<TVRHBA_FCPortSystemDevice>(agent, host.system, port, any_namespace);
+    const End port(add_or_end(maps, make_port(system, attributes, fc_port)));
+    conform<TVRHBA_FCPortConformsToProfile>(maps, port_profiles, port);
+    add_component<TVRHBA_FCPortSystemDevice>(maps, host.system, port, any_namespace);
     auto member = make<TVRHBA_MemberOfCollection>();
     member->Collection = adapter.port_group;
     member->Member = port;
-    add_or_end(agent, std::move(member));
+    add_or_end(maps, std::move(member));
 
     auto statistical_data = make<TVRHBA_ElementStatisticalData>();
     statistical_data->ManagedElement = port;
-    statistical_data->Stats = add_or_end(agent, make_statistics(wwpn)).clone();
-    add_or_end(agent, std::move(statistical_data));
+    statistical_data->Stats = add_or_end(maps, make_statistics(wwpn)).clone();
+    add_or_end(maps, std::move(statistical_data));
 
     const End protocol_controller(
-        add_or_end(agent, make_protocol_controller(system, adapter, fc_port)));
-    add_dependency<TVRHBA_ProtocolControllerForPort>(agent, protocol_controller, port);
-    add_component<TVRHBA_SCSIProtocolControllerSystemDevice>(agent, host.system,
-                                                             protocol_controller, any_namespace);
+        add_or_end(maps, make_protocol_controller(system, adapter, fc_port)));
+    add_dependency<TVRHBA_ProtocolControllerForPort>(maps, protocol_controller, port);
+    add_component<TVRHBA_SCSIProtocolControllerSystemDevice>(maps, host.system, protocol_controller,
+                                                             any_namespace);
 
     const TVRHBA_PortController& port_controller =
-        add_or_end(agent, make_port_controller(system, adapter, fc_port));
+        add_or_end(maps, make_port_controller(system, adapter, fc_port));
     const End controller(port_controller);
-    add_component<TVRHBA_ProductElementComponent>(agent, adapter.product, controller);
-    add_component<TVRHBA_ProductPhysicalComponent>(agent, adapter.product, adapter.package);
-    conform<TVRHBA_PortControllerConformsToProfile>(agent, controller_profiles, controller);
-    CreateFlashContents(agent, wwpn, attributes, port_controller);
+    add_component<TVRHBA_ProductElementComponent>(maps, adapter.product, controller);
+    add_component<TVRHBA_ProductPhysicalComponent>(maps, adapter.product, adapter.package);
+    conform<TVRHBA_PortControllerConformsToProfile>(maps, controller_profiles, controller);
+    CreateFlashContents(maps, wwpn, attributes, port_controller);
     auto controlled = make<TVRHBA_ControlledBy>();
     controlled->Antecedent = controller;
     controlled->Dependent = port;
     controlled->AccessState.set(access_state(fc_port.getFCAttributes()->PortState));
-    add_or_end(agent, std::move(controlled));
-    add_dependency<TVRHBA_Realizes>(agent, adapter.package, controller);
-    add_component<TVRHBA_PortControllerSystemDevice>(agent, host.system, controller, any_namespace);
+    add_or_end(maps, std::move(controlled));
+    add_dependency<TVRHBA_Realizes>(maps, adapter.package, controller);
+    add_component<TVRHBA_PortControllerSystemDevice>(maps, host.system, controller, any_namespace);
 
-    const End endpoint(add_or_end(agent, make_endpoint(system, attributes, wwpn)));
-    add_dependency<TVRHBA_DeviceSAPImplementation>(agent, port, endpoint);
-    add_dependency<TVRHBA_LocalHostedInitiatorAccessPoint>(agent, host.system, endpoint,
+    const End endpoint(add_or_end(maps, make_endpoint(system, attributes, wwpn)));
+    add_dependency<TVRHBA_DeviceSAPImplementation>(maps, port, endpoint);
+    add_dependency<TVRHBA_LocalHostedInitiatorAccessPoint>(maps, host.system, endpoint,
                                                            any_namespace);
 
-    create_firmware_identities(agent, adapter, fc_port, controller);
+    create_firmware_identities(maps, adapter, fc_port, controller);
     if (host.driver) {
-        add_or_end(agent, make_element_software_identity(*host.driver, controller, kind_driver));
+        add_or_end(maps, make_element_software_identity(*host.driver, controller, kind_driver));
     }
     if (host.access_point) {
         auto available = make<TVRHBA_SAPAvailableForElement>();
         available->AvailableSAP = *host.access_point;
         available->ManagedElement = port;
-        add_or_end(agent, std::move(available));
+        add_or_end(maps, std::move(available));
     }
-    add_effect<TVRHBA_InstallServiceAffectsFCPort>(agent, host.installation_service, port);
-    add_effect<TVRHBA_BootBIOSServiceAffectsFCPort>(agent, host.boot_bios_service, port);
-    add_effect<TVRHBA_FCHBAWWNServiceAffectsFCPort>(agent, host.wwn_service, port, any_namespace);
+    add_effect<TVRHBA_InstallServiceAffectsFCPort>(maps, host.installation_service, port);
+    add_effect<TVRHBA_BootBIOSServiceAffectsFCPort>(maps, host.boot_bios_service, port);
+    add_effect<TVRHBA_FCHBAWWNServiceAffectsFCPort>(maps, host.wwn_service, port, any_namespace);
     add_effect<TVRHBA_FCHBADriverParamServiceAffectsFCPort>(
-        agent, host.driver_param_service, port, implementation_namespace, Lines::with_class);
+        maps, host.driver_param_service, port, implementation_namespace, Lines::with_class);
     TVR_LOG("Ending of Software Installation Service");
 }
 

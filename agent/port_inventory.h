@@ -5,7 +5,8 @@
 #ifndef TVR_AGENT_PORT_INVENTORY_H
 #define TVR_AGENT_PORT_INVENTORY_H
 
-#include "agent/provider_agent.h"
+#include "agent/instance_maps.h"
+#include "model/adapter.h"
 
 #include <string>
 
@@ -18,14 +19,14 @@ uint32 FillPortVPD(TVRHBA_FCPort& port, const std::string& deviceId);
 // Makes the port's instance of vital product data. 0, also where memory doesn't suffice to begin
 // one; 1 for a name that can't be converted, one that has an instance already, or if memory ends
 // on the way; or the library's status.
-uint32 CreateVPD(ProviderAgent& agent, const std::string& deviceId);
+uint32 CreateVPD(Instance_Maps& maps, const std::string& deviceId);
 
 // Makes the instance of the port's transceiver, which the agent's map owns. Null if there is none.
-TVRHBA_Transceiver* CreateTransceiver(ProviderAgent& agent, const std::string& deviceId);
+TVRHBA_Transceiver* CreateTransceiver(Instance_Maps& maps, const std::string& deviceId);
 
 // Makes the instances of the images in the adapter's flash, each joined with the port's controller.
 // 0, or 1 if the library fails, two images have the same name or memory ends.
-uint32 CreateFlashContents(ProviderAgent& agent, const std::string& deviceId,
+uint32 CreateFlashContents(Instance_Maps& maps, const std::string& deviceId,
                            const FCAdapterAttributes& attributes,
                            const TVRHBA_PortController& controller);
 

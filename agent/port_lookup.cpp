@@ -1,5 +1,4 @@
-// Whether what a client calls a port is one.
-#include "agent/provider_agent.h"
+#include "agent/port_lookup.h"
 
 namespace cimple {
 
@@ -16,9 +15,9 @@ bool has_port(const Class_Map<TVRHBA_FCPort>& ports, const String& device_id) {
 
 } // namespace
 
-bool ProviderAgent::IsValidFCPort(const String& device_id) const {
+bool IsValidFCPort(const Instance_Maps& maps, const String& device_id) {
     TVR_LOG("Checking the FCPort");
-    if (has_port(m_TVRHBA_FCPort_map, device_id)) {
+    if (has_port(maps.m_TVRHBA_FCPort_map, device_id)) {
         TVR_LOG("Valid FCPort WWPN Passed");
         return true;
     }
@@ -26,9 +25,9 @@ bool ProviderAgent::IsValidFCPort(const String& device_id) const {
     return false;
 }
 
-bool ProviderAgent::IsValidLogicalPort(const String& device_id) const {
+bool IsValidLogicalPort(const Instance_Maps& maps, const String& device_id) {
     TVR_LOG("Checking the FCPort");
-    if (has_port(m_TVRHBA_FCPort_map, device_id)) {
+    if (has_port(maps.m_TVRHBA_FCPort_map, device_id)) {
         TVR_LOG("Valid WWPN Passed");
         return true;
     }

@@ -2,6 +2,7 @@
 
 #include "agent/fc_adapters.h"
 #include "agent/port_tables.h"
+#include "agent/provider_agent.h"
 #include "agent/time_limit.h"
 
 namespace cimple {
@@ -92,10 +93,10 @@ void UpdateFCPortStatus(ProviderAgent& agent) {
         if (!limit.lets_run()) {
             return;
         }
-        for_each_FC_adapter(agent, [&](const FCAdapter& adapter) {
+        for_each_FC_adapter(agent.m_pData.get(), [&](const FCAdapter& adapter) {
             for (const std::unique_ptr<Port>& fc_port : adapter.getPorts()) {
                 if (TVRHBA_FCPort* port =
-                        find_of_port(agent.m_TVRHBA_FCPort_map, &TVRHBA_FCPort::DeviceID,
+                        find_of_port(agent.maps.m_TVRHBA_FCPort_map, &TVRHBA_FCPort::DeviceID,
                                      fc_port->getPortName())) {
                     update_status(*port, adapter, *fc_port);
                 }
@@ -110,10 +111,10 @@ void UpdateFCPortStatus(ProviderAgent& agent) {
 void GetFCPortStats(ProviderAgent& agent) {
     TVR_LOG("PERF: GetFCPortStats: Entry");
     try {
-        for_each_FC_adapter(agent, [&](const FCAdapter& adapter) {
+        for_each_FC_adapter(agent.m_pData.get(), [&](const FCAdapter& adapter) {
             for (const std::unique_ptr<Port>& port : adapter.getPorts()) {
                 if (TVRHBA_FCPortStatistics* statistics =
-                        find_of_port(agent.m_TVRHBA_FCPortStatistics_map,
+                        find_of_port(agent.maps.m_TVRHBA_FCPortStatistics_map,
                                      &TVRHBA_FCPortStatistics::InstanceID, port->getPortName())) {
                     update_counters(*statistics, *port);
                 }

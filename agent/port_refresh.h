@@ -3,9 +3,9 @@
 #ifndef TVR_AGENT_PORT_REFRESH_H
 #define TVR_AGENT_PORT_REFRESH_H
 
-#include "agent/provider_agent.h"
-
 namespace cimple {
+
+class ProviderAgent;
 
 // Status of the ports, at most once in 5 seconds in a process.
 void UpdateFCPortStatus(ProviderAgent& agent);

@@ -1,5 +1,5 @@
-// The one object behind all class providers: settings, log, adapter data and instance maps, and the
-// refresh that keeps them.
+// The one object behind all class providers: it owns settings, log, adapter data and instance maps,
+// and runs the refresh that keeps them.
 //
 // A request passes the gate `BuildCimpleInfo`, which starts a refresh when one is due, waits until
 // the stage that it depends on is ready, copies what it needs under locks and delivers the copies
@@ -14,14 +14,13 @@
 #define TVR_AGENT_PROVIDER_AGENT_H
 
 #include "access/method_wrapper.h"
+#include "agent/host_facts.h"
 #include "agent/instance_maps.h"
 #include "common/config_file.h"
 #include "common/logger.h"
 #include "model/data.h"
 #include "runtime/datetime.h"
-#include "runtime/instance_map.h"
 #include "runtime/thread.h"
-#include "schema/classes.h"
 
 #include <atomic>
 #include <memory>
@@ -29,8 +28,6 @@
 #include <string>
 
 namespace cimple {
-
-struct Profile;
 
 // The agent comes into being with the first `load` of a class provider and ends with the last
 // `unload`; a later load makes a fresh one. No signal is handled: a crash is the object manager's
@@ -78,29 +75,8 @@ public:
     // m_SANMapsReadyMutex held.
     void requestSANMaps() noexcept;
 
+    // Empties all maps but those that outlive a rebuild (agent/clear_maps.h).
     void ClearMaps();
-    // Empty the maps of a group: everything that a rebuild makes anew, and no more.
-    void clearAdapterMaps();
-    void clearSANMaps();
-    void clearDriverMaps();
-    // Groups by feature. Mode 0 of the diagnostics empties their catalogue, 1 the records and 2 the
-    // jobs of past tests, which outlive a rebuild. Answer 0.
-    uint32 ClearFCDriverLogClasses();
-    uint32 ClearPortVirtualizationMaps();
-    uint32 ClearDiagnosticClassMaps(uint32 mode);
-
-    // True if a port has that `DeviceID`, whatever the case of its letters. With a Full_Guard held
-    // (agent/locks.h). They differ in what they log.
-    bool IsValidFCPort(const String& device_id) const;
-    bool IsValidLogicalPort(const String& device_id) const;
-
-    // What the creators of instances look up in the maps and share. On the refresh thread, under
-    // m_ProviderDataMutex.
-    const CIM_ComputerSystem& computerSystem() const { return *m_CIM_ComputerSystem_map.get(0); }
-    TVRHBA_RegisteredProfile* findRegisteredProfile(const char* name) const;
-    void createInstalledSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity);
-    void createSoftwareConformsToProfile(const char* profile,
-                                         const TVRHBA_SoftwareIdentity& identity);
 
     // One-shot requests and settings; read and written without a lock.
     std::atomic<bool> m_bForceAdapterRefresh{true}; // rebuild adapter data and maps
@@ -133,29 +109,16 @@ public:
     Mutex m_SANMapsReadyMutex;
     Cond m_SANMapsReadyCond;
 
-    // What the host says of itself; "Unknown" if it doesn't.
-    std::string m_OSName;
-    std::string m_OSVersion;
-    // Set with the computer system that the agent makes itself.
-    std::string m_HostName;
-    std::string m_IPAddress; // as "192.0.2.7", or "unknown"
-
-#define TVR_MEMBER(class_name, member) Class_Map<class_name> member;
-    TVR_INSTANCE_MAPS_FIRST(TVR_MEMBER, TVR_MEMBER)
-
-    DeviceLog m_DeviceLog;
-
-    TVR_INSTANCE_MAPS_SECOND(TVR_MEMBER, TVR_MEMBER)
-#undef TVR_MEMBER
+    // What the rebuilds keep, under m_ProviderDataMutex. They know nothing else of the agent
+    // (agent/rebuild.h).
+    Host_Facts host;
+    Instance_Maps maps;
 
     Datetime m_LoadedTime; // end of the last refresh; zero before the first
     Thread m_DataFetchThread;
     Mutex m_ThreadMutex; // the refresh decision, m_LoadedTime, and the two flags below
     bool m_bIsThreadRunning = false;
     bool m_bIsThreadJoinable = false; // a thread was started and not yet joined
-
-    Ref<CIM_RegisteredProfile> m_pBaseServerProfile; // of the host, if it has one
-    bool m_bOwnComputerSystem = false;               // the host has none but the agent's own
 
 private:
     void construct();
@@ -175,56 +138,8 @@ private:
     bool runAdapterStages();
     void runSANStages();
 
-    // Step by step what one rebuild of the adapter maps makes; 0, or TVR_FAILURE for a rebuild that
-    // ended early. Run on the refresh thread, under m_ProviderDataMutex. A step that the rebuild
-    // can't go on after throws Rebuild_Ended (agent/creation.h).
-    uint32 updateAdapterMaps();
-    void updateFromAdapters();
-
-    uint32 createComputerSystem();
-
-    void createProfiles();
-    TVRHBA_RegisteredProfile* createRegisteredProfile(const Profile& profile);
-    TVRHBA_RegisteredProfile* createConformedProfile(const Profile& profile);
-    void createComputerSystemConformsToProfile(const TVRHBA_RegisteredProfile& profile);
-    void createReferencedProfile(const char* label, const TVRHBA_RegisteredProfile* dependent,
-                                 const TVRHBA_RegisteredProfile* antecedent);
-
-    const TVRHBA_SoftwareIdentity& createProviderIdentity();
-    void createDriverIdentities();
-    void createFurtherIdentity(Ref<TVRHBA_SoftwareIdentity> identity);
-    void createProviderSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity);
-
-    void createSettings();
-    void createServices();
-    void createInstallationService();
-    void createWWNService();
-    void createBootBIOSService();
-    void createDriverParamService();
-    void createRecordLog(const TVRHBA_SoftwareIdentity& provider);
-    void createRecordLogCapabilities(const TVRHBA_RecordLog& log);
-    void createRemoteAccessPoint();
-    void createAdapterInstances();
-
-    // The same for the SAN maps, from the targets of the ports.
-    uint32 updateSANMaps();
-
     bool m_bIsSANStageRunning = false; // under m_SANMapsReadyMutex
 };
-
-// The map that a class is answered from, as `agent.*map_of<TVRHBA_FCPort>`, and its name.
-template <class C> inline constexpr Class_Map<C> ProviderAgent::*map_of = nullptr;
-template <class C> inline constexpr const char* map_name = nullptr;
-#define TVR_SERVED(class_name, member)                                                             \
-    template <>                                                                                    \
-    inline constexpr Class_Map<class_name> ProviderAgent::*map_of<class_name> =                    \
-        &ProviderAgent::member;                                                                    \
-    template <> inline constexpr const char* map_name<class_name> = #member;
-#define TVR_UNSERVED(class_name, member)
-TVR_INSTANCE_MAPS_FIRST(TVR_SERVED, TVR_UNSERVED)
-TVR_INSTANCE_MAPS_SECOND(TVR_SERVED, TVR_UNSERVED)
-#undef TVR_SERVED
-#undef TVR_UNSERVED
 
 } // namespace cimple
 

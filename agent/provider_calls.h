@@ -16,18 +16,18 @@ Unload_Status unload_agent();
 // Enumerate the class's map; without an agent there is nothing to enumerate.
 template <class C> void enumerate(const Enum_Instances_Handler& handler) noexcept {
     if (ProviderAgent* agent = ProviderAgent::instance()) {
-        map_enumerate(*agent, agent->*map_of<C>, handler);
+        map_enumerate(*agent, agent->maps.*map_of<C>, handler);
     }
 }
 template <class C> void enumerate_SAN(const Enum_Instances_Handler& handler) noexcept {
     if (ProviderAgent* agent = ProviderAgent::instance()) {
-        map_enumerate_SAN(*agent, agent->*map_of<C>, handler);
+        map_enumerate_SAN(*agent, agent->maps.*map_of<C>, handler);
     }
 }
 template <class C>
 void enumerate_active(const Enum_Instances_Handler& handler, Refresher refresher) noexcept {
     if (ProviderAgent* agent = ProviderAgent::instance()) {
-        map_enumerate_active(*agent, agent->*map_of<C>, handler, refresher);
+        map_enumerate_active(*agent, agent->maps.*map_of<C>, handler, refresher);
     }
 }
 

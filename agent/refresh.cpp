@@ -1,5 +1,7 @@
 // The refresh: when one is due, the thread that it runs on, and its stages.
 #include "agent/provider_agent.h"
+#include "agent/rebuild.h"
+#include "agent/san_instances.h"
 #include "runtime/clock.h"
 
 #include <limits>
@@ -212,7 +214,9 @@ bool ProviderAgent::runAdapterStages() {
     if (m_bIsLoaded) {
         const Lock data(m_ProviderDataMutex);
         TVR_LOG("PERF: Updating Adapter Maps...");
-        contain("updateAdapterMaps", [this] { updateAdapterMaps(); });
+        contain("updateAdapterMaps", [this] {
+            updateAdapterMaps({maps, host, m_pData.get(), m_Config, m_FileLogger});
+        });
     }
     return true;
 }
@@ -235,7 +239,7 @@ void ProviderAgent::runSANStages() {
     if (m_bIsLoaded) {
         const Lock data(m_ProviderDataMutex);
         TVR_LOG("PERF: Updating SAN Maps...");
-        contain("updateSANMaps", [this] { updateSANMaps(); });
+        contain("updateSANMaps", [this] { updateSANMaps(maps, m_pData.get()); });
     }
     m_bIsSANStageRunning = false;
 }

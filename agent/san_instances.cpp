@@ -1,5 +1,8 @@
 // The instances of targets: for each logical unit that a port sees an endpoint, a device of the
 // class that its type asks for, and the path that leads to it.
+#include "agent/san_instances.h"
+
+#include "agent/clear_maps.h"
 #include "agent/creation.h"
 #include "agent/fc_adapters.h"
 #include "agent/san_tables.h"
@@ -183,68 +186,68 @@ Ref<TVRHBA_SCSIArbitraryLogicalUnit> make_arbitrary_unit(const Initiator& initia
 
 // Publishes the device, hangs it on the computer system and lays the path to it.
 template <class System_Device, class Path, class Device>
-void add_device(ProviderAgent& agent, const Initiator& initiator,
+void add_device(Instance_Maps& maps, const Initiator& initiator,
                 const End<TVRHBA_SCSIProtocolEndpoint>& endpoint, Ref<Device> made,
                 const char* path_text) {
-    const Device& added = add_or_end(agent, std::move(made));
+    const Device& added = add_or_end(maps, std::move(made));
     const End device(added);
     TVR_LOG("Generating %s (%s)", System_Device::static_meta_class.name,
             added.DeviceID.value.c_str());
     auto system_device = make<System_Device>(any_namespace);
     system_device->GroupComponent = initiator.system;
     system_device->PartComponent = device;
-    add_or_end(agent, std::move(system_device));
+    add_or_end(maps, std::move(system_device));
     TVR_LOG("creating %s - %s", Path::static_meta_class.name, path_text);
     auto path = make<Path>();
     path->Initiator = initiator.endpoint;
     path->Target = endpoint;
     path->LogicalUnit = device;
-    add_or_end(agent, std::move(path));
+    add_or_end(maps, std::move(path));
 }
 
-void add_target(ProviderAgent& agent, const Initiator& initiator, const Target& target,
+void add_target(Instance_Maps& maps, const Initiator& initiator, const Target& target,
                 std::size_t index) {
     const Unit unit(target, initiator.port_name);
-    const TVRHBA_SCSIProtocolEndpoint& made = add_or_end(agent, make_endpoint(initiator, unit));
+    const TVRHBA_SCSIProtocolEndpoint& made = add_or_end(maps, make_endpoint(initiator, unit));
     const End endpoint(made);
     TVR_LOG("Generating TVRHBA_LocalHostedAccessPoint (%s)", made.Name.value.c_str());
     auto hosted = make<TVRHBA_LocalHostedAccessPoint>(any_namespace);
     hosted->Antecedent = initiator.system;
     hosted->Dependent = endpoint;
-    add_or_end(agent, std::move(hosted));
+    add_or_end(maps, std::move(hosted));
 
     TVR_LOG("Target %d is of type %d.", static_cast<int>(index),
             target.deviceIdentifier.peripheralType);
     switch (unit.kind.device_class) {
     case Device_Class::storage_volume:
         add_device<TVRHBA_StorageVolumeSystemDevice, TVRHBA_SCSIInitiatorTargetStorageVolumePath>(
-            agent, initiator, endpoint, make_storage_volume(initiator, unit), "Storage Volume");
+            maps, initiator, endpoint, make_storage_volume(initiator, unit), "Storage Volume");
         break;
     case Device_Class::tape_drive:
         add_device<TVRHBA_TapeDriveSystemDevice, TVRHBA_SCSIInitiatorTargetTapeDrivePath>(
-            agent, initiator, endpoint, make_tape_drive(initiator, unit), "Tape Drive");
+            maps, initiator, endpoint, make_tape_drive(initiator, unit), "Tape Drive");
         break;
     case Device_Class::logical_disk:
         add_device<TVRHBA_LogicalDiskSystemDevice, TVRHBA_SCSIInitiatorTargetLogicalDiskPath>(
-            agent, initiator, endpoint, make_logical_disk(initiator, unit), "Logical Disk");
+            maps, initiator, endpoint, make_logical_disk(initiator, unit), "Logical Disk");
         break;
     case Device_Class::storage_extent:
         add_device<TVRHBA_StorageExtentSystemDevice, TVRHBA_SCSIInitiatorTargetStorageExtentPath>(
-            agent, initiator, endpoint, make_storage_extent(initiator, unit), "Storage Extent");
+            maps, initiator, endpoint, make_storage_extent(initiator, unit), "Storage Extent");
         break;
     case Device_Class::arbitrary:
         add_device<TVRHBA_SCSIArbitraryLogicalUnitSystemDevice,
                    TVRHBA_SCSIInitiatorTargetArbitraryLogicalUnitPath>(
-            agent, initiator, endpoint, make_arbitrary_unit(initiator, unit),
+            maps, initiator, endpoint, make_arbitrary_unit(initiator, unit),
             "SCSI Arbitrary Logical Unit");
         break;
     }
 }
 
-const TVRHBA_SCSIProtocolInitiatorEndpoint& find_initiator(const ProviderAgent& agent,
+const TVRHBA_SCSIProtocolInitiatorEndpoint& find_initiator(const Instance_Maps& maps,
                                                            const std::string& port_name) {
     for (const TVRHBA_SCSIProtocolInitiatorEndpoint* endpoint :
-         agent.m_TVRHBA_SCSIProtocolInitiatorEndpoint_map) {
+         maps.m_TVRHBA_SCSIProtocolInitiatorEndpoint_map) {
         if (endpoint->Name.value.equali(port_name.c_str())) {
             return *endpoint;
         }
@@ -255,34 +258,34 @@ const TVRHBA_SCSIProtocolInitiatorEndpoint& find_initiator(const ProviderAgent& 
 
 // Makes `system`, which all ports share, if it isn't there yet. A port with an initiator has a
 // computer system, too; without one the adapter maps may have stopped before it.
-void add_targets(ProviderAgent& agent, std::optional<End<CIM_ComputerSystem>>& system,
+void add_targets(Instance_Maps& maps, std::optional<End<CIM_ComputerSystem>>& system,
                  const Port& port) {
-    End endpoint(find_initiator(agent, port.getPortName()));
+    End endpoint(find_initiator(maps, port.getPortName()));
     if (!system) {
-        system.emplace(agent.computerSystem());
+        system.emplace(maps.computer_system());
     }
-    const Initiator initiator{agent.computerSystem(), *system, port.getPortName(),
+    const Initiator initiator{maps.computer_system(), *system, port.getPortName(),
                               std::move(endpoint)};
     const std::size_t count = port.getTargetCount();
     for (std::size_t index = 0; index < count; ++index) {
         TVR_LOG("Creating classes for target %d of %d.", static_cast<int>(index),
                 static_cast<int>(count));
-        add_target(agent, initiator, *port.getTarget(index), index);
+        add_target(maps, initiator, *port.getTarget(index), index);
     }
 }
 
 } // namespace
 
-uint32 ProviderAgent::updateSANMaps() {
+uint32 updateSANMaps(Instance_Maps& maps, const Data* data) {
     TVR_LOG("PERF: updateSANMaps: Entry");
-    clearSANMaps();
+    clearSANMaps(maps);
     try {
         std::optional<End<CIM_ComputerSystem>> system;
-        for_each_FC_adapter(*this, [&](const FCAdapter& adapter) {
+        for_each_FC_adapter(data, [&](const FCAdapter& adapter) {
             int index = 0;
             for (const std::unique_ptr<Port>& port : adapter.getPorts()) {
                 TVR_LOG("Creating classes for port %d.", index++);
-                add_targets(*this, system, *port);
+                add_targets(maps, system, *port);
             }
             return true;
         });

@@ -1,7 +1,8 @@
 // The services of the host: software installation, world wide names, boot BIOS and driver
 // parameters.
-#include "agent/creation.h"
-#include "agent/profile_instance.h"
+#include "agent/service_instances.h"
+
+#include "agent/profiles.h"
 #include "agent/service_links.h"
 #include "agent/uri_schemes.h"
 
@@ -52,20 +53,20 @@ template <class Service> void enable_by_default(Service& service) {
 
 // The computer system hosts the service.
 template <class C, class Service>
-void add_hosted(ProviderAgent& agent, const Service& service, Lines lines = Lines::plain) {
+void add_hosted(Instance_Maps& maps, const Service& service, Lines lines = Lines::plain) {
     if (auto hosted = try_association<C>(any_namespace, lines)) {
-        hosted->Antecedent = agent.computerSystem().clone();
+        hosted->Antecedent = maps.computer_system().clone();
         hosted->Dependent = service.clone();
-        add_association(agent, std::move(hosted), lines);
+        add_association(maps, std::move(hosted), lines);
     }
 }
 
 template <class C, class Service>
-void add_system_effect(ProviderAgent& agent, const Service& service, Lines lines = Lines::plain) {
+void add_system_effect(Instance_Maps& maps, const Service& service, Lines lines = Lines::plain) {
     if (auto effect = try_association<C>(any_namespace, lines)) {
-        effect->AffectedElement = agent.computerSystem().clone();
+        effect->AffectedElement = maps.computer_system().clone();
         effect->AffectingElement = service.clone();
-        add_association(agent, std::move(effect), lines);
+        add_association(maps, std::move(effect), lines);
     }
 }
 
@@ -91,93 +92,94 @@ Ref<TVRHBA_SoftwareInstallationServiceCapabilities> make_capabilities() {
     return capabilities;
 }
 
-} // namespace
-
-void ProviderAgent::createServices() {
-    createInstallationService();
-    createWWNService();
-    createBootBIOSService();
-    createDriverParamService();
-}
-
-void ProviderAgent::createInstallationService() {
+void create_installation_service(Instance_Maps& maps, const Host_Facts& host) {
     TVR_LOG("Starting the SoftwareInstallationService");
-    const TVRHBA_RegisteredProfile* profile = createConformedProfile(software_update_profile);
+    const TVRHBA_RegisteredProfile* profile =
+        create_conformed_profile(maps, host, software_update_profile);
     auto made = make_service<TVRHBA_SoftwareInstallationService>(
-        computerSystem(),
+        maps.computer_system(),
         {"TVRHBA_SoftwareInstallationService", "TVRHBA_FCSoftwareInstallationService",
          "Tavrin FC HBA Software Installation Service", "ok", "ok"});
     const TVRHBA_SoftwareInstallationService* service = nullptr;
     if (made) {
         enable_by_default(*made);
         made->InstallDate.set(Datetime(0));
-        service = &add_or_end(*this, std::move(made));
+        service = &add_or_end(maps, std::move(made));
     }
-    const auto& capabilities = add_or_end(*this, make_capabilities());
+    const auto& capabilities = add_or_end(maps, make_capabilities());
     if (service == nullptr) {
         return;
     }
-    add_hosted<TVRHBA_HostedInstallationService>(*this, *service);
-    add_system_effect<TVRHBA_InstallServiceAffectsSystem>(*this, *service);
+    add_hosted<TVRHBA_HostedInstallationService>(maps, *service);
+    add_system_effect<TVRHBA_InstallServiceAffectsSystem>(maps, *service);
     if (profile != nullptr) {
         if (auto conformance =
                 try_association<TVRHBA_InstallServiceConformsToProfile>(any_namespace)) {
             conformance->ConformantStandard = profile->clone();
             conformance->ManagedElement = service->clone();
-            add_association(*this, std::move(conformance));
+            add_association(maps, std::move(conformance));
         }
     }
     if (auto element = try_association<TVRHBA_ElementCapabilities>(implementation_namespace)) {
         element->ManagedElement = service->clone();
         element->Capabilities = capabilities.clone();
-        add_association(*this, std::move(element));
+        add_association(maps, std::move(element));
     }
 }
 
-void ProviderAgent::createWWNService() {
+void create_WWN_service(Instance_Maps& maps) {
     TVR_LOG("Starting the WWN Management Service");
     auto made = make_service<TVRHBA_FCHBAWWNService>(
-        computerSystem(), {"TVRHBA_FCHBAWWNService", "TVRHBA_FCHBAWWNService",
-                           "Tavrin FC HBA WWN Management Service", "Ok", "ok"});
+        maps.computer_system(), {"TVRHBA_FCHBAWWNService", "TVRHBA_FCHBAWWNService",
+                                 "Tavrin FC HBA WWN Management Service", "Ok", "ok"});
     const TVRHBA_FCHBAWWNService* service = nullptr;
     if (made) {
         enable_by_default(*made);
-        service = add(*this, std::move(made));
+        service = add(maps, std::move(made));
     }
     if (service == nullptr) {
         TVR_LOG("Failed to create WWN Services class");
         throw Rebuild_Ended();
     }
-    add_hosted<TVRHBA_HostedFCHBAWWNService>(*this, *service);
-    add_system_effect<TVRHBA_FCHBAWWNServiceAffectsSystem>(*this, *service);
+    add_hosted<TVRHBA_HostedFCHBAWWNService>(maps, *service);
+    add_system_effect<TVRHBA_FCHBAWWNServiceAffectsSystem>(maps, *service);
 }
 
-void ProviderAgent::createBootBIOSService() {
+void create_boot_BIOS_service(Instance_Maps& maps) {
     TVR_LOG("Starting the BootBIOSService");
     auto made = make_service<TVRHBA_BootBIOSService>(
-        computerSystem(), {"TVRHBA_BootBIOSService", "TVRHBA_BootBIOSService",
-                           "Tavrin FC HBA Boot BIOS Service", "Ok", "ok"});
+        maps.computer_system(), {"TVRHBA_BootBIOSService", "TVRHBA_BootBIOSService",
+                                 "Tavrin FC HBA Boot BIOS Service", "Ok", "ok"});
     if (!made) {
         return;
     }
     enable_by_default(*made);
-    const TVRHBA_BootBIOSService& service = add_or_end(*this, std::move(made));
-    add_hosted<TVRHBA_HostedBootBIOSService>(*this, service);
-    add_system_effect<TVRHBA_BootBIOSServiceAffectsSystem>(*this, service);
+    const TVRHBA_BootBIOSService& service = add_or_end(maps, std::move(made));
+    add_hosted<TVRHBA_HostedBootBIOSService>(maps, service);
+    add_system_effect<TVRHBA_BootBIOSServiceAffectsSystem>(maps, service);
 }
 
-void ProviderAgent::createDriverParamService() {
+void create_driver_param_service(Instance_Maps& maps) {
     TVR_LOG("Starting the FCHBASetDriverParamService");
     auto made = make_service<TVRHBA_FCHBADriverParamService>(
-        computerSystem(), {"TVRHBA_FCHBADriverParamService", "TVRHBA_FCHBADriverParamService",
-                           "Tavrin FC HBA Set Driver Parameters Service", "OK", "OK"});
+        maps.computer_system(), {"TVRHBA_FCHBADriverParamService", "TVRHBA_FCHBADriverParamService",
+                                 "Tavrin FC HBA Set Driver Parameters Service", "OK", "OK"});
     if (made) {
-        const TVRHBA_FCHBADriverParamService& service = add_or_end(*this, std::move(made));
-        add_system_effect<TVRHBA_FCHBADriverParamServiceAffectsSystem>(*this, service,
+        const TVRHBA_FCHBADriverParamService& service = add_or_end(maps, std::move(made));
+        add_system_effect<TVRHBA_FCHBADriverParamServiceAffectsSystem>(maps, service,
                                                                        Lines::with_class);
-        add_hosted<TVRHBA_HostedFCHBADriverParamService>(*this, service, Lines::with_class);
+        add_hosted<TVRHBA_HostedFCHBADriverParamService>(maps, service, Lines::with_class);
     }
     TVR_LOG("Ending the FCHBASetDriverSetParamService");
+}
+
+} // namespace
+
+void create_services(Instance_Maps& maps, const Host_Facts& host) {
+    create_installation_service(maps, host);
+    create_WWN_service(maps);
+    create_boot_BIOS_service(maps);
+    create_driver_param_service(maps);
 }
 
 } // namespace cimple

@@ -23,11 +23,11 @@ template <class C> Ref<C> try_association(const char* name_space, Lines lines = 
 }
 
 template <class C>
-void add_association(ProviderAgent& agent, Ref<C> association, Lines lines = Lines::plain) {
+void add_association(Instance_Maps& maps, Ref<C> association, Lines lines = Lines::plain) {
     if (lines == Lines::with_class) {
-        add(agent, std::move(association));
+        add(maps, std::move(association));
     } else {
-        insert(agent.*map_of<C>, std::move(association), "Insert Failed");
+        insert(maps.*map_of<C>, std::move(association), "Insert Failed");
     }
 }
 

@@ -1,4 +1,6 @@
 // The provider's own settings as instances. Their positions in the map tell which is which.
+#include "agent/settings_instances.h"
+
 #include "agent/creation.h"
 
 namespace cimple {
@@ -31,7 +33,7 @@ constexpr Setting provider_settings[] = {
 
 } // namespace
 
-void ProviderAgent::createSettings() {
+void create_settings(Instance_Maps& maps, const TvrConfigFile& config) {
     for (const Setting& setting : provider_settings) {
         auto row = make<TVRHBA_ProviderConfigSetting>();
         row->InstanceID.set(std::string("Tavrin HBA Provider:") + setting.name);
@@ -39,9 +41,9 @@ void ProviderAgent::createSettings() {
         row->lowRange.set(setting.lowest);
         row->highRange.set(setting.highest);
         row->def.set(setting.initial);
-        row->current.set(setting.current(m_Config));
+        row->current.set(setting.current(config));
         row->Description.set(setting.description);
-        add_or_end(*this, std::move(row));
+        add_or_end(maps, std::move(row));
     }
 }
 

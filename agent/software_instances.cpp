@@ -1,7 +1,9 @@
 // Software identities of provider, driver and diagnostics.
+#include "agent/software_instances.h"
+
 #include "agent/creation.h"
 #include "agent/fc_adapters.h"
-#include "agent/software_identity.h"
+#include "agent/profiles.h"
 #include "agent/version.h"
 
 namespace cimple {
@@ -49,6 +51,23 @@ Ref<TVRHBA_SoftwareIdentity> make_diagnostics_identity(const FCAdapterAttributes
     return identity;
 }
 
+void create_provider_software_identity(Instance_Maps& maps,
+                                       const TVRHBA_SoftwareIdentity& identity) {
+    TVR_LOG("Generating TVRHBA_ProviderSoftwareIdentity (%s)", identity.InstanceID.value.c_str());
+    auto provider = make<TVRHBA_ProviderSoftwareIdentity>(any_namespace);
+    provider->Antecedent = identity.clone();
+    provider->Dependent = maps.computer_system().clone();
+    provider->UpgradeCondition.set(uint16{3});
+    provider->ElementSoftwareStatus.set(Array<uint16>{2, 3, 6});
+    add(maps, std::move(provider));
+}
+
+void create_further_identity(Instance_Maps& maps, Ref<TVRHBA_SoftwareIdentity> identity) {
+    const TVRHBA_SoftwareIdentity& created = add_or_end(maps, std::move(identity));
+    create_installed_software_identity(maps, created);
+    create_software_conforms_to_profile(maps, "Software Inventory", created);
+}
+
 } // namespace
 
 const TVRHBA_SoftwareIdentity*
@@ -62,38 +81,29 @@ find_driver_identity(const Class_Map<TVRHBA_SoftwareIdentity>& identities) {
     return nullptr;
 }
 
-void ProviderAgent::createInstalledSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity) {
+void create_installed_software_identity(Instance_Maps& maps,
+                                        const TVRHBA_SoftwareIdentity& identity) {
     TVR_LOG("Generating TVRHBA_InstalledSoftwareIdentity (%s)", identity.InstanceID.value.c_str());
     auto installed = make<TVRHBA_InstalledSoftwareIdentity>(any_namespace);
-    installed->System = computerSystem().clone();
+    installed->System = maps.computer_system().clone();
     installed->InstalledSoftware = identity.clone();
-    add(*this, std::move(installed));
+    add(maps, std::move(installed));
 }
 
-void ProviderAgent::createSoftwareConformsToProfile(const char* profile,
-                                                    const TVRHBA_SoftwareIdentity& identity) {
+void create_software_conforms_to_profile(Instance_Maps& maps, const char* profile,
+                                         const TVRHBA_SoftwareIdentity& identity) {
     TVR_LOG("Generating TVRHBA_SoftwareConformsToProfile (%s)", identity.InstanceID.value.c_str());
-    const TVRHBA_RegisteredProfile* standard = findRegisteredProfile(profile);
+    const TVRHBA_RegisteredProfile* standard = find_registered_profile(maps, profile);
     if (standard == nullptr) {
         return;
     }
     auto conformance = make<TVRHBA_SoftwareConformsToProfile>(any_namespace);
     conformance->ConformantStandard = standard->clone();
     conformance->ManagedElement = identity.clone();
-    add(*this, std::move(conformance));
+    add(maps, std::move(conformance));
 }
 
-void ProviderAgent::createProviderSoftwareIdentity(const TVRHBA_SoftwareIdentity& identity) {
-    TVR_LOG("Generating TVRHBA_ProviderSoftwareIdentity (%s)", identity.InstanceID.value.c_str());
-    auto provider = make<TVRHBA_ProviderSoftwareIdentity>(any_namespace);
-    provider->Antecedent = identity.clone();
-    provider->Dependent = computerSystem().clone();
-    provider->UpgradeCondition.set(uint16{3});
-    provider->ElementSoftwareStatus.set(Array<uint16>{2, 3, 6});
-    add(*this, std::move(provider));
-}
-
-const TVRHBA_SoftwareIdentity& ProviderAgent::createProviderIdentity() {
+const TVRHBA_SoftwareIdentity& create_provider_identity(Instance_Maps& maps) {
     const std::string name = "Tavrin CMPI HBA Provider v" + version_text();
     auto identity = make_identity(name, name, "Tavrin CMPI HBA Provider", version_text(),
                                   SOFTWARE_OTHER, "CMPI HBA CIM Provider");
@@ -102,16 +112,16 @@ const TVRHBA_SoftwareIdentity& ProviderAgent::createProviderIdentity() {
     identity->MinorVersion.set(version_minor);
     identity->RevisionNumber.set(version_revision);
     identity->BuildNumber.set(version_build);
-    const TVRHBA_SoftwareIdentity& created = add_or_end(*this, std::move(identity));
-    createInstalledSoftwareIdentity(created);
-    createProviderSoftwareIdentity(created);
-    createSoftwareConformsToProfile("Software", created);
+    const TVRHBA_SoftwareIdentity& created = add_or_end(maps, std::move(identity));
+    create_installed_software_identity(maps, created);
+    create_provider_software_identity(maps, created);
+    create_software_conforms_to_profile(maps, "Software", created);
     return created;
 }
 
-void ProviderAgent::createDriverIdentities() {
+void create_driver_identities(Instance_Maps& maps, const Data& data) {
     const FCAdapterAttributes* attributes = nullptr;
-    for_each_FC_adapter(*this, [&](const FCAdapter& adapter) {
+    for_each_FC_adapter(&data, [&](const FCAdapter& adapter) {
         attributes = adapter.getFCAttributes();
         return false;
     });
@@ -121,14 +131,8 @@ void ProviderAgent::createDriverIdentities() {
     TVR_LOG("driverName: %s, driverVersion: %s, driverManufacturer: %s",
             attributes->DriverName.c_str(), attributes->DriverVersion.c_str(),
             attributes->Manufacturer.c_str());
-    createFurtherIdentity(make_driver_identity(*attributes));
-    createFurtherIdentity(make_diagnostics_identity(*attributes));
-}
-
-void ProviderAgent::createFurtherIdentity(Ref<TVRHBA_SoftwareIdentity> identity) {
-    const TVRHBA_SoftwareIdentity& created = add_or_end(*this, std::move(identity));
-    createInstalledSoftwareIdentity(created);
-    createSoftwareConformsToProfile("Software Inventory", created);
+    create_further_identity(maps, make_driver_identity(*attributes));
+    create_further_identity(maps, make_diagnostics_identity(*attributes));
 }
 
 } // namespace cimple

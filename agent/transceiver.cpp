@@ -1,6 +1,7 @@
 // The transceiver of a port.
 #include "access/bounded_text.h"
 #include "access/inventory.h"
+#include "access/method_wrapper.h"
 #include "agent/creation.h"
 #include "agent/port_inventory.h"
 #include "common/formatted.h"
@@ -107,7 +108,7 @@ void fill(TVRHBA_Transceiver& transceiver, const std::string& deviceId, const RM
 
 } // namespace
 
-TVRHBA_Transceiver* CreateTransceiver(ProviderAgent& agent, const std::string& deviceId) try {
+TVRHBA_Transceiver* CreateTransceiver(Instance_Maps& maps, const std::string& deviceId) try {
     HBA_WWN name;
     if (!TVR_MethodWrapper::deviceIdToHBAName(name, deviceId)) {
         return nullptr;
@@ -124,7 +125,7 @@ TVRHBA_Transceiver* CreateTransceiver(ProviderAgent& agent, const std::string& d
         return nullptr;
     }
     fill(*transceiver, deviceId, data);
-    TVRHBA_Transceiver* inserted = insert(agent.m_CIM_PhysicalComponent_map, std::move(transceiver),
+    TVRHBA_Transceiver* inserted = insert(maps.m_CIM_PhysicalComponent_map, std::move(transceiver),
                                           "Insert Failed : m_CIM_PhysicalComponent_map ");
     if (inserted != nullptr) {
         TVR_LOG("Success...");

@@ -1,5 +1,6 @@
 // Vital product data of a port.
 #include "access/inventory.h"
+#include "access/method_wrapper.h"
 #include "agent/creation.h"
 #include "agent/port_inventory.h"
 
@@ -98,7 +99,7 @@ uint32 FillPortVPD(TVRHBA_FCPort& port, const std::string& deviceId) try {
     return 1;
 }
 
-uint32 CreateVPD(ProviderAgent& agent, const std::string& deviceId) try {
+uint32 CreateVPD(Instance_Maps& maps, const std::string& deviceId) try {
     HBA_WWN name;
     if (!TVR_MethodWrapper::deviceIdToHBAName(name, deviceId)) {
         return 1;
@@ -118,7 +119,7 @@ uint32 CreateVPD(ProviderAgent& agent, const std::string& deviceId) try {
     for (const VPDEntry& entry : entries) {
         add_entry(*data, entry);
     }
-    return add(agent, std::move(data)) != nullptr ? 0 : 1;
+    return add(maps, std::move(data)) != nullptr ? 0 : 1;
 } catch (const std::bad_alloc&) {
     return 1;
 }

@@ -33,8 +33,6 @@ void log_member_call(const Meta_Class& meta_class, uint32 line, const char* memb
 // them. No state: calls of one class are serialised by its adapter, those of two classes meet in
 // the agent.
 template <class C> class Map_Backed_Provider : public Agent_Provider<C> {
-    static_assert(map_of<C> != nullptr, "the class has a map in the agent");
-
 public:
     Unload_Status unload() {
         log_member_call(C::static_meta_class, __LINE__, "unload");

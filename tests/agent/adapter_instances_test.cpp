@@ -2,6 +2,7 @@
 #include "tests/agent/agent_fixture.h"
 
 #include "agent/locks.h"
+#include "agent/port_lookup.h"
 
 #include <algorithm>
 
@@ -99,7 +100,7 @@ TEST_F(Rebuild, SkipsWhatItCantReadOfAPort) {
     auto kernel = describe(enumerated<TVRHBA_SoftwareIdentity>()[4]);
     EXPECT_EQ(kernel["InstanceID"], "Firmware Kernel v TV1 1000AABBCCDD0100");
     EXPECT_EQ(kernel.count("MajorVersion"), 0u);
-    auto statistics = describe(agent->m_TVRHBA_FCPortStatistics_map.get(0));
+    auto statistics = describe(agent->maps.m_TVRHBA_FCPortStatistics_map.get(0));
     EXPECT_EQ(statistics.size(), 4u) << "namespace, key and two texts";
 }
 
@@ -142,31 +143,24 @@ TEST_F(Rebuild, EndsAtTheFirstInstanceThatIsThereAlready) {
     EXPECT_EQ(logged("PERF: updateAdapterMaps: cleanExit"), 1u);
 }
 
-// The state of the port is what its controller can reach.
-TEST_F(Rebuild, TellsAccessByTheStateOfThePort) {
-    libraries.adapters.clear();
-    for (uint32 state : {1u, 2u, 6u}) {
-        libraries.adapters.push_back(adapter(state));
-        libraries.adapters.back().ports[0].attributes[RM_PA_PHYSICAL_STATE] = {
-            std::string(reinterpret_cast<const char*>(&state), sizeof state)};
-    }
-    load();
-    refresh();
-    EXPECT_THAT(enumerated<TVRHBA_ControlledBy>().texts("AccessState"), ElementsAre("0", "1", "2"));
-}
-
 TEST_F(Rebuild, MakesPortsThatAreKnownByTheirIdInAnyCase) {
     load();
     refresh();
     const Full_Guard guard(*agent);
-    EXPECT_TRUE(agent->IsValidFCPort("1000aabbccdd0200"));
-    EXPECT_TRUE(agent->IsValidLogicalPort("1000AABBCCDD0200"));
-    EXPECT_FALSE(agent->IsValidFCPort("1000AABBCCDD0"));
-    EXPECT_FALSE(agent->IsValidLogicalPort(""));
-    for (const char* line :
-         {"Valid FCPort WWPN Passed", "Valid WWPN Passed",
-          "Could not find the passed FCPort in the map",
-          "Could not find the passed LogicalPort in the provider resource map"}) {
+    const struct {
+        bool (*is_valid)(const Instance_Maps& maps, const String& device_id);
+        const char* id;
+        bool valid;
+        const char* line;
+    } cases[] = {
+        {IsValidFCPort, "1000aabbccdd0200", true, "Valid FCPort WWPN Passed"},
+        {IsValidFCPort, "1000AABBCCDD0", false, "Could not find the passed FCPort in the map"},
+        {IsValidLogicalPort, "1000AABBCCDD0200", true, "Valid WWPN Passed"},
+        {IsValidLogicalPort, "", false,
+         "Could not find the passed LogicalPort in the provider resource map"},
+    };
+    for (const auto& [is_valid, id, valid, line] : cases) {
+        EXPECT_EQ(is_valid(agent->maps, id), valid) << line;
         EXPECT_EQ(logged(line), 1u) << line;
     }
 }

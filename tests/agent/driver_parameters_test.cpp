@@ -109,31 +109,31 @@ TEST_F(Driver_Parameters, OfOnePortAreMadeOrRefused) {
     refresh();
     const Full_Guard guard(*agent);
     const std::string port = "1000AABBCCDD0100";
-    EXPECT_EQ(tvrcimGetDriverParam(*agent, port + "0", 0), 1u);
-    EXPECT_EQ(tvrcimGetDriverParam(*agent, "1000AABBCCDD0900", 0), 1u);
+    EXPECT_EQ(tvrcimGetDriverParam(agent->maps, port + "0", 0), 1u);
+    EXPECT_EQ(tvrcimGetDriverParam(agent->maps, "1000AABBCCDD0900", 0), 1u);
     EXPECT_EQ(logged("INVALID wwpn"), 1u);
-    EXPECT_EQ(tvrcimGetDriverParam(*agent, port, 1), 1u) << "they are there";
+    EXPECT_EQ(tvrcimGetDriverParam(agent->maps, port, 1), 1u) << "they are there";
     of_port(0).resize(60);
     libraries.globalParams.resize(60);
     libraries.toldNeed = 0xFFFFFFFF;
-    EXPECT_EQ(tvrcimGetDriverParam(*agent, port, 0), 8u);
+    EXPECT_EQ(tvrcimGetDriverParam(agent->maps, port, 0), 8u);
     EXPECT_EQ(logged("RM_GetDriverParams:failed"), 1u);
-    EXPECT_EQ(tvrcimGetDriverParam(*agent, port, 1), 8u);
+    EXPECT_EQ(tvrcimGetDriverParam(agent->maps, port, 1), 8u);
     EXPECT_EQ(logged("ERROR: tvrcimGetDriverParamsGlobal: Unable to allocate buffer"), 1u);
 
     of_port(0).resize(1);
-    agent->m_TVRHBA_DriverParams_map.clear();
-    agent->m_TVRHBA_DriverServiceElementSettingData_map.clear();
-    agent->m_TVRHBA_DriverParameterAffectsFCPort_map.clear();
-    agent->m_TVRHBA_FCHBADriverParamService_map.clear();
-    EXPECT_EQ(tvrcimGetDriverParam(*agent, port, 0), 0u);
-    EXPECT_TRUE(agent->m_TVRHBA_DriverServiceElementSettingData_map.empty());
-    EXPECT_EQ(agent->m_TVRHBA_DriverParameterAffectsFCPort_map.size(), 1u);
-    agent->m_TVRHBA_DriverParams_map.clear();
-    agent->m_TVRHBA_FCPort_map.clear();
-    EXPECT_EQ(tvrcimGetDriverParam(*agent, port, 0), 1u);
+    agent->maps.m_TVRHBA_DriverParams_map.clear();
+    agent->maps.m_TVRHBA_DriverServiceElementSettingData_map.clear();
+    agent->maps.m_TVRHBA_DriverParameterAffectsFCPort_map.clear();
+    agent->maps.m_TVRHBA_FCHBADriverParamService_map.clear();
+    EXPECT_EQ(tvrcimGetDriverParam(agent->maps, port, 0), 0u);
+    EXPECT_TRUE(agent->maps.m_TVRHBA_DriverServiceElementSettingData_map.empty());
+    EXPECT_EQ(agent->maps.m_TVRHBA_DriverParameterAffectsFCPort_map.size(), 1u);
+    agent->maps.m_TVRHBA_DriverParams_map.clear();
+    agent->maps.m_TVRHBA_FCPort_map.clear();
+    EXPECT_EQ(tvrcimGetDriverParam(agent->maps, port, 0), 1u);
     EXPECT_EQ(logged("Data Structure is corrupted..."), 1u);
-    EXPECT_EQ(agent->m_TVRHBA_DriverParams_map.size(), 1u);
+    EXPECT_EQ(agent->maps.m_TVRHBA_DriverParams_map.size(), 1u);
 }
 
 // A rebuild empties the maps, and the fetch declines: also for an agent that knows nothing of it.

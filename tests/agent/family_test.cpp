@@ -134,25 +134,5 @@ TEST_F(Providers, TheLastUnloadEndsTheAgent) {
     EXPECT_EQ(ProviderAgent::instance(), nullptr);
 }
 
-TEST_F(Providers, AFamilyMemberGetsByEnumeration) {
-    load();
-    refresh();
-    const Registration* at = cimple_module();
-    while (at->meta_class != &TVRHBA_SoftwareIdentity::static_meta_class) {
-        at = at->next;
-    }
-    const Provider_Handle provider(at);
-    const Ref<TVRHBA_SoftwareIdentity> model(TVRHBA_SoftwareIdentity::create(true));
-    model->InstanceID.set("TVRHBA: Diagnostics v5");
-    Instance* found = nullptr;
-    EXPECT_EQ(provider.get_instance(model.get(), found), GET_INSTANCE_OK);
-    EXPECT_EQ(describe(found)["Description"], "TVRHBA: Diagnostics");
-    unref(found);
-    model->InstanceID.set("tvrhba: diagnostics v5");
-    found = nullptr;
-    EXPECT_EQ(provider.get_instance(model.get(), found), GET_INSTANCE_NOT_FOUND);
-    EXPECT_EQ(found, nullptr);
-}
-
 } // namespace
 } // namespace cimple

@@ -157,15 +157,15 @@ TEST_F(Lifecycle, DestructionGoesInOrder) {
 TEST_F(Lifecycle, ASecondLifeStartsAfresh) {
     load();
     EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
-    agent->m_bOwnComputerSystem = true;
+    agent->host.m_bOwnComputerSystem = true;
     unload();
 
     libraries.adapters = {adapter(7)};
     load();
     EXPECT_TRUE(agent->m_bForceAdapterRefresh);
     EXPECT_FALSE(agent->m_bIsAdapterMapsReady);
-    EXPECT_FALSE(agent->m_bOwnComputerSystem);
-    EXPECT_TRUE(agent->m_TVRHBA_FCPort_map.empty());
+    EXPECT_FALSE(agent->host.m_bOwnComputerSystem);
+    EXPECT_TRUE(agent->maps.m_TVRHBA_FCPort_map.empty());
     EXPECT_EQ(agent->m_LoadedTime.get_usec(), 0u);
     EXPECT_THAT(enumerated<TVRHBA_FCPort>().texts("DeviceID"), ElementsAre("1000AABBCCDD0700"));
     EXPECT_EQ(calls("LRM_InitLib"), 2);
@@ -179,8 +179,8 @@ TEST_F(Lifecycle, TakesItsSettingsFromTheFileAndWritesThemBack) {
     EXPECT_EQ(agent->m_CacheTimeout, 7u);
     EXPECT_TRUE(agent->m_bRefreshAdapterData);
     EXPECT_FALSE(agent->m_bRefreshSANData);
-    EXPECT_EQ(agent->m_OSName, "Linux version 7.0 (test)");
-    EXPECT_EQ(agent->m_OSVersion, "Testix 7\n");
+    EXPECT_EQ(agent->host.m_OSName, "Linux version 7.0 (test)");
+    EXPECT_EQ(agent->host.m_OSVersion, "Testix 7\n");
     ASSERT_EQ(agent->m_Config.setCacheTimeout(9), 0);
     unload();
     EXPECT_THAT(directory.read("etc/tavrin_fc_provider.conf"),

@@ -30,7 +30,7 @@ protected:
     }
     Ports ports() const {
         Ports names;
-        for (const TVRHBA_FCPort* port : agent->m_TVRHBA_FCPort_map) {
+        for (const TVRHBA_FCPort* port : agent->maps.m_TVRHBA_FCPort_map) {
             names.emplace_back(port->DeviceID.value.c_str());
         }
         return names;

@@ -53,10 +53,10 @@ TEST_F(Port_Refresh, StatusFollowsTheHardwareEveryFiveSeconds) {
     EXPECT_THAT(statuses(), ElementsAre("{2}", "{2}", "{2}"));
     EXPECT_EQ(logged("PERF: UpdateFCPortStatus: Entry"), 1u);
     EXPECT_EQ(logged("PERF: update driver map"), 0u);
-    auto before = describe(agent->m_TVRHBA_FCPort_map.get(1));
+    auto before = describe(agent->maps.m_TVRHBA_FCPort_map.get(1));
     clock.time += 1;
     EXPECT_THAT(statuses(), ElementsAre("{2}", "{6}", "{2}"));
-    auto after = describe(agent->m_TVRHBA_FCPort_map.get(1));
+    auto after = describe(agent->maps.m_TVRHBA_FCPort_map.get(1));
     EXPECT_EQ(after["StatusDescriptions"], "{Error}");
     for (const char* name : {"OperationalStatus", "StatusDescriptions"}) {
         after[name] = before[name];
@@ -84,9 +84,9 @@ TEST_F(Port_Refresh, AFailureLeavesTheLaterPortsAsTheyWere) {
 
 TEST_F(Port_Refresh, APortIsFoundInALongerName) {
     set_state(0, 7);
-    const auto& port =
-        rename_first(agent->m_TVRHBA_FCPort_map, &TVRHBA_FCPort::DeviceID, "fc.1000AABBCCDD0100.a");
-    const auto& counters = rename_first(agent->m_TVRHBA_FCPortStatistics_map,
+    const auto& port = rename_first(agent->maps.m_TVRHBA_FCPort_map, &TVRHBA_FCPort::DeviceID,
+                                    "fc.1000AABBCCDD0100.a");
+    const auto& counters = rename_first(agent->maps.m_TVRHBA_FCPortStatistics_map,
                                         &TVRHBA_FCPortStatistics::InstanceID, "1000AABBCCDD0100");
     EXPECT_THAT(statuses(), ElementsAre("{6}"));
     EXPECT_EQ(statistics().size(), 1u);

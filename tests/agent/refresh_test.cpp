@@ -1,6 +1,7 @@
 // When a refresh runs, who waits for it, and what readers see meanwhile.
 #include "tests/agent/agent_fixture.h"
 
+#include "agent/clear_maps.h"
 #include "agent/locks.h"
 #include "runtime/association.h"
 
@@ -186,7 +187,7 @@ TEST_F(Refresh, ReadersSeeOldOrNewNeverAMixture) {
     };
     load();
     refresh();
-    const Ref<TVRHBA_FCPort> port(clone_of(agent->m_TVRHBA_FCPort_map.get(1)));
+    const Ref<TVRHBA_FCPort> port(clone_of(agent->maps.m_TVRHBA_FCPort_map.get(1)));
     const String any;
     const Instance_Selector by_end = Instance_Selector::by_end(*port, any);
     std::atomic<bool> done{false};
@@ -403,7 +404,7 @@ TEST_F(Refresh, AMethodMayForceARefreshUnderItsGuard) {
         agent->m_bForceAdapterRefresh = true;
         EXPECT_EQ(agent->BuildCimpleInfo(), 0u);
         EXPECT_TRUE(agent->m_bIsThreadRunning);
-        EXPECT_EQ(agent->m_TVRHBA_FCPort_map.size(), 3u);
+        EXPECT_EQ(agent->maps.m_TVRHBA_FCPort_map.size(), 3u);
     }
     wait_for_end();
     EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 1u);
@@ -466,7 +467,7 @@ TEST_F(Refresh, AHandlerThatThrowsEndsTheEnumeration) {
 TEST_F(Refresh, TwoInstancesWithEqualKeysDeliverNothing) {
     load();
     refresh();
-    agent->m_TVRHBA_FCPort_map.get(2)->DeviceID.set("1000AABBCCDD0100");
+    agent->maps.m_TVRHBA_FCPort_map.get(2)->DeviceID.set("1000AABBCCDD0100");
     EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 0u);
     EXPECT_EQ(logged("Insert failed for 2"), 1u);
     // Locks are free again.
@@ -479,7 +480,7 @@ TEST_F(Refresh, ASelectorLimitsWhatIsCopied) {
     static int refreshed = 0;
     load();
     refresh();
-    const Ref<TVRHBA_FCPort> port(clone_of(agent->m_TVRHBA_FCPort_map.get(1)));
+    const Ref<TVRHBA_FCPort> port(clone_of(agent->maps.m_TVRHBA_FCPort_map.get(1)));
     const std::string id = port->DeviceID.value.c_str();
     const auto kept = [](auto enumeration, const Instance_Selector& selector) {
         Collected collected;
@@ -514,22 +515,22 @@ TEST_F(Refresh, RecordsAndJobsOfTestsOutliveIt) {
         const Full_Guard guard(*agent);
         auto* job = TVRHBA_ConcreteJob::create(true);
         job->InstanceID.set("job");
-        agent->m_TVRHBA_ConcreteJob_map.insert(job);
+        agent->maps.m_TVRHBA_ConcreteJob_map.insert(job);
         auto* record = TVRHBA_DiagnosticServiceRecord::create(true);
         record->InstanceID.set("record");
-        agent->m_TVRHBA_DiagnosticServiceRecord_map.insert(record);
+        agent->maps.m_TVRHBA_DiagnosticServiceRecord_map.insert(record);
         auto* test = TVRHBA_FCHBADiagnosticTest::create(true);
         test->Name.set("test");
-        agent->m_TVRHBA_FCHBADiagnosticTest_map.insert(test);
+        agent->maps.m_TVRHBA_FCHBADiagnosticTest_map.insert(test);
     }
     refresh();
-    EXPECT_EQ(agent->m_TVRHBA_ConcreteJob_map.size(), 1u);
-    EXPECT_EQ(agent->m_TVRHBA_DiagnosticServiceRecord_map.size(), 1u);
-    EXPECT_TRUE(agent->m_TVRHBA_FCHBADiagnosticTest_map.empty());
-    EXPECT_EQ(agent->ClearDiagnosticClassMaps(1), 0u);
-    EXPECT_TRUE(agent->m_TVRHBA_DiagnosticServiceRecord_map.empty());
-    EXPECT_EQ(agent->ClearDiagnosticClassMaps(2), 0u);
-    EXPECT_TRUE(agent->m_TVRHBA_ConcreteJob_map.empty());
+    EXPECT_EQ(agent->maps.m_TVRHBA_ConcreteJob_map.size(), 1u);
+    EXPECT_EQ(agent->maps.m_TVRHBA_DiagnosticServiceRecord_map.size(), 1u);
+    EXPECT_TRUE(agent->maps.m_TVRHBA_FCHBADiagnosticTest_map.empty());
+    EXPECT_EQ(ClearDiagnosticClassMaps(agent->maps, 1), 0u);
+    EXPECT_TRUE(agent->maps.m_TVRHBA_DiagnosticServiceRecord_map.empty());
+    EXPECT_EQ(ClearDiagnosticClassMaps(agent->maps, 2), 0u);
+    EXPECT_TRUE(agent->maps.m_TVRHBA_ConcreteJob_map.empty());
 }
 
 } // namespace

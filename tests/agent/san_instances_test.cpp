@@ -81,14 +81,14 @@ TEST_F(SAN, GoesThroughAdaptersPortsAndTargets) {
                             "creating TVRHBA_SCSIInitiatorTargetTapeDrivePath - Tape Drive",
                             "PERF: updateSANMaps: cleanExit"));
     // Associations share one copy of each of their ends, or memory would grow with their number.
-    const auto& hosted = agent->m_TVRHBA_LocalHostedAccessPoint_map;
-    const auto* volume_path = agent->m_TVRHBA_SCSIInitiatorTargetStorageVolumePath_map.get(0);
-    const auto* tape_path = agent->m_TVRHBA_SCSIInitiatorTargetTapeDrivePath_map.get(0);
+    const auto& hosted = agent->maps.m_TVRHBA_LocalHostedAccessPoint_map;
+    const auto* volume_path = agent->maps.m_TVRHBA_SCSIInitiatorTargetStorageVolumePath_map.get(0);
+    const auto* tape_path = agent->maps.m_TVRHBA_SCSIInitiatorTargetTapeDrivePath_map.get(0);
     EXPECT_EQ(volume_path->Initiator, tape_path->Initiator);
     EXPECT_EQ(volume_path->Target, hosted.get(0)->Dependent);
     EXPECT_EQ(hosted.get(0)->Antecedent, hosted.get(1)->Antecedent);
     EXPECT_EQ(volume_path->LogicalUnit,
-              agent->m_TVRHBA_StorageVolumeSystemDevice_map.get(0)->PartComponent);
+              agent->maps.m_TVRHBA_StorageVolumeSystemDevice_map.get(0)->PartComponent);
 }
 
 // A row that comes twice: what was made before it stays, and the next rebuild starts afresh.
@@ -122,7 +122,7 @@ TEST_F(SAN, EndsAtAPortWithoutAnInitiator) {
         [](const char*, Host_Name&) { return false; }};
     set_host_lookup(&failing);
     refresh();
-    ASSERT_TRUE(agent->m_CIM_ComputerSystem_map.empty());
+    ASSERT_TRUE(agent->maps.m_CIM_ComputerSystem_map.empty());
     EXPECT_EQ(rebuild_lines().back(), missing);
     EXPECT_THAT(endpoints(), IsEmpty());
 }

@@ -1,11 +1,10 @@
-// What software identities have in common.
-#ifndef TVR_AGENT_SOFTWARE_IDENTITY_H
-#define TVR_AGENT_SOFTWARE_IDENTITY_H
+// Software identities, and what those of all kinds have in common.
+#ifndef TVR_AGENT_SOFTWARE_INSTANCES_H
+#define TVR_AGENT_SOFTWARE_INSTANCES_H
 
-#include "common/logger.h"
+#include "agent/instance_maps.h"
 #include "common/tvr_common.h"
-#include "runtime/instance_map.h"
-#include "schema/classes.h"
+#include "model/data.h"
 
 namespace cimple {
 
@@ -17,6 +16,20 @@ enum Software_Class : uint16 {
     SOFTWARE_FIRMWARE = 10,
     SOFTWARE_BOOT_CODE = 11,
 };
+
+// The provider's identity, with what joins it to the host. Throws Rebuild_Ended.
+const TVRHBA_SoftwareIdentity& create_provider_identity(Instance_Maps& maps);
+
+// The identities of driver and diagnostics, as the first FC adapter tells them. Throws
+// Rebuild_Ended.
+void create_driver_identities(Instance_Maps& maps, const Data& data);
+
+// Joins an identity with the computer system that it is installed on, and with the profile of that
+// name, if it is registered. A rebuild goes on without an association that isn't inserted.
+void create_installed_software_identity(Instance_Maps& maps,
+                                        const TVRHBA_SoftwareIdentity& identity);
+void create_software_conforms_to_profile(Instance_Maps& maps, const char* profile,
+                                         const TVRHBA_SoftwareIdentity& identity);
 
 // The identity of the driver; null if there is none.
 const TVRHBA_SoftwareIdentity*

@@ -1,0 +1,69 @@
+#include "agent/rebuild.h"
+
+#include "agent/adapter_instances.h"
+#include "agent/clear_maps.h"
+#include "agent/computer_system.h"
+#include "agent/creation.h"
+#include "agent/driver_parameters.h"
+#include "agent/profiles.h"
+#include "agent/record_log.h"
+#include "agent/remote_access_point.h"
+#include "agent/service_instances.h"
+#include "agent/settings_instances.h"
+#include "agent/software_instances.h"
+#include "common/tvr_common.h"
+
+#include <stdexcept>
+
+namespace cimple {
+
+namespace {
+
+// What a host has only with an FC adapter. Throws if it has none.
+void create_from_adapters(const Rebuild& rebuild) {
+    const auto& [maps, host, data, config, file_log] = rebuild;
+    if (data == nullptr) {
+        TVR_LOG("Could not locate the data pointer - Serious issue");
+        throw Rebuild_Ended();
+    }
+    if (!data->isBuilt()) {
+        TVR_LOG("FC Adapter Not present !!!!, throw error !!!");
+        throw std::runtime_error("no FC adapter");
+    }
+    const TVRHBA_SoftwareIdentity& provider = create_provider_identity(maps);
+    create_settings(maps, config);
+    create_services(maps, host);
+    create_record_log(maps, host, file_log, provider);
+    create_remote_access_point(maps);
+    create_driver_identities(maps, *data);
+    create_adapter_instances(maps, *data);
+    fetchDriverParams(maps, *data);
+    TVR_LOG("Done with the Driver Parameter fetching");
+}
+
+} // namespace
+
+uint32 updateAdapterMaps(const Rebuild& rebuild) {
+    const auto& [maps, host, data, config, file_log] = rebuild;
+    TVR_LOG("PERF: updateAdapterMaps: Entry");
+    clearAdapterMaps(maps);
+    if (host.m_pBaseServerProfile) {
+        TVR_LOG("Destroying the Base Server Profile instance");
+        host.m_pBaseServerProfile.reset();
+    }
+    if (create_computer_system(maps, host) != 0) {
+        return TVR_FAILURE;
+    }
+    create_profiles(maps, host);
+    try {
+        create_from_adapters(rebuild);
+    } catch (const Rebuild_Ended&) {
+        return TVR_FAILURE;
+    } catch (...) {
+        TVR_LOG("No FC card found");
+    }
+    TVR_LOG("PERF: updateAdapterMaps: cleanExit");
+    return 0;
+}
+
+} // namespace cimple
