@@ -113,6 +113,62 @@ TEST_F(LibraryTest, AttributesAreFoundById) {
     EXPECT_EQ(value(nullptr, RM_HA_DEVICE_ID, nullptr, nullptr), nullptr);
 }
 
+TEST_F(LibraryTest, LengthsOfValuesAreToldAsChosen) {
+    std::vector<uint64_t> buffer(RM_HBA_ATTRIBUTES_SIZE / sizeof(uint64_t));
+    for (const auto& [word, told] :
+         {std::pair("exact", 4), {"zero", 0}, {"generous", 8}, {"wild", 65535}}) {
+        EXPECT_EQ(control(std::string(R"({"adapters": {"Tavrin-B": {"attributeLengths": ")") +
+                          word + "\"}}}"),
+                  "");
+        uint32_t size = RM_HBA_ATTRIBUTES_SIZE;
+        EXPECT_EQ(CALL(m_library, LRM_GetHBAAttributes)(thirdPort, buffer.data(), &size), 0U);
+        uint16_t length = 9;
+        RM_STATUS status = 99;
+        const void* const value =
+            CALL(m_library, RM_GetAttributeValue)(buffer.data(), RM_HA_SLI_MODE, &length, &status);
+        ASSERT_NE(value, nullptr) << word;
+        EXPECT_EQ(std::memcmp(value, "\3\0\0", 4), 0) << word;
+        EXPECT_EQ(length, told) << word;
+    }
+}
+
+TEST_F(LibraryTest, StaleDataStayUntilTheyAreRefreshed) {
+    const HBA_HANDLE first = open("Tavrin-A");
+    const HBA_HANDLE second = open("Tavrin-A");
+    // The statuses of the two handles, which are alike for all calls.
+    const auto statuses = [&] {
+        std::string text;
+        for (const HBA_HANDLE handle : {first, second}) {
+            HBA_ADAPTERATTRIBUTES adapter;
+            HBA_PORTATTRIBUTES port;
+            HBA_FCPTARGETMAPPING mapping = {};
+            text +=
+                std::to_string(CALL(m_library, HBA_GetAdapterAttributes)(handle, &adapter)) +
+                std::to_string(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 0, &port)) +
+                std::to_string(CALL(m_library, HBA_GetFcpTargetMapping)(handle, &mapping)) + ' ';
+        }
+        return text;
+    };
+    const auto choose = [&](const std::string& staleness) {
+        EXPECT_EQ(control(R"({"adapters": {"Tavrin-A": {"staleness": ")" + staleness + "\"}}}"),
+                  "");
+        return statuses();
+    };
+    auto& refresh = CALL(m_library, HBA_RefreshInformation);
+    EXPECT_EQ(statuses(), "000 000 ");
+    EXPECT_EQ(choose("everyHandle"), "888 888 ");
+    refresh(first);
+    EXPECT_EQ(statuses(), "000 888 ");
+    EXPECT_EQ(choose("afterChanges"), "888 888 ");
+    refresh(second);
+    EXPECT_EQ(statuses(), "000 000 ");
+    changePort(R"({"state": "linkDown"})");
+    EXPECT_EQ(statuses(), "888 888 ");
+    refresh(HBA_HANDLE_INVALID);
+    EXPECT_EQ(statuses(), "888 888 ");
+    EXPECT_EQ(choose("never"), "000 000 ");
+}
+
 TEST_F(LibraryTest, CountersMoveUnlessTheAdapterLacksThem) {
     bool found = false;
     EXPECT_EQ(counter(RM_PS_TX_FRAMES, found), 100U);
