@@ -26,10 +26,7 @@
 #endif
 
 #ifdef __cplusplus
-#define RM_ASSERT_LAYOUT(condition) static_assert(condition, #condition)
 extern "C" {
-#else
-#define RM_ASSERT_LAYOUT(condition) _Static_assert(condition, #condition)
 #endif
 
 typedef uint32_t RM_STATUS;

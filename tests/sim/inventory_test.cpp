@@ -200,18 +200,6 @@ TEST_F(InventoryTest, LoadListsTellTheirImagesAndOneMore) {
     EXPECT_EQ(read(firstPort, nullptr), RM_STATUS_ERROR);
 }
 
-TEST_F(InventoryTest, PciRegistersAreALittleEndianHeader) {
-    changePort(R"({"pciRegisters": {"bytes": "", "deviceId": "0x1234", "baseClass": 12,
-                   "baseAddress5": "0x89ABCDEF"}})");
-    RM_PCIREGISTERS registers;
-    ASSERT_EQ(CALL(m_library, LRM_DiagReadPCIRegistersV2)(firstPort, &registers), RM_STATUS_OK);
-    std::string expected(256, '\0');
-    expected.replace(0x02, 2, "\x34\x12");
-    expected[0x0B] = 12;
-    expected.replace(0x24, 4, "\xEF\xCD\xAB\x89");
-    EXPECT_EQ(std::string(std::begin(registers.config), std::end(registers.config)), expected);
-}
-
 TEST_F(InventoryTest, DriverParametersTellTheirNeed) {
     changePort(R"({"driverParameters": {"entries": [{"name": "first", "low": 1, "high": 9,
         "default": 5, "current": 6, "exportFlag": 2, "dynamic": 3, "help": "Help"},

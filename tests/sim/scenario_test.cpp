@@ -109,31 +109,6 @@ TEST(Scenario, TextsAreBoundByTheirFields) {
     EXPECT_THAT(failureOf("{\"adapters\": [{\"name\": \"a\\u0000b\"}]}"), HasSubstr("zero byte"));
 }
 
-TEST(Scenario, BuiltInHostHasTwoBoardsOfTwoFunctions) {
-    const Scenario scenario = read(defaultScenario());
-    ASSERT_EQ(scenario.adapters.size(), 4U);
-    std::set<std::string> ports;
-    std::set<uint32_t> states;
-    std::set<uint32_t> peripherals;
-    for (const Adapter& adapter : scenario.adapters) {
-        ASSERT_EQ(adapter.ports.size(), 1U);
-        EXPECT_EQ(adapter.hba.NumberOfPorts, 1U);
-        const Port& port = adapter.ports.front();
-        EXPECT_THAT(adapter.name, StartsWith("Tavrin-"));
-        EXPECT_TRUE(adapter.name[7] != 'O' && adapter.name[7] != 'N') << adapter.name;
-        ports.insert(wwnText(port.hba.PortWWN));
-        states.insert(integerOf(port.attributes, RM_PA_PHYSICAL_STATE));
-        for (const Target& target : port.targets->targets()) {
-            for (const Lun& lun : target.luns) {
-                peripherals.insert(lun.peripheralType);
-            }
-        }
-    }
-    EXPECT_EQ(ports.size(), 4U);
-    EXPECT_EQ(states, (std::set<uint32_t>{2, 6, 22}));
-    EXPECT_GE(peripherals.size(), 4U);
-}
-
 TEST(Scenario, CopiesOfTargetsAndUnitsCountOn) {
     const Scenario scenario = read(R"({"adapters": [{"ports": [{"targets": [
         {"portWWN": "50000000000000FF", "fcId": "0xFFFFFF", "scsiTarget": 5, "copies": 2, "luns": [
