@@ -4,6 +4,7 @@
 #include "common/logger.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 
@@ -11,30 +12,25 @@ namespace cimple {
 
 namespace {
 
-// The first bytes of a value as a number; those that a shorter value lacks are zero.
-template <class Number> Number toNumber(std::span<const std::byte> bytes) noexcept {
+// The first bytes of a value, which is there.
+template <class Number> Number toNumber(const AttributeValue& value) noexcept {
     Number number = 0;
-    std::memcpy(&number, bytes.data(), std::min(bytes.size(), sizeof number));
+    std::memcpy(&number, value.start, std::min(value.readable, sizeof number));
     return number;
 }
 
 } // namespace
 
-AttributeValue AttributeBuffer::find(uint16 attribute, uint16 expected) noexcept {
+AttributeValue AttributeBuffer::find(uint16 attribute) noexcept {
     RM_STATUS status = RM_STATUS_ERROR;
-    uint16 length = expected;
-    const auto* value = static_cast<const std::byte*>(
+    uint16 length = 0;
+    const auto* start = static_cast<const std::byte*>(
         rm::RM_GetAttributeValue(m_bytes, attribute, &length, &status));
-    if (value == nullptr) {
-        return {{}, status};
-    }
-    // A library that answers with memory of its own is trusted with the length.
-    std::size_t count = length;
+    const std::byte* const end = m_bytes + capacity;
     const std::less<const std::byte*> before;
-    if (!before(value, m_bytes) && before(value, m_bytes + capacity)) {
-        count = std::min(count, static_cast<std::size_t>(m_bytes + capacity - value));
-    }
-    return {{value, count}, status};
+    // A library that answers with memory of its own is trusted with it.
+    const bool isInside = !before(start, m_bytes) && !before(end, start);
+    return {start, isInside ? static_cast<std::size_t>(end - start) : SIZE_MAX, length, status};
 }
 
 uint32 getHBAAttributeInt(AttributeBuffer& buffer, uint16 attribute, const char* label) {
@@ -43,33 +39,34 @@ uint32 getHBAAttributeInt(AttributeBuffer& buffer, uint16 attribute, const char*
 
 std::optional<uint32> findHBAAttributeInt(AttributeBuffer& buffer, uint16 attribute,
                                           const char* label) {
-    const AttributeValue value = buffer.find(attribute, sizeof(uint32));
+    const AttributeValue value = buffer.find(attribute);
     if (!value) {
         TVR_LOG("ERROR: RM_GetHBAAttributeValue HA_%s call failed (%d)", label, value.status);
         return std::nullopt;
     }
-    const uint32 number = toNumber<uint32>(value.bytes);
+    const uint32 number = toNumber<uint32>(value);
     TVR_LOG("%s: [ %d ]", label, number);
     return number;
 }
 
 std::optional<uint64> getAttributeCounter(AttributeBuffer& buffer, uint16 attribute) {
-    const AttributeValue value = buffer.find(attribute, sizeof(uint64));
-    if (value.bytes.data() == nullptr) {
+    const AttributeValue value = buffer.find(attribute);
+    if (value.start == nullptr) {
         return std::nullopt;
     }
-    return toNumber<uint64>(value.bytes);
+    return toNumber<uint64>(value);
 }
 
 bool getAttributeText(char (&out)[attributeTextSize], AttributeBuffer& buffer, uint16 attribute,
                       const char* label) {
     std::memset(out, 0, sizeof out);
-    const AttributeValue value = buffer.find(attribute, 0);
+    const AttributeValue value = buffer.find(attribute);
     if (!value) {
         TVR_LOG("ERROR: %s: RM_GetHBAAttributes call failed (%d)", label, value.status);
         return false;
     }
-    std::memcpy(out, value.bytes.data(), std::min(value.bytes.size(), sizeof out - 1));
+    const std::size_t length = std::min<std::size_t>(value.length, value.readable);
+    std::memcpy(out, value.start, std::min(length, sizeof out - 1));
     TVR_LOG("%s : [ %s ]", label, out);
     return true;
 }

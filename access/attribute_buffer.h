@@ -7,16 +7,17 @@
 
 #include <cstddef>
 #include <optional>
-#include <span>
 
 namespace cimple {
 
 // What the library said of one attribute.
 struct AttributeValue {
-    std::span<const std::byte> bytes; // in the buffer; data() is null when there is no value
+    const std::byte* start; // mostly in the buffer; null when there is no value
+    std::size_t readable;   // bytes from there on that can be read
+    uint16 length;          // of the value, as the library tells it
     RM_STATUS status;
 
-    explicit operator bool() const noexcept { return status == 0 && bytes.data() != nullptr; }
+    explicit operator bool() const noexcept { return status == 0 && start != nullptr; }
 };
 
 // Room for the answer of LRM_GetHBAAttributes, LRM_GetPortAttributes or LRM_GetPortStatistics, at
@@ -29,9 +30,7 @@ public:
 
     void* data() noexcept { return m_bytes; }
 
-    // The value of an attribute. A length that would reach behind the buffer is cut there; a
-    // library that tells no length is taken to mean `expected` bytes.
-    AttributeValue find(uint16 attribute, uint16 expected) noexcept;
+    AttributeValue find(uint16 attribute) noexcept;
 
     uint32 size; // the size word of the call that fills the buffer
 
@@ -41,8 +40,11 @@ private:
     alignas(8) std::byte m_bytes[capacity] = {};
 };
 
-// The first 32 bits of a value; a shorter value fills the low bytes. Logs what it found under the
-// label. The one answers 0 when there is no value, the other nothing.
+// Numbers have a width of their own, so that the length that the library tells counts for texts
+// alone. Where the buffer ends within a number, what is missing reads as zero.
+
+// The first 32 bits of a value. Logs what it found under the label. The one answers 0 when there is
+// no value, the other nothing.
 uint32 getHBAAttributeInt(AttributeBuffer& buffer, uint16 attribute, const char* label);
 std::optional<uint32> findHBAAttributeInt(AttributeBuffer& buffer, uint16 attribute,
                                           const char* label);
@@ -50,8 +52,9 @@ std::optional<uint32> findHBAAttributeInt(AttributeBuffer& buffer, uint16 attrib
 // The first 64 bits of a value, nothing when there is none. Logs nothing.
 std::optional<uint64> getAttributeCounter(AttributeBuffer& buffer, uint16 attribute);
 
-// Copies the bytes of a value, at most 255, and fills the rest with zeros; true when there is one.
-// Logs what it found under the label.
+// Copies the bytes of a value, as many as its length tells but at most 255 and none behind the
+// buffer, and fills the rest with zeros; true when there is one. Logs what it found under the
+// label.
 constexpr std::size_t attributeTextSize = 256;
 bool getAttributeText(char (&out)[attributeTextSize], AttributeBuffer& buffer, uint16 attribute,
                       const char* label);

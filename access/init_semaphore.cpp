@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <mutex>
 #include <unistd.h>
+#include <utility>
 
 namespace cimple {
 
@@ -19,47 +20,60 @@ constexpr unsigned int initCount = 2;
 
 std::atomic<uint32> waitLimit{60'000};
 
-// Guards the rest, and makes the reading of the count and the taking one step.
-constinit std::mutex stateMutex;
-constinit sem_t* initSemaphore = nullptr;
-constinit uint32 uses = 0;
-constinit pid_t process = 0; // which the uses belong to: a fork starts anew
-constinit sem_t* doneSemaphore = nullptr;
-constinit pid_t doneProcess = 0;
+// What belongs to a process: one that was forked starts anew and leaves the names to its parent.
+template <class Handle> struct OfProcess {
+    Handle handle = nullptr;
+    pid_t process = 0;
 
-// Both are called with the lock held. A process that was forked meanwhile leaves the names alone:
-// they are its parent's.
-void endDone() noexcept {
-    if (doneSemaphore == nullptr) {
-        return;
-    }
-    sem_close(doneSemaphore);
-    doneSemaphore = nullptr;
-    if (doneProcess == getpid()) {
-        sem_unlink(InitSemaphore::doneName().c_str());
-    }
+    bool isOurs() const noexcept { return handle != nullptr && process == getpid(); }
+};
+
+struct State {
+    std::mutex mutex;
+    OfProcess<std::shared_ptr<InitSemaphore>> life;
+    OfProcess<sem_t*> done;
+};
+
+// Never destroyed: at a process's end other threads may still be at work.
+union Lasting {
+    constexpr Lasting() : state() {}
+    ~Lasting() {}
+    State state;
+};
+constinit Lasting lasting;
+
+State& state() noexcept {
+    return lasting.state;
 }
 
-void endUse() noexcept {
-    if (uses == 0) {
+// The rest is called with the lock held.
+std::shared_ptr<InitSemaphore> endLife() noexcept {
+    const bool isOurs = state().life.isOurs();
+    std::shared_ptr<InitSemaphore> life = std::move(state().life.handle);
+    if (!isOurs) {
+        return nullptr;
+    }
+    sem_unlink(InitSemaphore::initName().c_str());
+    return life;
+}
+
+void endDone() noexcept {
+    OfProcess<sem_t*>& done = state().done;
+    if (done.handle == nullptr) {
         return;
     }
-    sem_close(initSemaphore);
-    if (--uses == 0) {
-        initSemaphore = nullptr;
-        if (process == getpid()) {
-            sem_unlink(InitSemaphore::initName().c_str());
-        }
+    sem_close(done.handle);
+    if (done.isOurs()) {
+        sem_unlink(InitSemaphore::doneName().c_str());
     }
+    done.handle = nullptr;
 }
 
 struct ModuleEnd {
     ~ModuleEnd() {
-        std::lock_guard lock(stateMutex);
+        const std::lock_guard lock(state().mutex);
         endDone();
-        while (uses > 0) {
-            endUse();
-        }
+        endLife();
     }
 } moduleEnd;
 
@@ -97,61 +111,73 @@ SemaphoreName InitSemaphore::doneName() noexcept {
     return SemaphoreName("/TVR_RM_INIT_LIB_DONE_");
 }
 
-sem_t* InitSemaphore::open() noexcept {
+std::shared_ptr<InitSemaphore> InitSemaphore::join() {
     const SemaphoreName name = initName();
-    std::lock_guard lock(stateMutex);
-    while (process != getpid() && uses > 0) {
-        endUse();
+    const std::lock_guard lock(state().mutex);
+    OfProcess<std::shared_ptr<InitSemaphore>>& life = state().life;
+    if (life.isOurs()) {
+        return life.handle;
     }
-    process = getpid();
-    if (uses == 0) {
-        sem_unlink(name.c_str());
+    const bool isForeign = sem_unlink(name.c_str()) != 0 && errno == EACCES;
+    auto fresh = std::make_shared<InitSemaphore>();
+    if (!isForeign) {
+        sem_t* named = sem_open(name.c_str(), O_CREAT, permissions, initCount);
+        if (named == SEM_FAILED) {
+            return nullptr;
+        }
+        fresh->m_named = named;
     }
-    sem_t* semaphore = sem_open(name.c_str(), O_CREAT, permissions, initCount);
-    if (semaphore == SEM_FAILED) {
-        return nullptr;
-    }
-    initSemaphore = semaphore;
-    ++uses;
-    return semaphore;
+    life = {fresh, getpid()};
+    return fresh;
 }
 
-void InitSemaphore::close() noexcept {
-    std::lock_guard lock(stateMutex);
-    endUse();
-}
-
-sem_t* InitSemaphore::inUse() noexcept {
-    std::lock_guard lock(stateMutex);
-    return process == getpid() ? initSemaphore : nullptr;
+std::shared_ptr<InitSemaphore> InitSemaphore::end() noexcept {
+    const std::lock_guard lock(state().mutex);
+    return endLife();
 }
 
 void InitSemaphore::openDone() noexcept {
     const SemaphoreName name = doneName();
-    std::lock_guard lock(stateMutex);
-    if (doneSemaphore != nullptr && doneProcess == getpid()) {
+    const std::lock_guard lock(state().mutex);
+    if (state().done.isOurs()) {
         return;
     }
     endDone();
     sem_t* semaphore = sem_open(name.c_str(), O_CREAT, permissions, 0);
     if (semaphore != SEM_FAILED) {
-        doneSemaphore = semaphore;
-        doneProcess = getpid();
+        state().done = {semaphore, getpid()};
     }
 }
 
-bool InitSemaphore::take(sem_t* semaphore, int* valueBefore) noexcept {
+InitSemaphore::InitSemaphore() noexcept {
+    sem_init(&m_unnamed, 0, initCount);
+}
+
+InitSemaphore::~InitSemaphore() {
+    if (m_named != nullptr) {
+        sem_close(m_named);
+    }
+    sem_destroy(&m_unnamed);
+}
+
+int InitSemaphore::value() noexcept {
+    int value = 0;
+    sem_getvalue(semaphore(), &value);
+    return value;
+}
+
+bool InitSemaphore::take(int* valueBefore) noexcept {
     {
-        std::lock_guard lock(stateMutex);
-        if (valueBefore != nullptr && sem_getvalue(semaphore, valueBefore) != 0) {
-            return false;
+        const std::lock_guard lock(state().mutex);
+        if (valueBefore != nullptr) {
+            *valueBefore = value();
         }
-        if (sem_trywait(semaphore) == 0) {
+        if (sem_trywait(semaphore()) == 0) {
             return true;
         }
     }
     const timespec limit = deadline();
-    while (sem_timedwait(semaphore, &limit) != 0) {
+    while (sem_timedwait(semaphore(), &limit) != 0) {
         if (errno != EINTR) {
             return false;
         }

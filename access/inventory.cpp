@@ -2,8 +2,11 @@
 
 #include "access/bounded_text.h"
 #include "access/entry_points.h"
+#include "common/logger.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <functional>
 #include <memory>
 
@@ -25,6 +28,30 @@ constexpr std::size_t valueLength = 255;
 // Zeros behind the vital product data, for a library that reads the last entry in them to an end
 // that lies outside.
 constexpr std::size_t vpdSlack = 512;
+
+// A load list with a guard behind it, which takes what a library writes too much and shows that it
+// did.
+struct LoadListBlock {
+    using Guard = std::array<unsigned char, 256 * sizeof(RM_LOADENTRY)>;
+
+    RM_LOADLIST list;
+    Guard guard;
+
+    // Images that the library doesn't write read as zero; nobody reads what is behind them.
+    void prepare() noexcept {
+        list.count = 0;
+        std::memset(list.entry, 0, RM_LOADLIST_IMAGES * sizeof(RM_LOADENTRY));
+        guard = untouched;
+    }
+    bool isOverrun() const noexcept { return guard != untouched; }
+
+private:
+    static constexpr Guard untouched = [] {
+        Guard bytes{};
+        bytes.fill(0xA5);
+        return bytes;
+    }();
+};
 
 } // namespace
 
@@ -50,11 +77,11 @@ RM_STATUS readVPD(const HBA_WWN& port, std::vector<VPDEntry>& entries) {
         char value[valueLength + 1] = {};
         char* const next = static_cast<char*>(
             rm::RM_GetNextVpdEntry(cursor, keyword, sizeof keyword, value, sizeof value));
-        if (next == nullptr) {
-            break;
+        // The last entry comes with the null cursor or in a call before it.
+        if (keyword[0] != '\0') {
+            entries.push_back(
+                {{keyword, strnlen(keyword, keywordLength)}, {value, strnlen(value, valueLength)}});
         }
-        entries.push_back(
-            {{keyword, strnlen(keyword, keywordLength)}, {value, strnlen(value, valueLength)}});
         const bool leadsOn = before(cursor, next) && before(next, buffer + RM_VPD_SIZE);
         cursor = leadsOn ? next : nullptr;
     }
@@ -68,11 +95,18 @@ RM_STATUS readTransceiver(const HBA_WWN& port, RM_SFFDATA& transceiver) {
 }
 
 RM_STATUS readFlashImages(const HBA_WWN& port, std::vector<RM_LOADENTRY>& images) {
-    const auto list = std::make_unique<RM_LOADLIST>();
-    const RM_STATUS status = rm::LRM_DiagGetLoadListParams(port, list.get());
-    if (status == RM_STATUS_OK && list->count > 0) {
-        images.insert(images.end(), list->entry,
-                      list->entry + std::min(list->count - 1, RM_LOADLIST_IMAGES));
+    const auto block = std::make_unique_for_overwrite<LoadListBlock>();
+    block->prepare();
+    RM_LOADLIST& list = block->list;
+    const RM_STATUS status = rm::LRM_DiagGetLoadListParams(port, &list);
+    if (block->isOverrun()) {
+        TVR_LOG("The list of flash images is longer than %d entries, it is not used",
+                static_cast<int>(RM_LOADLIST_ENTRIES));
+        return RM_STATUS_ERROR;
+    }
+    if (status == RM_STATUS_OK && list.count > 0) {
+        images.insert(images.end(), list.entry,
+                      list.entry + std::min(list.count - 1, RM_LOADLIST_IMAGES));
     }
     return status;
 }

@@ -19,14 +19,16 @@ struct VPDEntry {
     bool isProductName() const noexcept { return keyword == "\x82\x82"; }
 };
 
-// Appends the port's vital product data, in order. The library leads from entry to entry; where it
-// would leave the buffer, or lead back in it, the data end. Answers its status.
+// Appends the port's vital product data, in order, without entries that lack a keyword. The library
+// leads from entry to entry; where it would leave the buffer, or lead back in it, the data end.
+// Answers its status.
 RM_STATUS readVPD(const HBA_WWN& port, std::vector<VPDEntry>& entries);
 
 // Fills the record, zero before, of the port's transceiver. Answers the library's status.
 RM_STATUS readTransceiver(const HBA_WWN& port, RM_SFFDATA& transceiver);
 
-// Appends the images in the flash, at most RM_LOADLIST_IMAGES. Answers the library's status.
+// Appends the images in the flash, at most RM_LOADLIST_IMAGES. Answers the library's status, or
+// RM_STATUS_ERROR with nothing appended when the library has written more than RM_LOADLIST_ENTRIES.
 RM_STATUS readFlashImages(const HBA_WWN& port, std::vector<RM_LOADENTRY>& images);
 
 } // namespace cimple

@@ -12,12 +12,11 @@ namespace cimple {
 namespace {
 
 [[noreturn]] void giveUpWaiting() {
-    InitSemaphore::close();
     TVR_LOG("Error : Initialization of RMLib:: another RM_InitLib does not end");
     throw std::runtime_error("LRM_InitLib of another construction does not end");
 }
 
-void initialiseLibrary(sem_t* semaphore) {
+void initialiseLibrary(InitSemaphore& semaphore) {
     TVR_LOG("Aquired Semaphore.. Running RM_InitLib %s ", InitSemaphore::initName().c_str());
     InitSemaphore::openDone();
     TVR_LOG("Aquired Completed Semaphore.. Running RM_InitLib %s",
@@ -25,20 +24,20 @@ void initialiseLibrary(sem_t* semaphore) {
     const int32_t status = rm::LRM_InitLib();
     if (status > 0) {
         TVR_LOG("Error : Initialization of RMLib:: RM_InitLib failed with[%d]", status);
-        sem_post(semaphore);
-        InitSemaphore::close();
+        semaphore.post();
+        InitSemaphore::end();
         throw std::runtime_error("LRM_InitLib failed");
     }
     TVR_LOG("Signalling Completed Semaphore.. Running RM_InitLib");
-    sem_post(semaphore);
+    semaphore.post();
     TVR_LOG("Signaled Completed Semaphore.. Running RM_InitLib");
 }
 
-void awaitInitialisation(sem_t* semaphore, int value) {
+void awaitInitialisation(InitSemaphore& semaphore, int value) {
     TVR_LOG("Waiting on Completed Semaphore.. To issue RM Calls..%s.. sem = %ul",
             InitSemaphore::initName().c_str(), static_cast<unsigned>(value));
-    if (!InitSemaphore::take(semaphore, nullptr)) {
-        sem_post(semaphore);
+    if (!semaphore.take(nullptr)) {
+        semaphore.post();
         giveUpWaiting();
     }
     TVR_LOG("Recieved signal on Completed Semaphore.. To issue RM Calls");
@@ -50,15 +49,15 @@ TVR_MethodWrapper::TVR_MethodWrapper() {
     constexpr int nobodyElse = 2;
     TVR_LOG("Constructor");
     TVR_LOG("Setting Up for FIFO.. ");
-    if (sem_t* semaphore = InitSemaphore::open()) {
+    if (const auto semaphore = InitSemaphore::join()) {
         int value = 0;
-        if (!InitSemaphore::take(semaphore, &value)) {
+        if (!semaphore->take(&value)) {
             giveUpWaiting();
         }
         if (value == nobodyElse) {
-            initialiseLibrary(semaphore);
+            initialiseLibrary(*semaphore);
         } else {
-            awaitInitialisation(semaphore, value);
+            awaitInitialisation(*semaphore, value);
         }
     }
     TVR_LOG("RMLIB initialized");
@@ -66,12 +65,9 @@ TVR_MethodWrapper::TVR_MethodWrapper() {
 
 TVR_MethodWrapper::~TVR_MethodWrapper() {
     TVR_LOG("Destructor");
-    if (sem_t* semaphore = InitSemaphore::inUse()) {
-        sem_post(semaphore);
-        int value = 0;
-        sem_getvalue(semaphore, &value);
-        TVR_LOG("Value of Sem in destructor=%d", value);
-        InitSemaphore::close();
+    if (const auto semaphore = InitSemaphore::end()) {
+        semaphore->post();
+        TVR_LOG("Value of Sem in destructor=%d", semaphore->value());
     }
     TVR_LOG("RMLIB uninitialzed");
 }

@@ -22,9 +22,10 @@ public:
     // status, or when another construction in this process does not end in time.
     //
     // Two named semaphores, "/TVR_RM_INIT_LIB_<pid>" and "/TVR_RM_INIT_LIB_DONE_<pid>", order the
-    // constructions of one process. As long as this module has no other object, a semaphore of that
-    // name is what a dead process with the same id has left, and is removed first. Every wait has a
-    // limit (see setInitLibWait). The second name is removed at the module's end.
+    // constructions of one process (see InitSemaphore). Any destruction ends what the constructions
+    // before it had in common. What a dead process with the same id has left neither delays a
+    // construction nor keeps it from initialising. Every wait has a limit (see setInitLibWait). The
+    // second name is removed at the module's end.
     TVR_MethodWrapper();
     ~TVR_MethodWrapper();
     TVR_MethodWrapper(const TVR_MethodWrapper&) = delete;

@@ -63,8 +63,8 @@ protected:
     Adapter* adapter;
 };
 
-// What the HBA API tells of a port, and the physical state that the RM library tells. Filled by its
-// constructor, so that an object is complete.
+// What the HBA API tells of a port, and its physical state as the RM library tells it. Filled by
+// its constructor, so that an object is complete.
 class FCPortAttributes final : public PortAttributes {
 public:
     // Throws std::runtime_error when the libraries don't answer.
@@ -74,7 +74,9 @@ public:
     std::string PortWWN;
     uint32 PortFcId = 0;
     uint32 PortType = 1;
-    uint32 PortState = 1; // of the RM library: states of the HBA API, and 20 to 22; 1 is unknown
+    // The physical state: a state of the HBA API, or 20 to 22; 1 is unknown. The RM library tells
+    // it; where it doesn't, this is the HBA API's state of the port.
+    uint32 PortState = 1;
     uint32 PortSupportedClassofService = 0;
     std::array<uint32, 32> PortSupportedFc4Types{};
     std::array<uint32, 32> PortActiveFc4Types{};

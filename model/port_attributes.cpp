@@ -25,6 +25,7 @@ void FCPortAttributes::readHBAAttributes(const Adapter& adapter, uint32 portInde
     PortWWN = wwnToText(record.PortWWN.wwn);
     PortFcId = record.PortFcId;
     PortType = record.PortType;
+    PortState = record.PortState;
     PortSupportedClassofService = record.PortSupportedClassofService;
     std::ranges::copy(record.PortSupportedFc4Types.bits, PortSupportedFc4Types.begin());
     std::ranges::copy(record.PortActiveFc4Types.bits, PortActiveFc4Types.begin());
@@ -38,8 +39,8 @@ void FCPortAttributes::readHBAAttributes(const Adapter& adapter, uint32 portInde
     TVR_LOG("Port 0's WWPN: %s", PortWWN.c_str());
 }
 
-// The state is the RM library's alone: the HBA API's is not taken, and one that the RM library does
-// not tell stays unknown.
+// The physical state takes the place of the HBA API's. Where the RM library tells none, the HBA
+// API's stays.
 void FCPortAttributes::readRMAttributes() {
     HBA_WWN wwn;
     if (TVR_MethodWrapper::string2HBAName(wwn, PortWWN) == 0) {

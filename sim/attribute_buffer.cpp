@@ -13,28 +13,39 @@ struct Head {
 
 struct Record {
     uint16_t attribute;
-    uint16_t length;
-    uint32_t reserved;
+    uint16_t length; ///< of the value with what fills its field
+    uint16_t told;
 };
 
 constexpr uint32_t headMark = 0x41525654;
-
-constexpr size_t padded(size_t length) {
-    return (length + 7) / 8 * 8;
-}
+constexpr size_t generousFilling = 4;
 
 template <class Part> void append(std::string& bytes, const Part& part) {
     bytes.append(reinterpret_cast<const char*>(&part), sizeof part);
 }
 
+uint16_t toldLength(size_t length, AttributeLengths lengths) {
+    switch (lengths) {
+    case AttributeLengths::zero:
+        return 0;
+    case AttributeLengths::wild:
+        return UINT16_MAX;
+    default:
+        return static_cast<uint16_t>(length);
+    }
+}
+
 } // namespace
 
-std::string packAttributes(const Attributes& attributes) {
+std::string packAttributes(const Attributes& attributes, AttributeLengths lengths) {
+    const size_t filling = lengths == AttributeLengths::generous ? generousFilling : 0;
     std::string bytes(sizeof(Head), '\0');
     for (const auto& [attribute, value] : attributes) {
-        append(bytes, Record{attribute, static_cast<uint16_t>(value.size()), 0});
+        const size_t length = value.size() + filling;
+        append(bytes,
+               Record{attribute, static_cast<uint16_t>(length), toldLength(length, lengths)});
         bytes += value;
-        bytes.resize(padded(bytes.size()));
+        bytes.append(filling, '\0');
     }
     const Head head = {headMark, static_cast<uint32_t>(bytes.size())};
     std::memcpy(bytes.data(), &head, sizeof head);
@@ -54,10 +65,10 @@ void* findAttribute(void* buffer, uint16_t attribute, uint16_t& length) {
         std::memcpy(&record, bytes + at, sizeof record);
         at += sizeof record;
         if (record.attribute == attribute) {
-            length = record.length;
+            length = record.told;
             return bytes + at;
         }
-        at += padded(record.length);
+        at += record.length;
     }
     return nullptr;
 }

@@ -1,5 +1,5 @@
-// The layout of an opaque attribute buffer: a head, then records of identifier, length and value,
-// each value at a multiple of eight bytes.
+// The layout of an opaque attribute buffer: a head, then records of identifier, lengths and value,
+// one right behind the other.
 #pragma once
 
 #include "sim/scenario.h"
@@ -7,10 +7,10 @@
 namespace tvrsim {
 
 /// The bytes of a buffer that holds the given attributes.
-std::string packAttributes(const Attributes& attributes);
+std::string packAttributes(const Attributes& attributes, AttributeLengths lengths);
 
-/// A value in a packed buffer. Null when the buffer is none of this library's or lacks the
-/// attribute.
+/// A value in a packed buffer, with the length to tell. Null when the buffer is none of this
+/// library's or lacks the attribute.
 void* findAttribute(void* buffer, uint16_t attribute, uint16_t& length);
 
 /// Answers a sized call: copies content when size has room for it, else status 7. size gets the

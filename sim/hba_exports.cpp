@@ -147,7 +147,7 @@ void HBA_CloseAdapter(HBA_HANDLE handle) {
 HBA_STATUS HBA_GetAdapterAttributes(HBA_HANDLE handle, HBA_ADAPTERATTRIBUTES* hbaattributes) {
     return guarded(EntryPoint::HBA_GetAdapterAttributes, Host::instance().subjectOf(handle),
                    [=](Host& host) {
-                       return host.withAdapter(handle, [=](Adapter& adapter) -> HBA_STATUS {
+                       return host.withCurrentAdapter(handle, [=](Adapter& adapter) -> HBA_STATUS {
                            if (hbaattributes == nullptr) {
                                return HBA_STATUS_ERROR_ARG;
                            }
@@ -161,7 +161,7 @@ HBA_STATUS HBA_GetAdapterPortAttributes(HBA_HANDLE handle, HBA_UINT32 portindex,
                                         HBA_PORTATTRIBUTES* portattributes) {
     return guarded(EntryPoint::HBA_GetAdapterPortAttributes,
                    Host::instance().subjectOf(handle, portindex), [=](Host& host) {
-                       return host.withAdapter(handle, [=](Adapter& adapter) -> HBA_STATUS {
+                       return host.withCurrentAdapter(handle, [=](Adapter& adapter) -> HBA_STATUS {
                            if (portattributes == nullptr) {
                                return HBA_STATUS_ERROR_ARG;
                            }
@@ -176,13 +176,16 @@ HBA_STATUS HBA_GetAdapterPortAttributes(HBA_HANDLE handle, HBA_UINT32 portindex,
 
 void HBA_RefreshInformation(HBA_HANDLE handle) {
     guarded(EntryPoint::HBA_RefreshInformation, Host::instance().subjectOf(handle),
-            [](Host&) { return HBA_STATUS_OK; });
+            [=](Host& host) {
+                host.refresh(handle);
+                return HBA_STATUS_OK;
+            });
 }
 
 HBA_STATUS HBA_GetFcpTargetMapping(HBA_HANDLE handle, HBA_FCPTARGETMAPPING* pmapping) {
     return guarded(EntryPoint::HBA_GetFcpTargetMapping, Host::instance().subjectOf(handle),
                    [=](Host& host) {
-                       return host.withAdapter(handle, [=](Adapter& adapter) {
+                       return host.withCurrentAdapter(handle, [=](Adapter& adapter) {
                            return fillMapping(adapter.ports, adapter.mapping, pmapping);
                        });
                    });

@@ -112,6 +112,7 @@ void Host::control(std::string_view request) {
                 throw FormatError(place.pathOf(change.key()), "no such adapter");
             }
             changeAdapter(change.value(), place.pathOf(change.key()), *adapter);
+            adapter->hasChanged = true;
         }
     }
     if (const Json* changes = reader.find("ports")) {
@@ -122,8 +123,10 @@ void Host::control(std::string_view request) {
             Port* found = nullptr;
             for (Adapter& adapter : adapters) {
                 for (Port& port : adapter.ports) {
-                    found =
-                        found == nullptr && keyOf(port.hba.PortWWN) == keyOf(wwpn) ? &port : found;
+                    if (found == nullptr && keyOf(port.hba.PortWWN) == keyOf(wwpn)) {
+                        found = &port;
+                        adapter.hasChanged = true;
+                    }
                 }
             }
             if (found == nullptr) {
@@ -185,7 +188,7 @@ HBA_HANDLE Host::open(std::string_view name) {
     do {
         m_lastHandle = m_lastHandle % highestHandle + 1;
     } while (m_handles.contains(m_lastHandle));
-    m_handles[m_lastHandle] = static_cast<size_t>(adapter - m_adapters.begin());
+    m_handles[m_lastHandle] = {static_cast<size_t>(adapter - m_adapters.begin()), false};
     return m_lastHandle;
 }
 
@@ -201,9 +204,28 @@ size_t Host::openHandles() {
 
 Adapter* Host::adapterOf(HBA_HANDLE handle) {
     const auto found = m_handles.find(handle);
-    return found == m_handles.end() || found->second >= m_adapters.size()
+    return found == m_handles.end() || found->second.adapter >= m_adapters.size()
                ? nullptr
-               : &m_adapters[found->second];
+               : &m_adapters[found->second.adapter];
+}
+
+void Host::refresh(HBA_HANDLE handle) {
+    const std::lock_guard lock(m_mutex);
+    if (Adapter* const adapter = adapterOf(handle)) {
+        adapter->hasChanged = false;
+        m_handles.at(handle).isRefreshed = true;
+    }
+}
+
+bool Host::isStale(const Adapter& adapter, HBA_HANDLE handle) const {
+    switch (adapter.staleness) {
+    case Staleness::afterChanges:
+        return adapter.hasChanged;
+    case Staleness::everyHandle:
+        return !m_handles.at(handle).isRefreshed;
+    default:
+        return false;
+    }
 }
 
 Subject Host::subjectOfHandle(HBA_HANDLE handle, std::optional<HBA_UINT32> port) {

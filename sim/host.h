@@ -40,6 +40,16 @@ public:
     Subject subjectOf(HBA_HANDLE handle, HBA_UINT32 port);
     Subject subjectOf(const HBA_WWN& port);
 
+    /// Makes the data of a handle's adapter current.
+    void refresh(HBA_HANDLE handle);
+
+    /// As withAdapter, unless the adapter's data are stale for the handle.
+    template <class Work> HBA_STATUS withCurrentAdapter(HBA_HANDLE handle, Work work) {
+        return withAdapter(handle, [&](Adapter& adapter) {
+            return isStale(adapter, handle) ? HBA_STATUS_ERROR_STALE_DATA : work(adapter);
+        });
+    }
+
     /// Calls work with the adapter of a handle, under the lock.
     template <class Work> HBA_STATUS withAdapter(HBA_HANDLE handle, Work work) {
         const std::lock_guard lock(m_mutex);
@@ -67,6 +77,10 @@ public:
     Attributes readStatistics(Port& port) const;
 
 private:
+    struct OpenHandle {
+        size_t adapter; ///< its index
+        bool isRefreshed;
+    };
     struct Place {
         Adapter* adapter = nullptr;
         Port* port = nullptr;
@@ -75,14 +89,15 @@ private:
     Place find(const HBA_WWN& wwpn) const;
     void indexPorts();
     Adapter* adapterOf(HBA_HANDLE handle);
+    bool isStale(const Adapter& adapter, HBA_HANDLE handle) const;
     Subject subjectOfHandle(HBA_HANDLE handle, std::optional<HBA_UINT32> port);
 
     std::mutex m_mutex;
     bool m_usable = false;
     std::vector<Adapter> m_adapters;
     std::optional<DriverParams> m_globalDriverParameters;
-    std::map<HBA_HANDLE, size_t> m_handles; ///< index of the adapter
-    std::map<std::string, Place> m_ports;   ///< by the 8 bytes of the WWPN; the first of equals
+    std::map<HBA_HANDLE, OpenHandle> m_handles;
+    std::map<std::string, Place> m_ports; ///< by the 8 bytes of the WWPN; the first of equals
     HBA_HANDLE m_lastHandle = 0;
     std::chrono::steady_clock::time_point m_start;
     CallRules m_rules;

@@ -18,9 +18,10 @@ struct VpdEntry {
 };
 
 enum class VpdWalk : uint32_t {
-    ends = 0,
-    endless = 1, ///< the first entry follows the last
-    outside = 2, ///< the last entry leads into memory of the library
+    ends = 0,         ///< behind the last entry, with nothing copied
+    endless = 1,      ///< the first entry follows the last
+    outside = 2,      ///< the last entry leads into memory of the library
+    endsWithLast = 3, ///< the last entry comes with the end
 };
 
 struct Vpd {
@@ -28,6 +29,10 @@ struct Vpd {
     VpdWalk walk = VpdWalk::ends;
     std::optional<std::string> bytes; ///< handed out in place of the entries
 };
+
+/// Most images of a flash. All are written, whatever room the caller has: more than
+/// RM_LOADLIST_ENTRIES overrun the usual one.
+inline constexpr size_t mostImages = RM_LOADLIST_ENTRIES + 200;
 
 /// The load list of the flash.
 struct Flash {

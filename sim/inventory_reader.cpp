@@ -114,9 +114,7 @@ void readVpd(ObjectReader& reader, Vpd& vpd) {
                            entry.finish();
                        });
     }
-    auto walk = static_cast<uint32_t>(vpd.walk);
-    reader.oneOf("walk", walk, vpdWalkWords);
-    vpd.walk = static_cast<VpdWalk>(walk);
+    reader.oneOf("walk", vpd.walk, vpdWalkWords);
     if (const Json* bytes = reader.find("bytes")) {
         vpd.bytes.reset();
         if (!bytes->is_null()) {
@@ -227,7 +225,7 @@ RM_LOADENTRY readImage(ObjectReader& reader) {
 }
 
 void readFlash(ObjectReader& reader, Flash& flash) {
-    readCopies(reader, "images", flash.images, RM_LOADLIST_ENTRIES,
+    readCopies(reader, "images", flash.images, mostImages,
                [](ObjectReader& image, size_t) { return readImage(image); });
     reader.optionalNumber("count", flash.count);
 }

@@ -105,6 +105,13 @@ public:
 
     /// A number that must be that of one of the words.
     void oneOf(std::string_view name, uint32_t& out, std::span<const Named> words);
+    template <class Enum>
+    requires std::is_enum_v<Enum>
+    void oneOf(std::string_view name, Enum& out, std::span<const Named> words) {
+        auto number = static_cast<uint32_t>(out);
+        oneOf(name, number, words);
+        out = static_cast<Enum>(number);
+    }
     void mask(std::string_view name, uint32_t& out, std::span<const Named> words);
     void text(std::string_view name, std::string& out, size_t longest);
     void wwn(std::string_view name, HBA_WWN& out);

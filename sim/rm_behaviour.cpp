@@ -60,20 +60,23 @@ bool isValidName(const HBA_WWN& wwn) {
 
 RM_STATUS GetHBAAttributes(HBA_WWN port, void* buffer, uint32_t* size) {
     return Host::instance().withPort(port, [=](Adapter& adapter, Port&) {
-        return answerSized(packAttributes(adapter.attributes), buffer, size);
+        return answerSized(packAttributes(adapter.attributes, adapter.attributeLengths), buffer,
+                           size);
     });
 }
 
 RM_STATUS GetPortAttributes(HBA_WWN port, void* buffer, uint32_t* size) {
-    return Host::instance().withPort(port, [=](Adapter&, Port& found) {
-        return answerSized(packAttributes(found.attributes), buffer, size);
+    return Host::instance().withPort(port, [=](Adapter& adapter, Port& found) {
+        return answerSized(packAttributes(found.attributes, adapter.attributeLengths), buffer,
+                           size);
     });
 }
 
 RM_STATUS GetPortStatistics(HBA_WWN port, void* buffer, uint32_t* size) {
     Host& host = Host::instance();
-    return host.withPort(port, [&](Adapter&, Port& found) {
-        return answerSized(packAttributes(host.readStatistics(found)), buffer, size);
+    return host.withPort(port, [&](Adapter& adapter, Port& found) {
+        return answerSized(packAttributes(host.readStatistics(found), adapter.attributeLengths),
+                           buffer, size);
     });
 }
 

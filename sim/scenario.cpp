@@ -266,9 +266,7 @@ void readPortFields(const Json& value, const std::string& path, Port& port) {
     if (const Json* statistics = reader.find("statistics")) {
         readStatistics(*statistics, reader.pathOf("statistics"), port.statistics);
     }
-    auto beacon = static_cast<uint32_t>(port.beacon);
-    reader.oneOf("beacon", beacon, beaconWords);
-    port.beacon = static_cast<Beacon>(beacon);
+    reader.oneOf("beacon", port.beacon, beaconWords);
     readInventory(reader, port.inventory);
     if (const Json* mapping = reader.find("mapping")) {
         readMappingFaults(*mapping, reader.pathOf("mapping"), port.mapping);
@@ -312,6 +310,8 @@ void readAdapterFields(ObjectReader& reader, Adapter& adapter, size_t index) {
     reader.number("vendorSpecificID", hba.VendorSpecificID);
     reader.chars("driverName", hba.DriverName);
     reader.number("driverType", adapter.driverType);
+    reader.oneOf("attributeLengths", adapter.attributeLengths, attributeLengthsWords);
+    reader.oneOf("staleness", adapter.staleness, stalenessWords);
     if (const Json* mapping = reader.find("mapping")) {
         readMappingFaults(*mapping, reader.pathOf("mapping"), adapter.mapping);
     }

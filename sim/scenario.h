@@ -24,6 +24,21 @@ struct Counter {
 /// adapter lacks has no entry.
 using Attributes = std::map<uint16_t, std::string>;
 
+/// What the library tells as the length of an attribute's value.
+enum class AttributeLengths : uint32_t {
+    exact = 0,
+    zero = 1,
+    generous = 2, ///< of a field with zeros behind the value
+    wild = 3,     ///< 65535
+};
+
+/// When the HBA API's data of an adapter are stale: calls for them answer status 8.
+enum class Staleness : uint32_t {
+    never = 0,
+    afterChanges = 1, ///< from the start and after each change until somebody refreshes them
+    everyHandle = 2,  ///< for each handle until it is refreshed itself
+};
+
 enum class Beacon : uint32_t {
     notAvailable = RM_BEACON_NOT_AVAILABLE,
     off = RM_BEACON_OFF,
@@ -57,7 +72,10 @@ struct Adapter {
     HBA_ADAPTERATTRIBUTES hba = {};
     Attributes attributes;
     uint32_t driverType = 0;
-    MappingFaults mapping; ///< of HBA_GetFcpTargetMapping
+    AttributeLengths attributeLengths = AttributeLengths::exact; ///< also of its ports
+    Staleness staleness = Staleness::never;
+    bool hasChanged = true; ///< since the last refresh
+    MappingFaults mapping;  ///< of HBA_GetFcpTargetMapping
     std::vector<Port> ports;
 };
 

@@ -151,6 +151,20 @@ inline constexpr std::array vpdWalkWords = {
     Named{"ends", 0},
     Named{"endless", 1},
     Named{"outside", 2},
+    Named{"endsWithLast", 3},
+};
+
+inline constexpr std::array attributeLengthsWords = {
+    Named{"exact", 0},
+    Named{"zero", 1},
+    Named{"generous", 2},
+    Named{"wild", 3},
+};
+
+inline constexpr std::array stalenessWords = {
+    Named{"never", 0},
+    Named{"afterChanges", 1},
+    Named{"everyHandle", 2},
 };
 
 } // namespace tvrsim

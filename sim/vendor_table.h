@@ -37,8 +37,8 @@ struct VendorTable {
     decltype(&HBA_SendReadCapacity) sendReadCapacity;
 };
 
-/// The table of the standard's second edition: the first one and 30 entries more.
-struct VendorTableV2 : VendorTable {
+/// What the standard's second edition has added.
+struct VendorTableAddition {
     NoEntry openAdapterByWwn;
     NoEntry getFcpTargetMappingV2;
     NoEntry sendCtPassThruV2;
@@ -71,7 +71,16 @@ struct VendorTableV2 : VendorTable {
     NoEntry sendRls;
 };
 
+/// The table of the second edition.
+struct VendorTableV2 : VendorTable, VendorTableAddition {};
+
+static_assert(offsetof(VendorTable, getAdapterPortAttributes) == 8 * sizeof(NoEntry));
+static_assert(offsetof(VendorTable, refreshInformation) == 13 * sizeof(NoEntry));
+static_assert(offsetof(VendorTable, getFcpTargetMapping) == 15 * sizeof(NoEntry));
+static_assert(offsetof(VendorTable, sendScsiInquiry) == 21 * sizeof(NoEntry));
 static_assert(sizeof(VendorTable) == 24 * sizeof(NoEntry));
+static_assert(offsetof(VendorTableAddition, removeCallback) == 16 * sizeof(NoEntry));
+static_assert(offsetof(VendorTableAddition, registerForAdapterPortEvents) == 19 * sizeof(NoEntry));
 static_assert(sizeof(VendorTableV2) == 54 * sizeof(NoEntry));
 
 } // namespace tvrsim

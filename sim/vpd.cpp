@@ -9,6 +9,7 @@ namespace {
 
 constexpr uint32_t entryMark = 0xD9545652;
 constexpr int32_t stepOutside = INT32_MIN;
+constexpr int32_t noStep = INT32_MAX;
 constexpr size_t keywordSize = 4;
 
 struct EntryHead {
@@ -60,8 +61,9 @@ std::string packVpd(const Vpd& vpd) {
             bytes.resize(padded(bytes.size()));
         }
         if (!vpd.entries.empty() && vpd.walk != VpdWalk::ends) {
-            const int32_t next =
-                vpd.walk == VpdWalk::outside ? stepOutside : -static_cast<int32_t>(last);
+            const int32_t next = vpd.walk == VpdWalk::outside        ? stepOutside
+                                 : vpd.walk == VpdWalk::endsWithLast ? noStep
+                                                                     : -static_cast<int32_t>(last);
             std::memcpy(bytes.data() + last + offsetof(EntryHead, next), &next, sizeof next);
         }
     }
@@ -78,7 +80,14 @@ void* nextVpdEntry(void* cursor, std::span<char> keyword, std::span<char> value)
     char* const entry = static_cast<char*>(cursor);
     copyText(head.keyword, std::min<size_t>(head.keywordLength, keywordSize), keyword);
     copyText(entry + sizeof head, head.valueLength, value);
-    return head.next == stepOutside ? static_cast<void*>(&outside) : entry + head.next;
+    switch (head.next) {
+    case stepOutside:
+        return &outside;
+    case noStep:
+        return nullptr;
+    default:
+        return entry + head.next;
+    }
 }
 
 } // namespace tvrsim

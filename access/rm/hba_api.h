@@ -19,8 +19,13 @@
 #define HBA_API
 #endif
 
+#include <stddef.h>
+
 #ifdef __cplusplus
+#define RM_ASSERT_LAYOUT(condition) static_assert(condition, #condition)
 extern "C" {
+#else
+#define RM_ASSERT_LAYOUT(condition) _Static_assert(condition, #condition)
 #endif
 
 typedef unsigned char HBA_UINT8;
@@ -112,6 +117,10 @@ typedef struct hba_AdapterAttributes {
     HBA_UINT32 NumberOfPorts;
     char DriverName[256];
 } HBA_ADAPTERATTRIBUTES, *PHBA_ADAPTERATTRIBUTES;
+RM_ASSERT_LAYOUT(offsetof(HBA_ADAPTERATTRIBUTES, NodeWWN) == 640);
+RM_ASSERT_LAYOUT(offsetof(HBA_ADAPTERATTRIBUTES, VendorSpecificID) == 1928);
+RM_ASSERT_LAYOUT(offsetof(HBA_ADAPTERATTRIBUTES, DriverName) == 1936);
+RM_ASSERT_LAYOUT(sizeof(HBA_ADAPTERATTRIBUTES) == 2192);
 
 typedef struct HBA_PortAttributes {
     HBA_WWN NodeWWN;
@@ -130,6 +139,12 @@ typedef struct HBA_PortAttributes {
     HBA_WWN FabricName;
     HBA_UINT32 NumberofDiscoveredPorts;
 } HBA_PORTATTRIBUTES, *PHBA_PORTATTRIBUTES;
+RM_ASSERT_LAYOUT(offsetof(HBA_PORTATTRIBUTES, PortFcId) == 16);
+RM_ASSERT_LAYOUT(offsetof(HBA_PORTATTRIBUTES, PortState) == 24);
+RM_ASSERT_LAYOUT(offsetof(HBA_PORTATTRIBUTES, PortSymbolicName) == 96);
+RM_ASSERT_LAYOUT(offsetof(HBA_PORTATTRIBUTES, PortSpeed) == 612);
+RM_ASSERT_LAYOUT(offsetof(HBA_PORTATTRIBUTES, FabricName) == 620);
+RM_ASSERT_LAYOUT(sizeof(HBA_PORTATTRIBUTES) == 632);
 
 /* The operating system's address of a logical unit. */
 typedef struct HBA_ScsiId {
@@ -138,6 +153,8 @@ typedef struct HBA_ScsiId {
     HBA_UINT32 ScsiTargetNumber;
     HBA_UINT32 ScsiOSLun;
 } HBA_SCSIID, *PHBA_SCSIID;
+RM_ASSERT_LAYOUT(offsetof(HBA_SCSIID, ScsiOSLun) == 264);
+RM_ASSERT_LAYOUT(sizeof(HBA_SCSIID) == 268);
 
 /* The fabric's address of a logical unit. */
 typedef struct HBA_FcpId {
@@ -146,11 +163,15 @@ typedef struct HBA_FcpId {
     HBA_WWN PortWWN;
     HBA_UINT64 FcpLun;
 } HBA_FCPID, *PHBA_FCPID;
+RM_ASSERT_LAYOUT(offsetof(HBA_FCPID, FcpLun) == 24);
+RM_ASSERT_LAYOUT(sizeof(HBA_FCPID) == 32);
 
 typedef struct HBA_FcpScsiEntry {
     HBA_SCSIID ScsiId;
     HBA_FCPID FcpId;
 } HBA_FCPSCSIENTRY, *PHBA_FCPSCSIENTRY;
+RM_ASSERT_LAYOUT(offsetof(HBA_FCPSCSIENTRY, FcpId) == 272);
+RM_ASSERT_LAYOUT(sizeof(HBA_FCPSCSIENTRY) == 304);
 
 /* NumberOfEntries is the capacity on the way in and the number of rows on the way out. A caller
  * allocates offsetof(HBA_FCPTARGETMAPPING, entry) and its capacity in rows. */
@@ -158,6 +179,8 @@ typedef struct HBA_FCPTargetMapping {
     HBA_UINT32 NumberOfEntries;
     HBA_FCPSCSIENTRY entry[1];
 } HBA_FCPTARGETMAPPING, *PHBA_FCPTARGETMAPPING;
+RM_ASSERT_LAYOUT(offsetof(HBA_FCPTARGETMAPPING, entry) == 8);
+RM_ASSERT_LAYOUT(sizeof(HBA_FCPTARGETMAPPING) == 312);
 
 #define HBA_EVENT_PORT_UNKNOWN 0x200u
 #define HBA_EVENT_PORT_OFFLINE 0x201u

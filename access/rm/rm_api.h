@@ -26,10 +26,7 @@
 #endif
 
 #ifdef __cplusplus
-#define RM_ASSERT_LAYOUT(condition) static_assert(condition, #condition)
 extern "C" {
-#else
-#define RM_ASSERT_LAYOUT(condition) _Static_assert(condition, #condition)
 #endif
 
 typedef uint32_t RM_STATUS;
@@ -239,10 +236,11 @@ RM_ASSERT_LAYOUT(offsetof(RM_LOADENTRY, programType) == 52);
 RM_ASSERT_LAYOUT(offsetof(RM_LOADENTRY, version) == 76);
 RM_ASSERT_LAYOUT(sizeof(RM_LOADENTRY) == 100);
 
-/* The answer of LRM_DiagGetLoadListParams. The call carries no size, so the record has more room
- * than the 64 images that an adapter can hold. count is the number of images plus one. */
+/* The answer of LRM_DiagGetLoadListParams. count is the number of images plus one. The call carries
+ * no size: a library writes as many entries as it has. So a caller gives many times the room of the
+ * images that it takes, and does well to watch what lies behind it. */
 #define RM_LOADLIST_IMAGES 64u
-#define RM_LOADLIST_ENTRIES 128u
+#define RM_LOADLIST_ENTRIES 1024u
 typedef struct RM_LOADLIST {
     uint32_t count;
     RM_LOADENTRY entry[RM_LOADLIST_ENTRIES];
@@ -373,13 +371,15 @@ RM_API int32_t LRM_InitLib(void);
 
 /* ---- adapters, attributes, data ------------------------------------------------------------- */
 
-/* A pointer into the buffer with the value's length in bytes, or null; status tells why. */
+/* A pointer into the buffer with the value's length in bytes, or null; status tells why. The length
+ * counts for texts: libraries don't agree on what it is for numbers, whose width is known. */
 RM_API void* RM_GetAttributeValue(void* buffer, uint16_t attribute, uint16_t* length,
                                   RM_STATUS* status);
 
-/* Copies the entry at the cursor and answers the cursor of the next call. Null, with nothing
- * copied, when no entry is left. The first cursor is the buffer. The keyword has 2 characters (4
- * bytes with terminator and padding), the value at most 255. */
+/* Copies the entry at the cursor and answers the cursor of the next call, or null when there is no
+ * further entry. Some libraries answer null with the last entry, others in the call behind it, with
+ * an empty keyword or with nothing copied. The first cursor is the buffer. The keyword has 2
+ * characters (4 bytes with terminator and padding), the value at most 255. */
 RM_API void* RM_GetNextVpdEntry(void* cursor, char* keyword, uint32_t keywordSize, char* value,
                                 uint32_t valueSize);
 

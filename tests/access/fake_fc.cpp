@@ -237,7 +237,8 @@ void* RM_GetAttributeValue(void* buffer, uint16_t id, uint16_t* length, RM_STATU
         if (head.id == id) {
             *length = head.toldLength;
             *status = head.status;
-            return bytes + position + sizeof head;
+            return libraries.attributePlace != nullptr ? libraries.attributePlace
+                                                       : bytes + position + sizeof head;
         }
         position += head.step();
     }
@@ -303,7 +304,8 @@ RM_STATUS LRM_GetSffData(HBA_WWN name, void* buffer, uint32_t* size) {
 RM_STATUS LRM_DiagGetLoadListParams(HBA_WWN name, RM_LOADLIST* list) {
     const auto& images = portOf(name).second->images;
     list->count = libraries.toldImages.value_or(static_cast<uint32_t>(images.size() + 1));
-    std::copy(images.begin(), images.end(), list->entry);
+    RM_LOADENTRY* const room = list->entry;
+    std::copy(images.begin(), images.end(), room);
     return enter(__func__);
 }
 

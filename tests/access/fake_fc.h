@@ -60,6 +60,7 @@ struct Libraries {
     std::optional<uint32_t> toldTargets;      // in place of the mapping's count
     // What a logical unit writes to response and sense data, and its status, else nothing and 0.
     std::function<uint32_t(const ScsiCommand&, uint8_t*, uint8_t*)> scsi;
+    void* attributePlace = nullptr; // where values are told to be, in place of the truth
     // From the cursor and the next one, where a walk through the VPD leads.
     std::function<char*(char*, char*)> vpdStep;
 

@@ -9,6 +9,7 @@
 #include <optional>
 #include <semaphore.h>
 #include <stdexcept>
+#include <sys/wait.h>
 #include <thread>
 
 namespace cimple {
@@ -48,6 +49,7 @@ TEST_F(MethodWrapper, InitialisesTheLibrary) {
         const TVR_MethodWrapper wrapper;
         const TVR_MethodWrapper second;
         EXPECT_EQ(initCalls(), 3) << "each initialises again";
+        EXPECT_TRUE(exists(initName));
     }
     EXPECT_TRUE(exists(doneName)) << "goes with the module";
     unloadManagementLibraries();
@@ -86,6 +88,52 @@ TEST_F(MethodWrapper, ASemaphoreOfADeadProcessDoesNotBlock) {
         EXPECT_EQ(initCalls(), 1) << value;
     }
     EXPECT_FALSE(exists(initName));
+}
+
+// The name goes with any object, and the next construction has a life of its own.
+TEST_F(MethodWrapper, ADestructionEndsTheLifeOfAll) {
+    const uint32 usual = setInitLibWait(20);
+    std::optional<TVR_MethodWrapper> wrappers[3];
+    const auto isFresh = [this] { return std::exchange(libraries->calls["LRM_InitLib"], 0) == 1; };
+    wrappers[0].emplace();
+    wrappers[1].emplace();
+    for (const int ended : {0, 2, 1, 0}) {
+        isFresh();
+        wrappers[ended].reset();
+        EXPECT_FALSE(exists(initName)) << ended;
+        wrappers[ended].emplace();
+        EXPECT_TRUE(isFresh()) << ended;
+        wrappers[2].emplace();
+        EXPECT_TRUE(isFresh()) << ended;
+    }
+    setInitLibWait(usual);
+}
+
+// A dead process of another user has left a name, which this one can neither remove nor open.
+TEST_F(MethodWrapper, ASemaphoreOfAnotherUserDoesNotKeepFromInitialising) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "needs root to leave one";
+    }
+    constexpr uid_t nobody = 65534;
+    const pid_t child = fork();
+    if (child == 0) {
+        const std::string name = "/TVR_RM_INIT_LIB_" + std::to_string(getpid());
+        leave(name, 0);
+        bool good = setresuid(nobody, nobody, 0) == 0;
+        {
+            const TVR_MethodWrapper wrapper;
+            const TVR_MethodWrapper second;
+            good = good && initCalls() == 2;
+        }
+        const TVR_MethodWrapper third;
+        good = good && initCalls() == 3 && setresuid(0, 0, 0) == 0;
+        sem_unlink(name.c_str());
+        sem_unlink(("/TVR_RM_INIT_LIB_DONE_" + std::to_string(getpid())).c_str());
+        _exit(good ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 // Somebody else in this process has taken all there is and never gives it back.

@@ -208,6 +208,10 @@ TEST_F(Requests, WalkTheVitalProductDataNoFurtherThanTheyReach) {
     }
     EXPECT_EQ(walked([](char* at, char* next) { return next - at > 10 ? at - 7 : next; }).size(),
               3u);
+    const auto ended = walked([](char*, char* next) { return *next == '\0' ? nullptr : next; });
+    EXPECT_EQ(ended.size(), 3u) << "the last entry comes with the end";
+    port().vpd[1].first = std::string(1, '\0');
+    EXPECT_EQ(walked(nullptr).size(), 2u) << "without a keyword it is no entry";
     answer("LRM_GetVPD", 9);
     std::vector<VPDEntry> none;
     EXPECT_EQ(readVPD(local, none), 9u);
@@ -215,13 +219,26 @@ TEST_F(Requests, WalkTheVitalProductDataNoFurtherThanTheyReach) {
 }
 
 TEST_F(Requests, BelieveNoWildNumberOfFlashImages) {
-    port().images.resize(3);
-    for (const auto& [told, number] : std::map<uint32_t, std::size_t>{
-             {0, 0}, {1, 0}, {4, 3}, {65, 64}, {66, 64}, {100, 64}, {0xFFFFFFFF, 64}}) {
-        libraries->toldImages = told;
+    struct Row {
+        std::size_t written;
+        std::optional<uint32_t> told;
+        std::size_t number;
+        RM_STATUS status = RM_STATUS_OK;
+    };
+    for (const Row& row :
+         {Row{0, {}, 0}, Row{3, 0, 0}, Row{3, 1, 0}, Row{3, 4, 3}, Row{3, 0xFFFFFFFF, 64},
+          Row{99, {}, 64}, Row{1024, {}, 64}, Row{1025, {}, 0, RM_STATUS_ERROR},
+          Row{1025, 4, 0, RM_STATUS_ERROR}, Row{1280, {}, 0, RM_STATUS_ERROR}}) {
+        RM_LOADENTRY image{};
+        image.programLength = 7;
+        port().images.assign(row.written, image);
+        libraries->toldImages = row.told;
         std::vector<RM_LOADENTRY> images;
-        EXPECT_EQ(readFlashImages(local, images), 0u);
-        EXPECT_EQ(images.size(), number) << told;
+        EXPECT_EQ(readFlashImages(local, images), row.status) << row.written;
+        ASSERT_EQ(images.size(), row.number) << row.written;
+        for (std::size_t i = 0; i < images.size(); ++i) {
+            EXPECT_EQ(images[i].programLength, i < row.written ? 7u : 0u);
+        }
     }
 }
 

@@ -71,22 +71,17 @@ TEST_F(LibraryTest, AdaptersByIndexNameAndHandle) {
               HBA_STATUS_ERROR_INVALID_HANDLE);
 }
 
-TEST_F(LibraryTest, SizedCallsTellTheirNeed) {
+TEST_F(LibraryTest, AttributeBuffersHaveRoomForAll) {
     using Fetch = RM_STATUS(HBA_WWN, void*, uint32_t*);
-    for (const char* name :
-         {"LRM_GetHBAAttributes", "LRM_GetPortAttributes", "LRM_GetPortStatistics"}) {
+    for (const auto& [name, room] : {std::pair("LRM_GetHBAAttributes", RM_HBA_ATTRIBUTES_SIZE),
+                                     {"LRM_GetPortAttributes", RM_PORT_ATTRIBUTES_SIZE},
+                                     {"LRM_GetPortStatistics", RM_PORT_STATISTICS_SIZE}}) {
         Fetch& fetch = *m_library.find<Fetch>(name);
-        uint32_t need = 0;
-        EXPECT_EQ(fetch(firstPort, nullptr, &need), RM_STATUS_MORE_DATA) << name;
-        ASSERT_GT(need, 0U) << name;
-        EXPECT_LE(need, RM_PORT_STATISTICS_SIZE * (name[7] == 'H' ? 4 : 1)) << name;
-
-        std::vector<uint8_t> buffer(need, 0xEE);
-        uint32_t size = need - 1;
-        EXPECT_EQ(fetch(firstPort, buffer.data(), &size), RM_STATUS_MORE_DATA) << name;
-        EXPECT_EQ(size, need) << name;
-        EXPECT_EQ(buffer, std::vector<uint8_t>(need, 0xEE)) << name << " wrote into a small buffer";
+        std::vector<uint64_t> buffer(room / sizeof(uint64_t));
+        uint32_t size = room;
         EXPECT_EQ(fetch(firstPort, buffer.data(), &size), RM_STATUS_OK) << name;
+        --size;
+        EXPECT_EQ(fetch(firstPort, buffer.data(), &size), RM_STATUS_MORE_DATA) << name;
         EXPECT_EQ(fetch(firstPort, buffer.data(), nullptr), RM_STATUS_ERROR) << name;
         EXPECT_EQ(fetch(strangePort, buffer.data(), &size), RM_STATUS_ILLEGAL_WWN) << name;
     }
@@ -113,6 +108,62 @@ TEST_F(LibraryTest, AttributesAreFoundById) {
     EXPECT_EQ(value(nullptr, RM_HA_DEVICE_ID, nullptr, nullptr), nullptr);
 }
 
+TEST_F(LibraryTest, LengthsOfValuesAreToldAsChosen) {
+    std::vector<uint64_t> buffer(RM_HBA_ATTRIBUTES_SIZE / sizeof(uint64_t));
+    for (const auto& [word, told] :
+         {std::pair("exact", 4), {"zero", 0}, {"generous", 8}, {"wild", 65535}}) {
+        EXPECT_EQ(control(std::string(R"({"adapters": {"Tavrin-B": {"attributeLengths": ")") +
+                          word + "\"}}}"),
+                  "");
+        uint32_t size = RM_HBA_ATTRIBUTES_SIZE;
+        EXPECT_EQ(CALL(m_library, LRM_GetHBAAttributes)(thirdPort, buffer.data(), &size), 0U);
+        uint16_t length = 9;
+        RM_STATUS status = 99;
+        const void* const value =
+            CALL(m_library, RM_GetAttributeValue)(buffer.data(), RM_HA_SLI_MODE, &length, &status);
+        ASSERT_NE(value, nullptr) << word;
+        EXPECT_EQ(std::memcmp(value, "\3\0\0", 4), 0) << word;
+        EXPECT_EQ(length, told) << word;
+    }
+}
+
+TEST_F(LibraryTest, StaleDataStayUntilTheyAreRefreshed) {
+    const HBA_HANDLE first = open("Tavrin-A");
+    const HBA_HANDLE second = open("Tavrin-A");
+    // The statuses of the two handles, which are alike for all calls.
+    const auto statuses = [&] {
+        std::string text;
+        for (const HBA_HANDLE handle : {first, second}) {
+            HBA_ADAPTERATTRIBUTES adapter;
+            HBA_PORTATTRIBUTES port;
+            HBA_FCPTARGETMAPPING mapping = {};
+            text +=
+                std::to_string(CALL(m_library, HBA_GetAdapterAttributes)(handle, &adapter)) +
+                std::to_string(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 0, &port)) +
+                std::to_string(CALL(m_library, HBA_GetFcpTargetMapping)(handle, &mapping)) + ' ';
+        }
+        return text;
+    };
+    const auto choose = [&](const std::string& staleness) {
+        EXPECT_EQ(control(R"({"adapters": {"Tavrin-A": {"staleness": ")" + staleness + "\"}}}"),
+                  "");
+        return statuses();
+    };
+    auto& refresh = CALL(m_library, HBA_RefreshInformation);
+    EXPECT_EQ(statuses(), "000 000 ");
+    EXPECT_EQ(choose("everyHandle"), "888 888 ");
+    refresh(first);
+    EXPECT_EQ(statuses(), "000 888 ");
+    EXPECT_EQ(choose("afterChanges"), "888 888 ");
+    refresh(second);
+    EXPECT_EQ(statuses(), "000 000 ");
+    changePort(R"({"state": "linkDown"})");
+    EXPECT_EQ(statuses(), "888 888 ");
+    refresh(HBA_HANDLE_INVALID);
+    EXPECT_EQ(statuses(), "888 888 ");
+    EXPECT_EQ(choose("never"), "000 000 ");
+}
+
 TEST_F(LibraryTest, CountersMoveUnlessTheAdapterLacksThem) {
     bool found = false;
     EXPECT_EQ(counter(RM_PS_TX_FRAMES, found), 100U);
@@ -132,20 +183,16 @@ TEST_F(LibraryTest, BeaconGoesOnAndOffWhereThereIsOne) {
     EXPECT_EQ(state, RM_BEACON_ON);
     EXPECT_EQ(set(firstPort, 9), RM_STATUS_ERROR);
 
-    changePort(R"({"beacon": "notSupported"})");
-    state = 77;
-    EXPECT_EQ(get(firstPort, &state), RM_STATUS_NOT_SUPPORTED);
-    EXPECT_EQ(state, 77U);
-    changePort(R"({"beacon": "noDiagnostics"})");
-    EXPECT_EQ(get(firstPort, &state), RM_STATUS_DIAG_NOT_AVAILABLE);
-    EXPECT_EQ(set(firstPort, RM_BEACON_OFF), RM_STATUS_DIAG_NOT_AVAILABLE);
-    changePort(R"({"beacon": "unanswered"})");
-    EXPECT_EQ(get(firstPort, &state), RM_STATUS_OK);
-    EXPECT_EQ(state, 77U) << "success that leaves the output as it was";
-    changePort(R"({"beacon": "unknown"})");
-    EXPECT_EQ(get(firstPort, &state), RM_STATUS_OK);
-    EXPECT_GT(state, RM_BEACON_ON);
-    EXPECT_EQ(set(firstPort, RM_BEACON_ON), RM_STATUS_NOT_SUPPORTED);
+    for (const auto& [word, status, answer, refusal] : {std::tuple("notSupported", 2U, 77U, 2U),
+                                                        {"noDiagnostics", 63U, 77U, 63U},
+                                                        {"unanswered", 0U, 77U, 2U},
+                                                        {"unknown", 0U, 103U, 2U}}) {
+        changePort(std::string("{\"beacon\": \"") + word + "\"}");
+        state = 77;
+        EXPECT_EQ(get(firstPort, &state), status) << word;
+        EXPECT_EQ(state, answer) << word;
+        EXPECT_EQ(set(firstPort, RM_BEACON_ON), refusal) << word;
+    }
 }
 
 TEST_F(LibraryTest, ControlChangesAllOrNothing) {

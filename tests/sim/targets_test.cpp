@@ -130,6 +130,8 @@ TEST_F(TargetsTest, CommandsFailSoOftenAndAnswerAnyBytes) {
                                                                   "A\xEE",
                                                                   6));
     EXPECT_EQ(inquire(1, 0x83).sense.at(12), 0x24);
+    EXPECT_EQ(inquire(0, 0x80).sense.at(12), 0x24) << "a page of the standard data";
+    EXPECT_EQ(inquire(0, 0, firstTarget, 9).sense.at(2), 5) << "no such unit";
     EXPECT_EQ(inquire(1, 0xB0).status, HBA_STATUS_ERROR_NOT_SUPPORTED);
     EXPECT_EQ(inquire(1, 0xB0).response, std::string(255, '\xEE')) << "an answer without bytes";
     EXPECT_EQ(inquire(1, 0).response.substr(0, 8), std::string("\0\0\0\x03\0\x80\xB0\xEE", 8));
@@ -156,6 +158,14 @@ TEST_F(TargetsTest, CommandsFailSoOftenAndAnswerAnyBytes) {
     EXPECT_EQ(inquire(1, 0x80).response.substr(2), std::string("\x03\xE8") + std::string(251, 's'));
     EXPECT_EQ(readCapacity().response.substr(0, 9), std::string("\0\0\0\x02\0\0\0\x02\xEE", 9))
         << "a tape with blocks";
+    changePort(R"({"targets": [{"luns": [{"blocks": 18446744073709551615}, {"type": "tape"}]}]})");
+    EXPECT_EQ(readCapacity().response.substr(0, 4), "\xFF\xFF\xFF\xFF");
+    EXPECT_EQ(readCapacity(firstTarget, 1).sense.at(12), 0x20);
+    std::string small(6, '#');
+    EXPECT_EQ(CALL(m_library, HBA_SendScsiInquiry)(m_adapter, firstTarget, 0, 0, 0, small.data(), 5,
+                                                   nullptr, 0),
+              HBA_STATUS_OK);
+    EXPECT_EQ(small[5], '#') << "an answer is cut to the buffer";
 }
 
 // Commands that count their failures meet tables that are replaced under them.
