@@ -59,11 +59,16 @@ void prepare(CLI::App& app) {
     app.fallthrough();
 }
 
-std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ostream& out) {
-    std::vector<std::string> commands;
-    for (const CLI::App* command : app.get_subcommands({})) {
-        commands.push_back(command->get_name());
+std::vector<std::string> command_names(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
     }
+    return names;
+}
+
+std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ostream& out) {
+    const std::vector<std::string> commands = command_names(app);
     try {
         app.parse(std::move(words));
         return std::nullopt;

@@ -17,6 +17,9 @@ namespace tvrcim {
 // One command is wanted, and no more.
 void prepare(CLI::App& app);
 
+// The commands' names, in order.
+std::vector<std::string> command_names(const CLI::App& app);
+
 // Reads `words`, last first. Returns a status if there is nothing left to do, as after --help.
 // Throws Usage_Error.
 std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ostream& out);

@@ -1,6 +1,7 @@
 #include "host/tvrcim/commands.h"
 
 #include "host/declared_type.h"
+#include "host/tvrcim/ending.h"
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/near_names.h"
 #include "host/tvrcim/output.h"
@@ -214,6 +215,7 @@ void modify(Session& session, const std::string& text, const std::vector<std::st
         changed.push_back(property.name);
     }
     const Progress progress("changing " + text);
+    const Ending::Change change;
     Session::check(session.manager.modify_instance(path, instance, changed), path.text());
 }
 
@@ -245,6 +247,7 @@ void call(Session& session, const std::string& text, const std::string& method_n
     Answer answer;
     {
         const Progress progress("calling " + method.name);
+        const Ending::Change change;
         answer = session.manager.invoke_method(path, method.name, in);
     }
     Session::check(answer, path.text() + " " + method.name);
