@@ -136,7 +136,7 @@ void classes(Session& session, const std::string& pattern, bool all) {
     if (session.format == Format::json) {
         print_json(session, json);
     } else {
-        print_table(session.out, rows);
+        print_table(session, rows);
     }
 }
 
@@ -277,12 +277,18 @@ void add_commands(CLI::App& app, Command& chosen) {
     };
     const auto words = [] { return std::make_shared<Words>(); };
 
-    app.add_subcommand("list", "A line per port of the host")->callback([&chosen] {
-        chosen = list_ports;
-    });
-    app.add_subcommand("tree", "Host, adapters, ports, targets and logical units as a tree")
-        ->callback([&chosen] { chosen = show_tree; });
-
+    const auto add_host_command = [&](const char* name, const char* help,
+                                      void (*run)(Session&, const std::string&)) {
+        auto* const command = app.add_subcommand(name, help);
+        const auto read = words();
+        command->add_option("PORT", read->first, "a port's WWPN, or its beginning");
+        command->callback([&chosen, read, run] {
+            chosen = [read, run](Session& session) { run(session, read->first); };
+        });
+    };
+    add_host_command("list", "A line per port of the host", list_ports);
+    add_host_command("tree", "Host, adapters, ports, targets and logical units as a tree",
+                     show_tree);
     {
         auto* const command =
             app.add_subcommand("classes", "The classes and what each offers; one class in full");

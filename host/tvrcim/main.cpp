@@ -1,11 +1,13 @@
 // tvrcim: shows and changes the adapters of a host through the provider module, with an object
 // manager of its own.
 #include "host/object_manager.h"
+#include "host/tvrcim/adapter_check.h"
 #include "host/tvrcim/command_line.h"
 #include "host/tvrcim/commands.h"
 #include "host/tvrcim/ending.h"
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/near_names.h"
+#include "host/tvrcim/output.h"
 #include "host/tvrcim/places.h"
 #include "host/tvrcim/private_run.h"
 #include "host/tvrcim/shell.h"
@@ -85,7 +87,11 @@ int run(const Settings& settings, const Command& command, bool shell) {
     const Ending::Watch watch(ending, manager);
     check_module(manager, module);
     Session session(manager, settings.format, settings.name_space, std::cout);
-    session.explain_nothing = check_adapter_library;
+    session.width = screen_width;
+    session.explain_nothing = [&session] {
+        check_adapter_library();
+        explain_no_ports(session);
+    };
     if (shell) {
         return run_shell(session, std::cin, isatty(STDIN_FILENO) != 0);
     }
