@@ -93,7 +93,7 @@ int run(const Settings& settings, const Command& command, bool shell) {
         explain_no_ports(session);
     };
     if (shell) {
-        return run_shell(session, std::cin, isatty(STDIN_FILENO) != 0);
+        return run_shell(session);
     }
     command(session);
     return success;
@@ -137,6 +137,7 @@ int start(int argc, char** argv) {
     add_commands(app, command);
     const CLI::App* const shell =
         app.add_subcommand("shell", "The same commands, one a line, with the module kept loaded");
+    add_help(app);
 
     std::vector<std::string> words(argv + 1, argv + argc);
     check_scenario_word(words, command_names(app));
