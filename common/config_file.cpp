@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::size_t maxLines = 1000;
 constexpr std::size_t maxLineLength = 1023;
+constexpr std::size_t maxPassedOver = 16; // lines that are told
+constexpr std::size_t maxShownValue = 60;
 
 constexpr char timeoutKey[] = "TVR_PROVIDER_CACHE_TIMEOUT";
 constexpr char adapterKey[] = "TVR_PROVIDER_REFRESH_ADAPTERDATA";
@@ -65,11 +67,28 @@ void TvrConfigFile::load(const char* path) {
         }
         return;
     }
-    bool timeoutTaken = false;
-    bool adapterTaken = false;
-    bool sanTaken = false;
+    struct Setting {
+        const char* key;
+        const char* allowed;
+        bool (*take)(std::string_view value, TvrConfigFile& self);
+        bool isTaken = false;
+    };
+    Setting known[] = {
+        {timeoutKey, "1 to 30",
+         [](std::string_view value, TvrConfigFile& self) {
+             return takeMinutes(value, self.m_CacheTimeout);
+         }},
+        {adapterKey, "TRUE or FALSE",
+         [](std::string_view value, TvrConfigFile& self) {
+             return takeFlag(value, self.m_bRefreshAdapterData);
+         }},
+        {sanKey, "TRUE or FALSE",
+         [](std::string_view value, TvrConfigFile& self) {
+             return takeFlag(value, self.m_bRefreshSANData);
+         }},
+    };
     std::string line;
-    for (std::size_t n = 0; n < maxLines && readLine(file.get(), maxLineLength, line); ++n) {
+    for (std::size_t n = 1; n <= maxLines && readLine(file.get(), maxLineLength, line); ++n) {
         const std::string_view text = trim(line);
         const std::size_t equals = text.find('=');
         if (text.starts_with('#') || equals == std::string_view::npos) {
@@ -77,19 +96,36 @@ void TvrConfigFile::load(const char* path) {
         }
         const std::string_view key = trim(text.substr(0, equals));
         const std::string_view value = trim(text.substr(equals + 1));
-        // The first line of a key that has an allowed value decides.
-        if (key == timeoutKey) {
-            timeoutTaken = timeoutTaken || takeMinutes(value, m_CacheTimeout);
-        } else if (key == adapterKey) {
-            adapterTaken = adapterTaken || takeFlag(value, m_bRefreshAdapterData);
-        } else if (key == sanKey) {
-            sanTaken = sanTaken || takeFlag(value, m_bRefreshSANData);
+        for (Setting& setting : known) {
+            if (key != setting.key) {
+                continue;
+            }
+            // The first line of a key that has an allowed value decides.
+            const bool wasTaken = setting.isTaken;
+            setting.isTaken = wasTaken || setting.take(value, *this);
+            if ((wasTaken || !setting.isTaken) && m_passedOver.size() < maxPassedOver) {
+                m_passedOver.push_back({n, setting.key, std::string(value.substr(0, maxShownValue)),
+                                        wasTaken ? nullptr : setting.allowed});
+            }
         }
     }
 }
 
+void TvrConfigFile::logPassedOver() {
+    for (const PassedOver& each : m_passedOver) {
+        if (each.allowed == nullptr) {
+            TVR_LOG("%s:%zu: %s stands there once more and is passed over", m_path.c_str(),
+                    each.line, each.key);
+        } else {
+            TVR_LOG("%s:%zu: %s takes %s, \"%s\" is passed over", m_path.c_str(), each.line,
+                    each.key, each.allowed, each.value.c_str());
+        }
+    }
+    m_passedOver.clear();
+}
+
 void TvrConfigFile::save() noexcept {
-    const File file = openToWrite(m_path.c_str());
+    const File file = openSettingsToWrite(m_path.c_str());
     if (!file) {
         return;
     }

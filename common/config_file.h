@@ -5,6 +5,7 @@
 #include "runtime/thread.h"
 
 #include <string>
+#include <vector>
 
 namespace cimple {
 
@@ -24,6 +25,9 @@ public:
     // Takes what the file says and keeps the present value of all else. The path is remembered for
     // `save` even if there is no such file. Null does nothing.
     void load(const char* path);
+    // Logs what `load` has passed over: values that are not allowed, and further lines of a setting
+    // that was taken. Apart from `load` because the log has no settings yet when that is called.
+    void logPassedOver();
     // Rewrites the file that `load` named; silent when that can't be done.
     void save() noexcept;
 
@@ -37,10 +41,18 @@ public:
     bool getRefreshSANData() const;
 
 private:
+    struct PassedOver {
+        std::size_t line;
+        const char* key;
+        std::string value;   // its beginning
+        const char* allowed; // values; null if an earlier line was taken
+    };
+
     bool m_bRefreshAdapterData = false;
     bool m_bRefreshSANData = true;
     sint32 m_CacheTimeout = 10;
     std::string m_path;
+    std::vector<PassedOver> m_passedOver;
     mutable Mutex m_mutex;
 };
 

@@ -9,6 +9,9 @@ namespace cimple {
 
 namespace {
 
+// What anybody may be allowed to do with a file of ours.
+constexpr mode_t mostPermissions = 0644;
+
 File adopt(int descriptor, const char* mode) noexcept {
     FILE* stream = descriptor < 0 ? nullptr : fdopen(descriptor, mode);
     if (stream == nullptr && descriptor >= 0) {
@@ -19,9 +22,19 @@ File adopt(int descriptor, const char* mode) noexcept {
     return File(stream);
 }
 
+bool isForeignLink(const char* path) noexcept {
+    struct stat status;
+    return lstat(path, &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid != 0 &&
+           status.st_uid != geteuid();
+}
+
 // Opens a file of one of the wanted kinds. A pipe without a partner neither blocks nor passes.
 int openKind(const char* path, int flags, bool deviceToo) noexcept {
-    const int descriptor = open(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666);
+    if ((flags & O_CREAT) != 0 && isForeignLink(path)) {
+        errno = ELOOP;
+        return -1;
+    }
+    const int descriptor = open(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mostPermissions);
     if (descriptor < 0) {
         return -1;
     }
@@ -43,6 +56,18 @@ File openToRead(const char* path) noexcept {
 
 File openToWrite(const char* path) noexcept {
     return adopt(openKind(path, O_WRONLY | O_CREAT | O_TRUNC, true), "w");
+}
+
+File openSettingsToWrite(const char* path) noexcept {
+    File file = openToWrite(path);
+    struct stat status;
+    if (file && fstat(fileno(file.get()), &status) == 0 && S_ISREG(status.st_mode) &&
+        (status.st_mode & ALLPERMS & ~mostPermissions) != 0) {
+        // Fails for a file of somebody else, who can change it anyhow.
+        [[maybe_unused]] const int ignored =
+            fchmod(fileno(file.get()), status.st_mode & mostPermissions);
+    }
+    return file;
 }
 
 File openToAppend(const char* path) noexcept {

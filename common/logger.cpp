@@ -184,7 +184,7 @@ void CLogger::saveConfigData() {
         }
     }
     // Opening empties the file, so all that goes into it is at hand before.
-    const File file = openToWrite(settings().logSettingsFile.c_str());
+    const File file = openSettingsToWrite(settings().logSettingsFile.c_str());
     if (!file) {
         TVR_LOG("Unable to open file for storing config data");
         return;

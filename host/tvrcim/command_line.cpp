@@ -52,6 +52,24 @@ void check_options(const CLI::App& app, const CLI::App* command,
                       "; --help lists them");
 }
 
+Usage_Error no_command(const std::string& name, const std::vector<std::string>& commands) {
+    return Usage_Error("there is no command '" + name + "'" + suggestion(name, commands) +
+                       "; --help lists them");
+}
+
+// Of the command, or of all.
+void show_help(const CLI::App& app, const CLI::App* command, std::ostream& out) {
+    if (command == nullptr) {
+        // Not app.help(), which goes on to a command that was read.
+        out << app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
+        return;
+    }
+    out << command->help(app.get_name());
+    if (!app.get_name().empty()) {
+        out << "'tvrcim --help' shows the options that may stand before the command.\n";
+    }
+}
+
 } // namespace
 
 void prepare(CLI::App& app) {
@@ -59,26 +77,36 @@ void prepare(CLI::App& app) {
     app.fallthrough();
 }
 
-std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ostream& out) {
-    std::vector<std::string> commands;
-    for (const CLI::App* command : app.get_subcommands({})) {
-        commands.push_back(command->get_name());
+void add_help(CLI::App& app) {
+    app.add_subcommand("help", "The commands; what one of them does")
+        ->add_option("COMMAND", "command name");
+}
+
+std::vector<std::string> command_names(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
     }
+    return names;
+}
+
+std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ostream& out) {
+    const std::vector<std::string> commands = command_names(app);
     try {
         app.parse(std::move(words));
-        return std::nullopt;
-    } catch (const CLI::CallForHelp&) {
-        for (const CLI::App* command : app.get_subcommands()) {
-            if (command->parsed()) {
-                out << command->help(app.get_name());
-                if (!app.get_name().empty()) {
-                    out << "'tvrcim --help' shows the options that may stand before the "
-                           "command.\n";
-                }
-                return success;
-            }
+        if (!app.got_subcommand("help")) {
+            return std::nullopt;
         }
-        out << app.help();
+        const auto named = app.get_subcommand("help")->get_option("COMMAND")->results();
+        if (!named.empty() &&
+            std::find(commands.begin(), commands.end(), named.front()) == commands.end()) {
+            throw no_command(named.front(), commands);
+        }
+        show_help(app, named.empty() ? nullptr : app.get_subcommand(named.front()), out);
+        return success;
+    } catch (const CLI::CallForHelp&) {
+        const std::vector<CLI::App*> parsed = app.get_subcommands();
+        show_help(app, parsed.empty() ? nullptr : parsed.front(), out);
         return success;
     } catch (const CLI::CallForVersion& version) {
         out << version.what() << '\n';
@@ -91,8 +119,7 @@ std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ost
         const std::vector<std::string> left = app.remaining(true);
         check_options(app, command, left);
         if (command == nullptr && !left.empty() && !left.front().starts_with('-')) {
-            throw Usage_Error("there is no command '" + left.front() + "'" +
-                              suggestion(left.front(), commands) + "; --help lists them");
+            throw no_command(left.front(), commands);
         }
         std::string list;
         if (command == nullptr) {
@@ -110,13 +137,13 @@ std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ost
     }
 }
 
-int guarded(const std::function<int()>& work) noexcept {
+int guarded(const std::function<int()>& work, const std::string& place) noexcept {
     try {
         return work();
     } catch (const Cim_Error& error) {
-        return failed(error.what(), cim_error);
+        return failed(place + error.what(), cim_error);
     } catch (const std::exception& error) {
-        return failed(error.what(), usage_error);
+        return failed(place + error.what(), usage_error);
     }
 }
 

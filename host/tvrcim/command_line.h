@@ -16,13 +16,20 @@ namespace tvrcim {
 
 // One command is wanted, and no more.
 void prepare(CLI::App& app);
+// Adds the command `help`, which `parse` carries out; the last of all commands.
+void add_help(CLI::App& app);
 
-// Reads `words`, last first. Returns a status if there is nothing left to do, as after --help.
+// The commands' names, in order.
+std::vector<std::string> command_names(const CLI::App& app);
+
+// Reads `words`, last first. Returns a status if there is nothing left to do, as after --help and
+// help.
 // Throws Usage_Error.
 std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ostream& out);
 
-// Runs `work` and returns its status; an error is told in one line on standard error.
-int guarded(const std::function<int()>& work) noexcept;
+// Runs `work` and returns its status; an error is told in one line on standard error, behind
+// `place`.
+int guarded(const std::function<int()>& work, const std::string& place = {}) noexcept;
 
 } // namespace tvrcim
 

@@ -1,8 +1,10 @@
 #include "host/tvrcim/commands.h"
 
 #include "host/declared_type.h"
+#include "host/tvrcim/ending.h"
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/near_names.h"
+#include "host/tvrcim/not_served.h"
 #include "host/tvrcim/output.h"
 #include "host/tvrcim/progress.h"
 
@@ -40,6 +42,11 @@ std::string signature(const tvrmof::Feature& method) {
     return text + ")";
 }
 
+// A served class that has nothing to offer yet; the module must be there to say so.
+bool is_empty(Session& session, const tvrmof::Class& model) {
+    return session.is_served(model) && is_always_empty(model);
+}
+
 // What a class offers, in one word each.
 std::vector<std::string> offers(Session& session, const tvrmof::Class& model) {
     std::vector<std::string> words;
@@ -52,8 +59,14 @@ std::vector<std::string> offers(Session& session, const tvrmof::Class& model) {
         }
     }
     if (session.manager.serves(model.name, Kind::method) && !model.methods().empty()) {
-        const std::size_t count = model.methods().size();
-        words.push_back(std::to_string(count) + (count == 1 ? " method" : " methods"));
+        const auto methods = model.methods();
+        const auto count =
+            std::count_if(methods.begin(), methods.end(), [&](const tvrmof::Feature* method) {
+                return !is_unsupported(model, *method);
+            });
+        if (count != 0) {
+            words.push_back(std::to_string(count) + (count == 1 ? " method" : " methods"));
+        }
     }
     return words;
 }
@@ -66,11 +79,16 @@ Json class_json(Session& session, const tvrmof::Class& model) {
     for (const std::string& word : offers(session, model)) {
         json["offers"].push_back(word);
     }
+    json["empty"] = is_empty(session, model);
     json["properties"] = Json::array();
     json["methods"] = Json::array();
+    json["unsupported"] = Json::array();
     for (const tvrmof::Feature* feature : model.features) {
         if (feature->kind == Feature_Kind::method) {
             json["methods"].push_back(signature(*feature));
+            if (session.is_served(model) && is_unsupported(model, *feature)) {
+                json["unsupported"].push_back(feature->name);
+            }
             continue;
         }
         json["properties"].push_back(
@@ -85,10 +103,13 @@ Json class_json(Session& session, const tvrmof::Class& model) {
 }
 
 void describe_class(Session& session, const tvrmof::Class& model) {
-    session.out << model.name << (model.super == nullptr ? "" : " : " + model.super->name) << '\n';
+    session.out << model.name << (model.super == nullptr ? "" : " : " + model.super->name)
+                << (is_empty(session, model) ? "  (not served yet: always empty)" : "") << '\n';
     for (const tvrmof::Feature* feature : model.features) {
         if (feature->kind == Feature_Kind::method) {
-            session.out << "  " << signature(*feature) << '\n';
+            const bool is_told = session.is_served(model) && is_unsupported(model, *feature);
+            print_wrapped(session, "  ", "      ",
+                          signature(*feature) + (is_told ? " (not supported)" : ""));
             continue;
         }
         session.out << "  "
@@ -126,7 +147,7 @@ void classes(Session& session, const std::string& pattern, bool all) {
         for (const std::string& word : offers(session, *model)) {
             words += (words.empty() ? "" : ", ") + word;
         }
-        rows.push_back({model->name, words});
+        rows.push_back({model->name, is_empty(session, *model) ? "nothing yet" : words});
     }
     if (rows.size() == 1 && json.empty()) {
         throw Usage_Error("no class matches '" + pattern + "'" +
@@ -135,7 +156,7 @@ void classes(Session& session, const std::string& pattern, bool all) {
     if (session.format == Format::json) {
         print_json(session, json);
     } else {
-        print_table(session.out, rows);
+        print_table(session, rows);
     }
 }
 
@@ -214,6 +235,7 @@ void modify(Session& session, const std::string& text, const std::vector<std::st
         changed.push_back(property.name);
     }
     const Progress progress("changing " + text);
+    const Ending::Change change;
     Session::check(session.manager.modify_instance(path, instance, changed), path.text());
 }
 
@@ -245,6 +267,7 @@ void call(Session& session, const std::string& text, const std::string& method_n
     Answer answer;
     {
         const Progress progress("calling " + method.name);
+        const Ending::Change change;
         answer = session.manager.invoke_method(path, method.name, in);
     }
     Session::check(answer, path.text() + " " + method.name);
@@ -274,12 +297,18 @@ void add_commands(CLI::App& app, Command& chosen) {
     };
     const auto words = [] { return std::make_shared<Words>(); };
 
-    app.add_subcommand("list", "A line per port of the host")->callback([&chosen] {
-        chosen = list_ports;
-    });
-    app.add_subcommand("tree", "Host, adapters, ports, targets and logical units as a tree")
-        ->callback([&chosen] { chosen = show_tree; });
-
+    const auto add_host_command = [&](const char* name, const char* help,
+                                      void (*run)(Session&, const std::string&)) {
+        auto* const command = app.add_subcommand(name, help);
+        const auto read = words();
+        command->add_option("PORT", read->first, "a port's WWPN, or its beginning");
+        command->callback([&chosen, read, run] {
+            chosen = [read, run](Session& session) { run(session, read->first); };
+        });
+    };
+    add_host_command("list", "A line per port of the host", list_ports);
+    add_host_command("tree", "Host, adapters, ports, targets and logical units as a tree",
+                     show_tree);
     {
         auto* const command =
             app.add_subcommand("classes", "The classes and what each offers; one class in full");

@@ -16,9 +16,9 @@ namespace tvrcim {
 using Command = std::function<void(Session&)>;
 void add_commands(CLI::App& app, Command& chosen);
 
-// `list` and `tree`
-void list_ports(Session& session);
-void show_tree(Session& session);
+// `list` and `tree`, of the ports whose WWPN begins with `port`, or of all
+void list_ports(Session& session, const std::string& port);
+void show_tree(Session& session, const std::string& port);
 
 // `assoc`, `refs` and `graph`
 void add_association_commands(CLI::App& app, Command& chosen);

@@ -2,8 +2,8 @@
 
 _tvrcim() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands='list tree classes enum get set call assoc refs graph shell'
-    local options='--module --sim --namespace -o --output --log --instances --help --version'
+    local commands='list tree classes enum get set call assoc refs graph shell help'
+    local options='--module --sim --namespace -o --output --device-log --log --instances --help --version'
     local word command='' words=() behind=0
     local i
     for ((i = 1; i < COMP_CWORD; i++)); do
@@ -57,6 +57,9 @@ _tvrcim() {
     '')
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
         [[ $previous == --sim ]] && mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -f -- "$current")
+        ;;
+    help)
+        mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
         ;;
     enum | classes | get | set | call | assoc | refs | graph)
         # The first word behind the command is a class, or a path that begins with one.

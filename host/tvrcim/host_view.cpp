@@ -1,7 +1,9 @@
 #include "host/tvrcim/host_view.h"
 
 #include "host/tvrcim/errors.h"
+#include "host/tvrcim/near_names.h"
 #include "host/tvrcim/progress.h"
+#include "host/tvrcim/wwn.h"
 
 #include <algorithm>
 #include <sstream>
@@ -39,6 +41,22 @@ struct Port_Type {
 constexpr Port_Type port_types[] = {{0, "unknown"}, {1, "other"}, {10, "N"}, {11, "NL"},
                                     {12, "F/NL"},   {13, "Nx"},   {14, "E"}, {15, "F"},
                                     {16, "FL"},     {17, "B"},    {18, "G"}};
+
+struct State {
+    std::uint64_t code;
+    const char* text;
+};
+
+// TVRHBA_FCPort.OperationalStatus, where the module's word for it says less than people know.
+constexpr State port_states[] = {{0, "unknown"},
+                                 {6, "error"},
+                                 {10, "offline"},
+                                 {11, "diagnostics"},
+                                 {0x8008, "loopback"},
+                                 {0x8014, "OK, needs reset"},
+                                 {0x8015, "link down, needs reset"},
+                                 {0x8016, "disabled"}};
+constexpr std::uint64_t other_state = 1;
 
 // Of a class that this module doesn't have there are none.
 std::vector<Cim_Instance> instances(Session& session, const char* class_name,
@@ -181,6 +199,24 @@ std::string Port_View::os_name() const {
     return {};
 }
 
+bool Port_View::has_link() const {
+    return number_of(port["Speed"]) != 0;
+}
+
+std::string Port_View::state_text() const {
+    const tvrhost::Cim_Value& status = port["OperationalStatus"];
+    if (!status.is_array() || status.is_null() || status.elements().empty()) {
+        return state();
+    }
+    const std::uint64_t code = number_of(status.elements().front());
+    if (code == other_state && !has_link()) {
+        return "link down";
+    }
+    const auto known = std::find_if(std::begin(port_states), std::end(port_states),
+                                    [code](const State& each) { return each.code == code; });
+    return known == std::end(port_states) ? state() : known->text;
+}
+
 std::string Unit_View::os_name() const {
     const tvrhost::Cim_Value& info = device["OtherIdentifyingInfo"];
     return info.is_array() && !info.is_null() && !info.elements().empty()
@@ -232,20 +268,47 @@ std::string Adapter_View::model() const {
     return !model.empty() || ports.empty() ? model : ports.front().port["Description"].plain();
 }
 
-Host_View read_host(Session& session, Units units) {
+std::set<std::string> Host_View::port_names() const {
+    std::set<std::string> names;
+    for (const Adapter_View& adapter : adapters) {
+        for (const Port_View& port : adapter.ports) {
+            names.insert(port.wwpn());
+        }
+    }
+    return names;
+}
+
+Host_View read_host(Session& session, Units units, const std::string& port_name) {
+    const std::string beginning = wwn_digits(port_name).value_or(port_name);
     Host_View host;
     {
         const Progress progress("reading adapters and targets");
         host.adapters = read_adapters(session);
         read_units(session, host.adapters, units);
     }
+    const std::set<std::string> names = host.port_names();
+    if (names.empty()) {
+        session.explain_nothing();
+        return host;
+    }
     for (const Adapter_View& adapter : host.adapters) {
         if (!adapter.ports.empty()) {
             host.name = adapter.ports.front().port["SystemName"].plain();
-            return host;
         }
     }
-    session.explain_nothing();
+    if (port_name.empty()) {
+        return host;
+    }
+    for (Adapter_View& adapter : host.adapters) {
+        std::erase_if(adapter.ports,
+                      [&](const Port_View& port) { return !port.wwpn().starts_with(beginning); });
+    }
+    std::erase_if(host.adapters, [](const Adapter_View& adapter) { return adapter.ports.empty(); });
+    if (host.adapters.empty()) {
+        throw Usage_Error("no port's name begins with " + port_name +
+                          suggestion(beginning, {names.begin(), names.end()}) +
+                          "; 'tvrcim list' shows all");
+    }
     return host;
 }
 

@@ -5,6 +5,8 @@
 
 #include "host/tvrcim/session.h"
 
+#include <set>
+
 namespace tvrcim {
 
 // A logical unit of a target.
@@ -30,7 +32,9 @@ struct Port_View {
     std::vector<Target_View> targets;
 
     std::string wwpn() const { return port["DeviceID"].plain(); }
-    std::string state() const { return port["StatusDescriptions"].plain(); }
+    std::string state() const { return port["StatusDescriptions"].plain(); } // the module's word
+    std::string state_text() const;                                          // for people
+    bool has_link() const;
     std::string speed() const; // in gigabits per second, "-" without a link
     std::string type() const;
     std::string firmware() const; // the version alone
@@ -47,14 +51,17 @@ struct Adapter_View {
 struct Host_View {
     std::string name;
     std::vector<Adapter_View> adapters;
+
+    std::set<std::string> port_names() const;
 };
 
 // What is read of the units behind the ports.
 enum class Units { counted, described };
 
-// Throws Cim_Error where the module doesn't answer, and what the session has to say where it finds
-// no port.
-Host_View read_host(Session& session, Units units);
+// The host, or with a WWPN in any spelling, or the beginning of one, that of it which belongs to
+// the ports so named. Throws Cim_Error where the module doesn't answer, and what the session has to
+// say where it finds no port; Usage_Error if no port is named so.
+Host_View read_host(Session& session, Units units, const std::string& port_name);
 
 // The value of a property that is a number, 0 where it is none.
 std::uint64_t number_of(const tvrhost::Cim_Value& value);

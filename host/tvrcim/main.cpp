@@ -1,9 +1,13 @@
 // tvrcim: shows and changes the adapters of a host through the provider module, with an object
 // manager of its own.
 #include "host/object_manager.h"
+#include "host/tvrcim/adapter_check.h"
 #include "host/tvrcim/command_line.h"
 #include "host/tvrcim/commands.h"
+#include "host/tvrcim/ending.h"
 #include "host/tvrcim/errors.h"
+#include "host/tvrcim/near_names.h"
+#include "host/tvrcim/output.h"
 #include "host/tvrcim/places.h"
 #include "host/tvrcim/private_run.h"
 #include "host/tvrcim/shell.h"
@@ -14,12 +18,32 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <iostream>
 
 namespace tvrcim {
 
 namespace {
+
+// A word behind --sim that is no file is a command that was mistyped, unless a command follows.
+void check_scenario_word(const std::vector<std::string>& words,
+                         const std::vector<std::string>& commands) {
+    const auto is_command = [&](const std::string& word) {
+        return std::find(commands.begin(), commands.end(), word) != commands.end();
+    };
+    const auto sim = std::find(words.begin(), words.end(), "--sim");
+    if (sim == words.end() || sim + 1 == words.end()) {
+        return;
+    }
+    const std::string& word = sim[1];
+    std::error_code error;
+    if (!word.empty() && !word.starts_with('-') && std::none_of(sim, words.end(), is_command) &&
+        !std::filesystem::exists(word, error)) {
+        throw Usage_Error("there is neither a command nor a scenario '" + word + "'" +
+                          suggestion(word, commands) + "; --help lists the commands");
+    }
+}
 
 bool is_log_level(const std::string& word) {
     constexpr const char* levels[] = {"FATAL", "ERR", "WARN", "INFO", "DBG"};
@@ -58,12 +82,18 @@ int run(const Settings& settings, const Command& command, bool shell) {
     options.instance_file = settings.instances;
     options.on_log = [](const std::string& text) { std::cerr << text << '\n'; };
     const std::string module = options.module;
+    Ending ending;
     tvrhost::Object_Manager manager(std::move(options));
+    const Ending::Watch watch(ending, manager);
     check_module(manager, module);
     Session session(manager, settings.format, settings.name_space, std::cout);
-    session.explain_nothing = check_adapter_library;
+    session.width = screen_width;
+    session.explain_nothing = [&session] {
+        check_adapter_library();
+        explain_no_ports(session);
+    };
     if (shell) {
-        return run_shell(session, std::cin, isatty(STDIN_FILENO) != 0);
+        return run_shell(session);
     }
     command(session);
     return success;
@@ -94,9 +124,11 @@ int start(int argc, char** argv) {
            },
            "text or json")
         ->type_name("FORMAT");
+    app.add_flag("--device-log", apart.device_log,
+                 "show what the module does with the adapter libraries");
     CLI::Option* const log =
         app.add_option("--log", apart.log_level,
-                       "show the module's runtime log at the end: FATAL, ERR, WARN, INFO or DBG")
+                       "show the log of the module's runtime: FATAL, ERR, WARN, INFO or DBG")
             ->type_name("[LEVEL]")
             ->expected(0, 1);
     app.add_option("--instances", settings.instances, "instances of other providers, as JSON")
@@ -105,8 +137,10 @@ int start(int argc, char** argv) {
     add_commands(app, command);
     const CLI::App* const shell =
         app.add_subcommand("shell", "The same commands, one a line, with the module kept loaded");
+    add_help(app);
 
     std::vector<std::string> words(argv + 1, argv + argc);
+    check_scenario_word(words, command_names(app));
     std::reverse(words.begin(), words.end());
     if (const std::optional<int> over = parse(app, std::move(words), std::cout)) {
         return *over;
@@ -118,7 +152,8 @@ int start(int argc, char** argv) {
         throw Usage_Error("--log is FATAL, ERR, WARN, INFO or DBG, not '" + apart.log_level + "'");
     }
     apart.simulated = sim->count() != 0;
-    if ((apart.simulated || !apart.log_level.empty()) && !is_private_run()) {
+    const bool is_apart = apart.simulated || apart.device_log || !apart.log_level.empty();
+    if (is_apart && !is_private_run()) {
         return run_privately(argv, apart);
     }
     return run(settings, command, shell->parsed());
@@ -133,10 +168,16 @@ void hold_standard_streams() {
     }
 }
 
-void check_output() {
-    if (!std::cout.flush()) {
+// Ends the process as a closed pipe ends others where a reader has gone away: that is no error.
+int checked_output(int status) {
+    const bool is_written = std::cout.flush().good();
+    if (is_pipe_closed() && !(is_written && std::cerr.good())) {
+        end_by_signal(SIGPIPE);
+    }
+    if (status == success && !is_written) {
         throw Cim_Error("standard output cannot be written");
     }
+    return status;
 }
 
 } // namespace
@@ -145,9 +186,7 @@ void check_output() {
 
 int main(int argc, char** argv) {
     tvrcim::hold_standard_streams();
-    return tvrcim::guarded([&] {
-        const int status = tvrcim::start(argc, argv);
-        tvrcim::check_output();
-        return status;
-    });
+    tvrcim::survive_closed_pipes();
+    const int status = tvrcim::guarded([&] { return tvrcim::start(argc, argv); });
+    return tvrcim::guarded([&] { return tvrcim::checked_output(status); });
 }

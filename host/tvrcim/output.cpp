@@ -1,6 +1,12 @@
 #include "host/tvrcim/output.h"
 
+#include "host/tvrcim/value_names.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdlib>
 
 namespace tvrcim {
 
@@ -11,11 +17,23 @@ using tvrhost::Named_Value;
 
 namespace {
 
-// In characters of UTF-8.
+bool begins_character(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80; // in UTF-8
+}
+
+// In characters.
 std::size_t width_of(const std::string& text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-    }));
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins_character));
+}
+
+// Where the character of that number begins.
+std::size_t offset_of(const std::string& text, std::size_t character) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (begins_character(text[i]) && character-- == 0) {
+            return i;
+        }
+    }
+    return text.size();
 }
 
 } // namespace
@@ -24,20 +42,25 @@ void print_json(Session& session, const Json& json) {
     session.out << tvrhost::json_text(json) << '\n';
 }
 
-void print_values(Session& session, const tvrhost::Named_Values& values) {
+void print_values(Session& session, const tvrhost::Named_Values& values,
+                  const tvrmof::Class* model) {
     std::size_t width = 0;
     for (const Named_Value& value : values) {
         width = std::max(width, value.name.size());
     }
     for (const Named_Value& value : values) {
-        session.out << "  " << value.name << std::string(width - value.name.size(), ' ') << " = "
-                    << value.value.literal() << '\n';
+        const std::string before =
+            "  " + value.name + std::string(width - value.name.size(), ' ') + " = ";
+        print_wrapped(session, before, std::string(before.size(), ' '),
+                      model == nullptr ? value.value.literal() : named_literal(model, value));
     }
 }
 
 void print_instance(Session& session, const Cim_Instance& instance) {
     session.out << instance.path.text() << '\n';
-    print_values(session, instance.properties);
+    const tvrmof::Schema* const schema = session.manager.schema();
+    print_values(session, instance.properties,
+                 schema == nullptr ? nullptr : schema->find(instance.path.class_name));
 }
 
 void print_answer(Session& session, const tvrhost::Answer& answer) {
@@ -94,9 +117,56 @@ std::vector<std::string> aligned(const Rows& rows) {
     return lines;
 }
 
-void print_table(std::ostream& out, const Rows& rows) {
+void print_table(Session& session, const Rows& rows) {
     for (const std::string& line : aligned(rows)) {
-        out << line << '\n';
+        print_wrapped(session, "", "    ", line);
+    }
+}
+
+std::size_t screen_width() {
+    if (isatty(STDOUT_FILENO) == 0) {
+        return 0;
+    }
+    if (const char* const columns = std::getenv("COLUMNS")) {
+        if (const unsigned long width = std::strtoul(columns, nullptr, 10); width != 0) {
+            return width;
+        }
+    }
+    winsize size{};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+std::vector<std::string> wrapped(const std::string& text, std::size_t first, std::size_t others) {
+    constexpr std::size_t readable = 16;
+    std::vector<std::string> lines;
+    std::string rest = text;
+    std::size_t room = first;
+    while (std::min(first, others) >= readable && width_of(rest) > room) {
+        const std::size_t end = offset_of(rest, room);
+        // A word that alone is longer than a line is broken where the line ends.
+        const std::size_t blank = rest.find_last_of(' ', end);
+        const std::size_t last =
+            blank == std::string::npos ? blank : rest.find_last_not_of(' ', blank);
+        const std::size_t cut = last == std::string::npos ? end : last + 1;
+        lines.push_back(rest.substr(0, cut));
+        rest.erase(0, std::min(rest.find_first_not_of(' ', cut), rest.size()));
+        room = others;
+    }
+    lines.push_back(rest);
+    return lines;
+}
+
+void print_wrapped(Session& session, const std::string& before, const std::string& below,
+                   const std::string& text) {
+    const std::size_t width = session.width();
+    const auto room = [width](const std::string& prefix) {
+        const std::size_t taken = width_of(prefix);
+        return width == 0 ? SIZE_MAX : width - std::min(width, taken);
+    };
+    const std::string* prefix = &before;
+    for (const std::string& line : wrapped(text, room(before), room(below))) {
+        session.out << *prefix << line << '\n';
+        prefix = &below;
     }
 }
 

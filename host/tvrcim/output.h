@@ -9,8 +9,10 @@ namespace tvrcim {
 
 void print_json(Session& session, const tvrhost::Json& json);
 
-// A line per value: its name, padded, and its literal.
-void print_values(Session& session, const tvrhost::Named_Values& values);
+// A line per value: its name, padded, and its literal; where `model` is given, with the meaning of
+// numbers.
+void print_values(Session& session, const tvrhost::Named_Values& values,
+                  const tvrmof::Class* model = nullptr);
 void print_instance(Session& session, const tvrhost::Cim_Instance& instance);
 
 // The paths and instances of an answer: a JSON array, or paths a line each and instances with an
@@ -25,7 +27,18 @@ std::string printable(std::string text);
 using Rows = std::vector<std::vector<std::string>>;
 std::vector<std::string> aligned(const Rows& rows);
 // Those as lines; the first row is the heading.
-void print_table(std::ostream& out, const Rows& rows);
+void print_table(Session& session, const Rows& rows);
+
+// The characters of a line of standard output if it is a terminal, else 0.
+std::size_t screen_width();
+
+// A text in lines: `first` characters at most in the first one and `others` in those behind it,
+// broken between words where that can be. One line if `first` or `others` is too little to read.
+std::vector<std::string> wrapped(const std::string& text, std::size_t first, std::size_t others);
+
+// Prints `text` behind `before`, and what the screen has no room for in lines behind `below`.
+void print_wrapped(Session& session, const std::string& before, const std::string& below,
+                   const std::string& text);
 
 // "100.0 GiB" and the like.
 std::string size_text(std::uint64_t bytes);

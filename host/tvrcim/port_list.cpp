@@ -1,4 +1,5 @@
 // `tvrcim list`: a line per port.
+#include "host/tvrcim/adapter_check.h"
 #include "host/tvrcim/commands.h"
 #include "host/tvrcim/host_view.h"
 #include "host/tvrcim/output.h"
@@ -7,8 +8,8 @@ namespace tvrcim {
 
 using tvrhost::Json;
 
-void list_ports(Session& session) {
-    const Host_View host = read_host(session, Units::counted);
+void list_ports(Session& session, const std::string& port_name) {
+    const Host_View host = read_host(session, Units::counted, port_name);
     Json json = Json::array();
     std::vector<std::vector<std::string>> rows = {
         {"WWPN", "MODEL", "FIRMWARE", "STATE", "SPEED", "TYPE", "TARGETS"}};
@@ -25,8 +26,9 @@ void list_ports(Session& session) {
                                 {"targets", port.targets.size()}});
                 continue;
             }
-            rows.push_back({port.wwpn(), adapter.model(), port.firmware(), port.state(),
-                            port.speed(), port.type(), std::to_string(port.targets.size())});
+            rows.push_back({port.wwpn(), adapter.model(), port.firmware(), port.state_text(),
+                            port.speed(), port.has_link() ? port.type() : "-",
+                            std::to_string(port.targets.size())});
         }
     }
     if (session.format == Format::json) {
@@ -34,7 +36,10 @@ void list_ports(Session& session) {
     } else if (rows.size() == 1) {
         session.out << "no ports\n";
     } else {
-        print_table(session.out, rows);
+        print_table(session, rows);
+    }
+    if (port_name.empty()) {
+        tell_left_out(session, host.port_names());
     }
 }
 

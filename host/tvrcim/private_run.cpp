@@ -1,10 +1,13 @@
 #include "host/tvrcim/private_run.h"
 
+#include "host/tvrcim/ending.h"
 #include "host/tvrcim/errors.h"
+#include "host/tvrcim/log_tail.h"
 #include "host/tvrcim/places.h"
 #include "sim/tvrsim.h"
 
 #include <dlfcn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,7 +18,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
+#include <optional>
 
 namespace fs = std::filesystem;
 
@@ -60,36 +63,53 @@ private:
 
 volatile std::sig_atomic_t child = 0;
 
-void pass_on(int signal) {
-    if (child > 0) {
+// What a terminal sends, it sends to the child as well.
+void pass_on(int signal, siginfo_t* info, void*) {
+    if (child > 0 && info->si_code <= 0) {
         kill(static_cast<pid_t>(child), signal);
     }
 }
 
-// While the child runs, what would end this process goes to the child, so that the private
-// directory is removed afterwards. A terminal's own signals reach the child twice.
+// What would end this process goes to the child, so that the private directory is removed
+// afterwards; until there is a child it waits.
 class Signals_To_Child {
 public:
     Signals_To_Child() {
+        sigemptyset(&_passed);
+        for (std::size_t i = 0; i < count; ++i) {
+            sigaddset(&_passed, passed[i]);
+        }
+        sigprocmask(SIG_BLOCK, &_passed, &_mask_before);
         for (std::size_t i = 0; i < count; ++i) {
             struct sigaction action {};
-            action.sa_handler = pass_on;
-            sigaction(passed[i], &action, &_before[i]);
+            action.sa_sigaction = pass_on;
+            action.sa_flags = SA_SIGINFO;
+            sigaction(passed[i], nullptr, &_before[i]);
+            if (_before[i].sa_handler != SIG_IGN) {
+                sigaction(passed[i], &action, nullptr);
+            }
         }
     }
     ~Signals_To_Child() { restore(); }
     Signals_To_Child(const Signals_To_Child&) = delete;
     Signals_To_Child& operator=(const Signals_To_Child&) = delete;
 
+    void pass_to(pid_t process) const {
+        child = process;
+        sigprocmask(SIG_SETMASK, &_mask_before, nullptr);
+    }
     void restore() const {
         for (std::size_t i = 0; i < count; ++i) {
             sigaction(passed[i], &_before[i], nullptr);
         }
+        sigprocmask(SIG_SETMASK, &_mask_before, nullptr);
     }
 
 private:
     static constexpr int passed[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
     static constexpr std::size_t count = 4;
+    sigset_t _passed{};
+    sigset_t _mask_before{};
     struct sigaction _before[count] {};
 };
 
@@ -127,55 +147,97 @@ std::string scenario_file(const std::string& asked) {
     return !asked.empty() || variable == nullptr ? asked : variable;
 }
 
+void make_configuration(const fs::path& prefix) {
+    for (const char* directory : {"etc", "proc", "var/log"}) {
+        fs::create_directories(prefix / directory);
+    }
+    setenv("TAVRIN_FC_PREFIX", prefix.c_str(), 1);
+}
+
 void simulate(const fs::path& prefix, const std::string& asked) {
     const fs::path simulator = simulator_directory();
     if (const std::string scenario = scenario_file(asked); !scenario.empty()) {
         check_scenario(simulator, scenario);
         setenv("TVRSIM_SCENARIO", fs::absolute(scenario).c_str(), 1);
     }
-    for (const char* directory : {"etc", "proc", "var/log"}) {
-        fs::create_directories(prefix / directory);
-    }
+    make_configuration(prefix);
     copy_banner(prefix, "/proc/version");
     copy_banner(prefix, "/etc/issue");
-    setenv("TAVRIN_FC_PREFIX", prefix.c_str(), 1);
     setenv("LD_LIBRARY_PATH", joined(simulator, getenv("LD_LIBRARY_PATH")).c_str(), 1);
 }
 
-// Switches the runtime log on, in a place of its own.
-void keep_log(const fs::path& home, const std::string& level) {
-    fs::create_directories(home);
-    std::ofstream(home / ".cimplerc") << "LOG_LEVEL=" << level << '\n';
-    setenv("CIMPLE_HOME", home.c_str(), 1);
-}
-
-void show_log(const fs::path& home) {
-    std::ifstream messages(home / ".cimple" / "messages");
-    for (std::string line; std::getline(messages, line);) {
-        std::cerr << line << '\n';
+// The machine's own files, but for the log settings: what is written to a link goes to its file.
+void link_configuration(const fs::path& prefix) {
+    const char* const before = secure_getenv("TAVRIN_FC_PREFIX");
+    const std::string root =
+        before == nullptr || *before == '\0' ? "" : fs::absolute(before).string();
+    make_configuration(prefix);
+    for (const char* file : {"etc/tavrin_fc_provider.conf", "etc/tvr_smis.conf", "etc/issue",
+                             "proc/version", "var/log/messages"}) {
+        fs::create_symlink(root + "/" + file, prefix / file);
     }
 }
 
-// The exit status of a process that runs this program again.
-int run_again(char** arguments) {
+// Has the module write its log from its start on. Returns the log's file.
+fs::path keep_device_log(const fs::path& prefix) {
+    constexpr std::size_t longest = 255; // of a path in the settings
+    fs::path log = prefix / "var/log/devices.log";
+    if (log.native().size() > longest) {
+        throw Usage_Error("the path of the device log is too long; TMPDIR may name another place");
+    }
+    std::ofstream(prefix / "etc/tavrin_fc_provider.dmp") << "2,5,1\n" << log.native();
+    return log;
+}
+
+// Switches the runtime log on, in a place of its own. Returns its file.
+fs::path keep_runtime_log(const fs::path& home, const std::string& level) {
+    fs::create_directories(home);
+    std::ofstream(home / ".cimplerc") << "LOG_LEVEL=" << level << '\n';
+    setenv("CIMPLE_HOME", home.c_str(), 1);
+    return home / ".cimple" / "messages";
+}
+
+// How a process ended that runs this program again, as waitpid tells it.
+int run_again(char** arguments, const Signals_To_Child& signals) {
     const std::string self = own_file().string();
-    const Signals_To_Child signals;
     const pid_t pid = fork();
     if (pid < 0) {
         throw Usage_Error(std::string("cannot start a process: ") + std::strerror(errno));
     }
     if (pid == 0) {
         signals.restore();
+        prctl(PR_SET_PDEATHSIG, SIGTERM); // nobody would wait for its answer
         execv(self.c_str(), arguments);
         std::fprintf(stderr, "tvrcim: cannot start %s: %s\n", self.c_str(), std::strerror(errno));
         _exit(usage_error);
     }
-    child = pid;
+    signals.pass_to(pid);
     int status = 0;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     child = 0;
-    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    remove_module_names(pid);
+    return status;
+}
+
+int run_in(const fs::path& directory, char** arguments, const Private_Run& run,
+           const Signals_To_Child& signals) {
+    const fs::path prefix = directory / "host";
+    if (run.simulated) {
+        simulate(prefix, run.scenario);
+    } else if (run.device_log) {
+        link_configuration(prefix);
+    }
+    std::optional<Log_Tail> device_log;
+    if (run.device_log) {
+        device_log.emplace(keep_device_log(prefix));
+    }
+    std::optional<Log_Tail> runtime_log;
+    if (!run.log_level.empty()) {
+        runtime_log.emplace(keep_runtime_log(directory / "log", run.log_level));
+    }
+    setenv(marker, "1", 1);
+    return run_again(arguments, signals);
 }
 
 } // namespace
@@ -185,18 +247,16 @@ bool is_private_run() noexcept {
 }
 
 int run_privately(char** arguments, const Private_Run& run) {
-    const Private_Directory directory;
-    const fs::path log_home = directory.path() / "log";
-    if (run.simulated) {
-        simulate(directory.path() / "host", run.scenario);
+    int status = 0;
+    {
+        const Signals_To_Child signals;
+        const Private_Directory directory;
+        status = run_in(directory.path(), arguments, run, signals);
     }
-    if (!run.log_level.empty()) {
-        keep_log(log_home, run.log_level);
+    if (WIFSIGNALED(status)) {
+        end_by_signal(WTERMSIG(status));
     }
-    setenv(marker, "1", 1);
-    const int status = run_again(arguments);
-    show_log(log_home);
-    return status;
+    return WEXITSTATUS(status);
 }
 
 } // namespace tvrcim

@@ -3,6 +3,7 @@
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/near_names.h"
 #include "host/tvrcim/progress.h"
+#include "host/tvrcim/wwn.h"
 
 #include <algorithm>
 #include <set>
@@ -31,6 +32,18 @@ bool begins_with(const Cim_Value& value, const Cim_Value& beginning) {
     return value.type() == Cim_Type::string && !value.is_null() &&
            beginning.type() == Cim_Type::string && !beginning.is_null() &&
            value.as_string().starts_with(beginning.as_string());
+}
+
+// As `fits`, but for a WWN that may be spelled in another way than the key.
+template <class Fits> auto as_wwn(Fits fits) {
+    return [fits](const Cim_Value& value, const Cim_Value& key) {
+        const bool are_texts = value.type() == Cim_Type::string && !value.is_null() &&
+                               key.type() == Cim_Type::string && !key.is_null();
+        const std::optional<std::string> digits =
+            are_texts ? wwn_digits(key.as_string()) : std::nullopt;
+        return digits ? fits(Cim_Value(without_separators(value.as_string())), Cim_Value(*digits))
+                      : fits(value, key);
+    };
 }
 
 template <class Fits>
@@ -210,11 +223,16 @@ Cim_Path Session::find_path(const std::string& text) {
         return wanted;
     }
     check(answer, text);
-    std::vector<Cim_Path> found =
-        fitting(answer.paths, wanted,
-                [](const Cim_Value& value, const Cim_Value& key) { return value == key; });
+    const auto is_equal = [](const Cim_Value& value, const Cim_Value& key) { return value == key; };
+    std::vector<Cim_Path> found = fitting(answer.paths, wanted, is_equal);
+    if (found.empty()) {
+        found = fitting(answer.paths, wanted, as_wwn(is_equal));
+    }
     if (found.empty()) {
         found = fitting(answer.paths, wanted, begins_with);
+    }
+    if (found.empty()) {
+        found = fitting(answer.paths, wanted, as_wwn(begins_with));
     }
     if (found.size() == 1) {
         return found.front();

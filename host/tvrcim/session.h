@@ -23,6 +23,8 @@ public:
     tvrhost::Object_Manager& manager;
     Format format;
     std::ostream& out;
+    // The characters of a line of the output; 0 where lines may have any length.
+    std::function<std::size_t()> width = [] { return std::size_t{0}; };
     // For those who found nothing: throws Cim_Error where the reason is known.
     std::function<void()> explain_nothing = [] {};
 
@@ -40,9 +42,9 @@ public:
     static void check(const tvrhost::Answer& answer, const std::string& what);
 
     // The whole path of an instance that `text` names: the only one whose keys fit. A text key fits
-    // by its beginning if none is equal. Of a class that nobody serves, as the computer system's
-    // may be, the instances are those that associations lead to. All keys of a served class stand
-    // for themselves where nothing fits.
+    // by its beginning if none is equal, and a WWN in any spelling. Of a class that nobody serves,
+    // as the computer system's may be, the instances are those that associations lead to. All keys
+    // of a served class stand for themselves where nothing fits.
     tvrhost::Cim_Path find_path(const std::string& text);
 
     // Throws Cim_Error if somebody serves the path's class and has no such instance; for those who

@@ -2,10 +2,16 @@
 
 #include "host/tvrcim/command_line.h"
 #include "host/tvrcim/commands.h"
+#include "host/tvrcim/completion.h"
+#include "host/tvrcim/ending.h"
 #include "host/tvrcim/errors.h"
+#include "host/tvrcim/line_editor.h"
 
 #include <CLI/CLI.hpp>
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <iostream>
 
 namespace tvrcim {
@@ -56,46 +62,68 @@ std::vector<std::string> split_words(const std::string& line) {
     return words;
 }
 
-int run_shell(Session& session, std::istream& in, bool prompt) {
+namespace {
+
+// Runs one command. `status` is that of the one before, which an empty line leaves as it is.
+int run_line(Session& session, std::vector<std::string> words, int status) {
+    if (words.empty() || words.front().starts_with('#')) {
+        return status;
+    }
+    CLI::App app("The commands of tvrcim, one a line; 'exit' ends", "");
+    Command command;
+    prepare(app);
+    add_commands(app, command);
+    add_help(app);
+    std::reverse(words.begin(), words.end());
+    if (const std::optional<int> over = parse(app, words, session.out)) {
+        return *over;
+    }
+    command(session);
+    session.out << std::flush;
+    return success;
+}
+
+} // namespace
+
+int run_shell(Session& session, const Next_Line& next, bool tell_lines) {
     int status = success;
-    std::string line;
-    for (;;) {
-        if (prompt) {
-            session.out << "tvrcim> " << std::flush;
-        }
-        if (!std::getline(in, line)) {
+    bool is_over = false;
+    for (std::size_t number = 1; !is_over && session.out; ++number) {
+        const std::optional<std::string> line = next();
+        if (!line) {
             break;
         }
-        status = guarded([&] {
-            std::vector<std::string> words = split_words(line);
-            if (words.empty() || words.front().starts_with('#')) {
-                return status;
-            }
-            if (words.size() == 1 && (words.front() == "exit" || words.front() == "quit")) {
-                in.setstate(std::ios::eofbit);
-                return status;
-            }
-            CLI::App app("The commands of tvrcim, one a line; 'exit' ends", "");
-            Command command;
-            prepare(app);
-            add_commands(app, command);
-            std::reverse(words.begin(), words.end());
-            if (const std::optional<int> over = parse(app, words, session.out)) {
-                return *over;
-            }
-            command(session);
-            session.out << std::flush;
-            return int{success};
-        });
-        if (in.eof() || !session.out) {
-            break;
-        }
+        const std::string place = tell_lines ? "line " + std::to_string(number) + ": " : "";
+        status = guarded(
+            [&] {
+                std::vector<std::string> words = split_words(*line);
+                is_over = words.size() == 1 && (words.front() == "exit" || words.front() == "quit");
+                return is_over ? status : run_line(session, std::move(words), status);
+            },
+            place);
     }
-    if (in.bad()) {
+    return status;
+}
+
+int run_shell(Session& session) {
+    if (isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0) {
+        Ending::keep_terminal();
+        Line_Editor editor(
+            [&session](const std::string& line) { return completions(session, line); });
+        const int status = run_shell(
+            session, [&editor] { return editor.read(); }, false);
+        session.out << std::flush;
+        return status;
+    }
+    const int status = run_shell(
+        session,
+        []() -> std::optional<std::string> {
+            std::string line;
+            return std::getline(std::cin, line) ? std::optional(std::move(line)) : std::nullopt;
+        },
+        true);
+    if (std::cin.bad()) {
         throw Usage_Error("standard input cannot be read");
-    }
-    if (prompt) {
-        session.out << '\n';
     }
     return status;
 }

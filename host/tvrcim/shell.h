@@ -4,7 +4,10 @@
 
 #include "host/tvrcim/session.h"
 
-#include <istream>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tvrcim {
 
@@ -13,9 +16,15 @@ namespace tvrcim {
 // Throws Usage_Error for a quotation mark that is never closed.
 std::vector<std::string> split_words(const std::string& line);
 
+// Gives the next line, or nothing at the end of the input.
+using Next_Line = std::function<std::optional<std::string>()>;
+
 // Reads and runs commands until the end of the input, "exit" or "quit". A failed command doesn't
-// end it. Returns the exit status of the last command.
-int run_shell(Session& session, std::istream& in, bool prompt);
+// end it; its error names the line if `tell_lines`. Returns the exit status of the last command.
+int run_shell(Session& session, const Next_Line& next, bool tell_lines);
+
+// From a person at the terminal, or from a script in standard input.
+int run_shell(Session& session);
 
 } // namespace tvrcim
 

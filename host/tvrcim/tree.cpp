@@ -1,4 +1,5 @@
 // `tvrcim tree`: the host from its adapters down to the logical units.
+#include "host/tvrcim/adapter_check.h"
 #include "host/tvrcim/commands.h"
 #include "host/tvrcim/host_view.h"
 #include "host/tvrcim/output.h"
@@ -41,11 +42,15 @@ const Branches& branches() {
     return plain;
 }
 
-void print(std::ostream& out, const Node& node, const Branches& style, const std::string& before) {
+// `before` stands before the lines below a node.
+void print(Session& session, const Node& node, const Branches& style, const std::string& before) {
     for (const Node& child : node.children) {
         const bool is_last = &child == &node.children.back();
-        out << before << (is_last ? style.last : style.inner) << printable(child.text) << '\n';
-        print(out, child, style, before + (is_last ? style.below_last : style.below_inner));
+        const std::string below = before + (is_last ? style.below_last : style.below_inner);
+        const char* const beside = child.children.empty() ? style.below_last : style.below_inner;
+        print_wrapped(session, before + (is_last ? style.last : style.inner), below + beside + " ",
+                      printable(child.text));
+        print(session, child, style, below);
     }
 }
 
@@ -85,10 +90,8 @@ std::vector<Node> unit_nodes(const std::vector<Unit_View>& units) {
 }
 
 Node port_node(const Port_View& port) {
-    const bool has_speed = number_of(port.port["Speed"]) != 0;
-    const bool is_down = !has_speed && port.state() == "Other";
-    Node node{joined({"port " + port.wwpn(), port.state(), has_speed ? port.speed() : "",
-                      is_down ? "no link" : port.type(), labelled("firmware", port.firmware()),
+    Node node{joined({"port " + port.wwpn(), port.state_text(), port.has_link() ? port.speed() : "",
+                      port.has_link() ? port.type() : "", labelled("firmware", port.firmware()),
                       port.os_name()}),
               {}};
     for (const Target_View& target : port.targets) {
@@ -165,15 +168,18 @@ Json host_json(const Host_View& host) {
 
 } // namespace
 
-void show_tree(Session& session) {
-    const Host_View host = read_host(session, Units::described);
+void show_tree(Session& session, const std::string& port_name) {
+    const Host_View host = read_host(session, Units::described, port_name);
     if (session.format == Format::json) {
         print_json(session, host_json(host));
-        return;
+    } else {
+        const Node root = host_node(host);
+        session.out << printable(root.text) << '\n';
+        print(session, root, branches(), "");
     }
-    const Node root = host_node(host);
-    session.out << printable(root.text) << '\n';
-    print(session.out, root, branches(), "");
+    if (port_name.empty()) {
+        tell_left_out(session, host.port_names());
+    }
 }
 
 } // namespace tvrcim

@@ -1,8 +1,12 @@
 #include "common/config_file.h"
+#include "common/files.h"
 #include "tests/common/log_capture.h"
 #include "tests/common/temp_dir.h"
 
 #include <gmock/gmock.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace cimple {
 namespace {
@@ -53,7 +57,7 @@ TEST(ConfigFile, TakesWhatIsAllowed) {
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
-TEST(ConfigFile, WhatCannotBeReadOrWrittenDoesNoHarm) {
+TEST(ConfigFile, WhatCannotBeTakenReadOrWrittenIsTold) {
     const TempDir dir;
     LogCapture log;
     {
@@ -63,8 +67,51 @@ TEST(ConfigFile, WhatCannotBeReadOrWrittenDoesNoHarm) {
                     ElementsAre("Unable to open provider config setting file - " + dir.path()));
         TvrConfigFile nowhere;
         nowhere.load(dir.file("no/such/dir").c_str());
+
+        TvrConfigFile wrong;
+        const std::string path =
+            dir.write("conf", "\n" + timeout + "=99\n" + timeout + "=3\n" + timeout + "=4\nX=1\n" +
+                                  san + " = false " + std::string(2000, 'e') + "\n");
+        wrong.load(path.c_str());
+        EXPECT_THAT(log.take(), IsEmpty()) << "not before the log has its settings";
+        wrong.logPassedOver();
+        EXPECT_THAT(
+            log.take(),
+            ElementsAre(path + ":2: " + timeout + " takes 1 to 30, \"99\" is passed over",
+                        path + ":4: " + timeout + " stands there once more and is passed over",
+                        path + ":6: " + san + " takes TRUE or FALSE, \"false " +
+                            std::string(54, 'e') + "\" is passed over"));
     }
     EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST(Files, NobodyElseCanWriteToSettings) {
+    const TempDir dir;
+    const auto mode_after = [](File (*opened)(const char*), const std::string& path) {
+        opened(path.c_str());
+        struct stat status {};
+        EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+        return status.st_mode & ALLPERMS;
+    };
+    const mode_t mask = umask(0);
+    EXPECT_EQ(mode_after(openSettingsToWrite, dir.file("new")), 0644u);
+    EXPECT_EQ(mode_after(openToAppend, dir.file("log")), 0644u);
+    for (const auto& [before, after] : {std::pair(0666u, 0644u), {0600u, 0600u}, {06777u, 0644u}}) {
+        const std::string path = dir.write("old", "text");
+        chmod(path.c_str(), before);
+        EXPECT_EQ(mode_after(openSettingsToWrite, path), after);
+    }
+    umask(mask);
+
+    // A link is followed if its maker could write to the file himself.
+    const std::string link = dir.file("link");
+    ASSERT_EQ(symlink(dir.file("target").c_str(), link.c_str()), 0);
+    EXPECT_NE(openSettingsToWrite(link.c_str()), nullptr);
+    if (lchown(link.c_str(), 12345, 12345) == 0) {
+        EXPECT_EQ(openSettingsToWrite(link.c_str()), nullptr);
+        EXPECT_EQ(openToAppend(link.c_str()), nullptr);
+        EXPECT_NE(openToRead(link.c_str()), nullptr);
+    }
 }
 
 } // namespace
