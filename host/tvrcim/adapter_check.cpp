@@ -242,7 +242,7 @@ private:
                 : _api.rm_attribute(attributes, RM_HA_FUNCTION_TYPE, &length, &status);
         std::uint32_t type = 0;
         if (value != nullptr) {
-            std::memcpy(&type, value, std::min<std::size_t>(length, sizeof type));
+            std::memcpy(&type, value, sizeof type); // whatever length the library tells
         }
         return type >= 1 && type <= 3;
     }
