@@ -182,16 +182,18 @@ TEST_F(Tvrcim, ends_in_order_however_it_ends) {
         const char* run;
         int status;
     } cases[] = {
-        {"exec 3> >(true); sleep 0.3; $T enum TVRHBA_RegisteredProfile >&3", 141},
-        {"setsid -w $T --sim=host.json list & sleep 1; kill -TERM -- -$!; wait $!", 143},
-        {"setsid -w $T --sim=host.json list & sleep 1; kill -HUP $!; wait $!", 129},
+        {"export LD_LIBRARY_PATH='" TVR_SIMULATOR "'; exec 3> >(true); sleep 0.3\n"
+         "(echo $BASHPID; exec $T enum TVRHBA_DriverParams >&3); exit $?",
+         141},
+        {"setsid -w $T --sim=host.json list & sleep 0.5; kill -TERM -- -$!; wait $!", 143},
+        {"setsid -w $T --sim=host.json list & sleep 0.5; kill -HUP $!; wait $!", 129},
         {"export LD_LIBRARY_PATH='" TVR_SIMULATOR "' TVRSIM_SCENARIO=host.json\n"
-         "$T list & echo $!; sleep 1; kill -TERM $!; wait $!",
+         "$T list & echo $!; sleep 0.5; kill -TERM $!; wait $!",
          143},
         {"export LD_LIBRARY_PATH='" TVR_SIMULATOR "' TVRSIM_SCENARIO=host.json\n"
-         "$T list & echo $!; sleep 1; kill -TERM $!; sleep 0.4; kill -TERM $!; wait $!",
+         "$T list & echo $!; sleep 0.5; kill -TERM $!; sleep 0.4; kill -TERM $!; wait $!",
          143},
-        {"(sleep 1; echo list) | $T --sim shell & wait $!; exit $?", 0},
+        {"sleep 2 | $T --sim shell & sleep 0.5; kill -TERM $!; wait $!", 143},
     };
     for (const auto& [run, status] : cases) {
         SCOPED_TRACE(run);
