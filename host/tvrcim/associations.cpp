@@ -242,8 +242,8 @@ void add_association_commands(CLI::App& app, Command& chosen) {
             std::vector<std::string> leaves;
             std::vector<std::string> hidden;
         };
-        auto* const command = app.add_subcommand(
-            "graph", "The associations around an instance, as a drawing for Graphviz");
+        auto* const command =
+            app.add_subcommand("graph", "The associations around an instance, for Graphviz");
         const auto read = std::make_shared<Words>();
         command->add_option("PATH", read->path, "CLASS.KEY=VALUE,..., or fewer keys")->required();
         command->add_option("--depth", read->depth, "associations to follow, 1 unless given")

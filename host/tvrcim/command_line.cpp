@@ -73,6 +73,8 @@ void show_help(const CLI::App& app, const CLI::App* command, std::ostream& out) 
 } // namespace
 
 void prepare(CLI::App& app) {
+    constexpr std::size_t names = 22; // columns; with the text behind them on a line of 80
+    app.get_formatter()->column_width(names);
     app.require_subcommand(1);
     app.fallthrough();
 }

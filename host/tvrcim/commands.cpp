@@ -307,8 +307,7 @@ void add_commands(CLI::App& app, Command& chosen) {
         });
     };
     add_host_command("list", "A line per port of the host", list_ports);
-    add_host_command("tree", "Host, adapters, ports, targets and logical units as a tree",
-                     show_tree);
+    add_host_command("tree", "Host, adapters, ports, targets and units as a tree", show_tree);
     {
         auto* const command =
             app.add_subcommand("classes", "The classes and what each offers; one class in full");

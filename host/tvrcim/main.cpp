@@ -107,8 +107,7 @@ int start(int argc, char** argv) {
     app.set_version_flag("--version", "tvrcim " TVR_VERSION);
     app.add_option("--module", settings.module, "the provider module")->type_name("FILE");
     CLI::Option* const sim =
-        app.add_option("--sim", apart.scenario,
-                       "simulated adapters, perhaps of a scenario (given before the command)")
+        app.add_option("--sim", apart.scenario, "simulated adapters, perhaps of a scenario's file")
             ->type_name("[SCENARIO]")
             ->expected(0, 1);
     app.add_option("--namespace", settings.name_space,
@@ -126,11 +125,10 @@ int start(int argc, char** argv) {
         ->type_name("FORMAT");
     app.add_flag("--device-log", apart.device_log,
                  "show what the module does with the adapter libraries");
-    CLI::Option* const log =
-        app.add_option("--log", apart.log_level,
-                       "show the log of the module's runtime: FATAL, ERR, WARN, INFO or DBG")
-            ->type_name("[LEVEL]")
-            ->expected(0, 1);
+    CLI::Option* const log = app.add_option("--log", apart.log_level,
+                                            "show the runtime's log: FATAL, ERR, WARN, INFO or DBG")
+                                 ->type_name("[LEVEL]")
+                                 ->expected(0, 1);
     app.add_option("--instances", settings.instances, "instances of other providers, as JSON")
         ->type_name("FILE");
     prepare(app);

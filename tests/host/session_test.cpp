@@ -1,5 +1,6 @@
 // What tvrcim does with what people type, in process.
 #include "host/tvrcim/commands.h"
+#include "host/tvrcim/completion.h"
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/near_names.h"
 #include "host/tvrcim/output.h"
@@ -44,6 +45,9 @@ protected:
                 CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, name, 1), nullptr));
             }
             CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, "beta", 2), nullptr));
+            for (const char* name : {"10000254564A1020", "10000254564B0000_5"}) {
+                CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, name, 7), nullptr));
+            }
             return CMReturnDone(r.result).rc;
         };
         module.add("Test_Other").enumerate_names = [](Request& r) {
@@ -65,7 +69,11 @@ protected:
     int shell(const std::string& lines) {
         std::istringstream in(lines);
         testing::internal::CaptureStderr();
-        const int status = run_shell(session(), in, false);
+        const auto next = [&in]() -> std::optional<std::string> {
+            std::string line;
+            return std::getline(in, line) ? std::optional(line) : std::nullopt;
+        };
+        const int status = run_shell(session(), next, false);
         errors = testing::internal::GetCapturedStderr();
         return status;
     }
@@ -85,6 +93,17 @@ TEST_F(Session_Test, a_path_is_completed_where_one_instance_fits) {
 
     EXPECT_EQ(complaint("Test_Thing.Name=beta"),
               "Test_Thing.Name=beta fits 2 instances; Slot is 1, 2");
+    struct {
+        const char* spelled;
+        const char* name;
+    } constexpr wwns[] = {{"10:00:02:54:56:4a:10:20", "10000254564A1020"},
+                          {"0x10000254564a1020", "10000254564A1020"},
+                          {"10-00-02-54-56-4B", "10000254564B0000_5"}};
+    for (const auto& [spelled, name] : wwns) {
+        EXPECT_EQ(session().find_path(std::string("Test_Thing.Name=") + spelled),
+                  thing_path(name, 7));
+    }
+    EXPECT_THAT(complaint("Test_Thing.Name=10:00"), HasSubstr("fits 2 instances"));
     EXPECT_THAT(complaint("Test_Thing.Name=gamma"), HasSubstr("no such instance; Name is \"alp"));
     EXPECT_THAT(complaint("Test_Other"), HasSubstr("Test_Other has no instances"));
     EXPECT_THAT(complaint("Test_Special.Name=a"), HasSubstr("CMPI_RC_ERR_INVALID_CLASS"));
@@ -193,9 +212,47 @@ TEST_F(Session_Test, associations_are_followed_and_drawn) {
     EXPECT_EQ(drawn("--hide Test_Base"), "  n0 [label=\"Test_Thing\\nalpha 1\", style=bold]\n}\n");
 }
 
+TEST_F(Session_Test, completion_offers_what_may_follow) {
+    const struct {
+        const char* line;
+        std::vector<std::string> words;
+    } cases[] = {{"gr", {"graph"}},
+                 {"enum test_t", {"Test_Thing"}},
+                 {"get Test_T", {"Test_Thing."}},
+                 {"get Test_Thing.", {"Test_Thing.Name=", "Test_Thing.Slot="}},
+                 {"get Test_Thing.Name=al", {"Test_Thing.Name=alpha", "Test_Thing.Name=alpine"}},
+                 {"get Test_Thing.Name=10:00:02:54:56:4b", {"Test_Thing.Name=10000254564B0000_5"}},
+                 {"set Test_Thing.Slot=1 Cou", {"Count="}},
+                 {"call Test_Thing.Slot=1 tu", {"Turn"}},
+                 {"call Test_Thing.Slot=1 Turn St", {"Steps="}},
+                 {"enum Test_Thing -p Cou", {"Count"}},
+                 {"enum Test_Thing --na", {"--names"}},
+                 {"help li", {"list"}},
+                 {"nope ", {}},
+                 {"get Nope.", {}}};
+    for (const auto& [line, words] : cases) {
+        EXPECT_EQ(completions(session(), line), words) << line;
+    }
+}
+
 TEST(Output, columns_count_characters_and_hold_control_characters_back) {
     EXPECT_EQ(aligned({{"\u00dc", "a"}, {"\x1b", "b"}, {"cc", "\n"}}),
               (std::vector<std::string>{"\u00dc   a", "?   b", "cc  ?"}));
+}
+
+TEST_F(Session_Test, long_lines_keep_to_the_width) {
+    EXPECT_THAT(wrapped("one two  three four", 17, 16), ElementsAre("one two  three", "four"));
+    EXPECT_THAT(wrapped(std::string(20, 'x') + " y", 16, 18),
+                ElementsAre(std::string(16, 'x'), "xxxx y"));
+    EXPECT_THAT(wrapped("\u00fc\u00fc\u00fc\u00fc\u00fc\u00fc\u00fc\u00fc "
+                        "\u00fc\u00fc\u00fc\u00fc\u00fc\u00fc\u00fc",
+                        16, 16),
+                testing::SizeIs(1))
+        << "characters count";
+    EXPECT_THAT(wrapped("no room for any of it", 5, 5), testing::SizeIs(1));
+    session().width = [] { return std::size_t{30}; };
+    print_wrapped(session(), "|- ", "|  ", "a word and another word and more");
+    EXPECT_EQ(out.str(), "|- a word and another word and\n|  more\n");
 }
 
 TEST_F(Session_Test, classes_tell_what_they_offer) {

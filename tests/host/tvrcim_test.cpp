@@ -6,6 +6,7 @@
 
 #include <sys/wait.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -46,6 +47,31 @@ protected:
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read("out"), read("err")};
     }
 
+    // Runs a script for bash with the program's path in $T; the status is the script's.
+    Outcome script(const std::string& text) const {
+        std::ofstream(directory / "script")
+            << "cd '" << directory.string()
+            << "'\nexport TMPDIR=$PWD/tmp TAVRIN_FC_PREFIX=$PWD T='" TVRCIM "'\n"
+            << text;
+        const std::string command = "exec bash '" + (directory / "script").string() + "' >'" +
+                                    (directory / "out").string() + "' 2>'" +
+                                    (directory / "err").string() + "'";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read("out"), read("err")};
+    }
+    // Nothing of a run is left: no private directory, and no name of its process.
+    void expect_nothing_left(const std::string& process) const {
+        EXPECT_TRUE(fs::is_empty(directory / "tmp"));
+        for (const char* name :
+             {"/dev/shm/sem.TVR_RM_INIT_LIB_", "/dev/shm/sem.TVR_RM_INIT_LIB_DONE_"}) {
+            EXPECT_FALSE(fs::exists(name + process)) << name << process;
+        }
+    }
+    std::string scenario(const std::string& json) const {
+        std::ofstream(directory / "host.json") << json;
+        return (directory / "host.json").string();
+    }
+
     // An error is one line, names the program, and leaves standard output alone.
     void expect_error(const std::string& arguments, int status, const std::string& text) const {
         const Outcome outcome = run(arguments);
@@ -79,7 +105,7 @@ TEST_F(Tvrcim, lists_the_simulated_ports) {
                 ContainsRegex("^WWPN +MODEL +FIRMWARE +STATE +SPEED +TYPE +TARGETS\n"));
     EXPECT_THAT(outcome.out,
                 ContainsRegex("\n10000254564A1020  TVR-F1602  v2.82a4 +OK +16G +N +2\n"));
-    EXPECT_THAT(outcome.out, ContainsRegex("\n10000254563C7781  .*  Disable +- +unknown +0\n"));
+    EXPECT_THAT(outcome.out, ContainsRegex("\n10000254563C7781  .*  disabled +- +- +0\n"));
 }
 
 TEST_F(Tvrcim, shows_the_host_as_a_tree) {
@@ -98,9 +124,14 @@ TEST_F(Tvrcim, shows_the_host_as_a_tree) {
 |        |- LUN 0  Tape Drive  TVTAPE LT-8 DRIVE K1A2           /dev/nst0
 |        `- LUN 1  Jukebox     TVTAPE LIBRARY 48 Revision 1.07
 )"));
-    EXPECT_THAT(outcome.out, HasSubstr("port 10000254564A1021  Other  no link  firmware"));
-    const auto tree = nlohmann::json::parse(run("--sim -o json tree").out);
+    EXPECT_THAT(outcome.out, HasSubstr("port 10000254564A1021  link down  firmware"));
+    using nlohmann::json;
+    const json tree = json::parse(run("--sim -o json tree").out);
     EXPECT_EQ(tree["adapters"][0]["ports"][0]["targets"][0]["units"].size(), 4u);
+    EXPECT_EQ(json::parse(run("--sim -o json list").out)[3]["state"], "Disable") << "unchanged";
+    const json ports = json::parse(run("--sim -o json enum TVRHBA_FCPort -p PortType").out);
+    EXPECT_EQ(ports.at(3)["properties"].size(), 5u) << "the keys and what was asked for";
+    EXPECT_EQ(ports.at(3)["properties"]["PortType"], 0u) << "without its meaning";
 }
 
 TEST_F(Tvrcim, follows_associations) {
@@ -143,26 +174,112 @@ TEST_F(Tvrcim, takes_a_scenario_and_leaves_nothing_behind) {
     expect_error("--sim=" + file + " list", 2, "host.json: adapters[0].copies");
 }
 
+// The host is one on which nothing is answered for longer than anybody waits.
+TEST_F(Tvrcim, ends_in_order_however_it_ends) {
+    scenario(
+        R"({"adapters": [{}], "entryPoints": {"LRM_GetHBAAttributes": {"latencyMs": 20000}}})");
+    const struct {
+        const char* run;
+        int status;
+    } cases[] = {
+        {"export LD_LIBRARY_PATH='" TVR_SIMULATOR "'; exec 3> >(true); sleep 0.3\n"
+         "(echo $BASHPID; exec $T enum TVRHBA_DriverParams >&3); exit $?",
+         141},
+        {"setsid -w $T --sim=host.json list & sleep 0.5; kill -TERM -- -$!; wait $!", 143},
+        {"setsid -w $T --sim=host.json list & sleep 0.5; kill -HUP $!; wait $!", 129},
+        {"export LD_LIBRARY_PATH='" TVR_SIMULATOR "' TVRSIM_SCENARIO=host.json\n"
+         "$T list & echo $!; sleep 0.5; kill -TERM $!; wait $!",
+         143},
+        {"export LD_LIBRARY_PATH='" TVR_SIMULATOR "' TVRSIM_SCENARIO=host.json\n"
+         "$T list & echo $!; sleep 0.5; kill -TERM $!; sleep 0.4; kill -TERM $!; wait $!",
+         143},
+        {"sleep 2 | $T --sim shell & sleep 0.5; kill -TERM $!; wait $!", 143},
+    };
+    for (const auto& [run, status] : cases) {
+        SCOPED_TRACE(run);
+        const auto begin = std::chrono::steady_clock::now();
+        const Outcome outcome = script(run);
+        EXPECT_EQ(outcome.status, status) << outcome.err;
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+        expect_nothing_left(outcome.out.substr(0, outcome.out.find('\n')));
+    }
+}
+
+TEST_F(Tvrcim, tells_which_adapters_are_left_out_and_why) {
+    const struct {
+        const char* json;
+        int status;
+        const char* said;
+        std::size_t ports = 0;
+    } cases[] = {
+        {R"({"adapters": [{"copies": 3}], "entryPoints": {"LRM_GetHBAAttributes": {"status": 12}}})",
+         1,
+         "of 3 adapters 3 are left out: Tavrin-TVR-F1601-0 and 2 more: LRM_GetHBAAttributes "
+         "answers status 12\n"},
+        {R"({"adapters": [{}, {"ports": [{}, {}]}], "entryPoints": {"LRM_GetPortAttributes":
+             {"where": "1000025456000101", "status": 12}, "HBA_OpenAdapter":
+             {"where": "Tavrin-TVR-F1601-0", "status": 1}}})",
+         1,
+         "of 2 adapters 1 is left out, and 1 port is: Tavrin-TVR-F1601-0: HBA_OpenAdapter fails; "
+         "port 1 of Tavrin-TVR-F1601-1: LRM_GetPortAttributes answers status 12\n",
+         1},
+        {R"({"adapters": [{}, {"name": "Tavrin-N1"}, {"attributes": {"functionType": 2}}]})", 0,
+         "of 3 adapters 2 are left out: Tavrin-N1 and 1 more: a converged adapter", 1},
+        {R"({"adapters": [{}, {"manufacturer": "Else", "name": "e"}], "entryPoints":
+             {"LRM_GetHBAAttributes": {"where": "1000025456000100", "status": 2}}})",
+         0, "of 2 adapters 1 is left out: e: made by \"Else\"", 1},
+        {R"({"adapters": [{"copies": 2}], "entryPoints": {"HBA_GetAdapterAttributes":
+             {"failCall": 1}}})",
+         1, "of 2 adapters 1 port is left out: port 0 of Tavrin-TVR-F1601-0: it can be read now",
+         1},
+        {R"({"adapters": []})", 0, "the adapter libraries report no adapter\n"},
+    };
+    for (const auto& [json, status, said, ports] : cases) {
+        const Outcome outcome = run("--sim=" + scenario(json) + " list");
+        EXPECT_EQ(outcome.status, status) << json;
+        EXPECT_THAT(outcome.err, StartsWith(std::string("tvrcim: ") + said)) << json;
+        EXPECT_EQ(lines(outcome.out), status == 1 && ports == 0 ? 0 : ports + 1) << outcome.out;
+    }
+    environment = "LD_LIBRARY_PATH='" TVR_SIMULATOR "/hbaapi-only'";
+    expect_error("tree", 1, "no adapter library");
+}
+
+TEST_F(Tvrcim, shows_the_ports_asked_for) {
+    for (const char* port : {"10:00:02:54:56:3c:77:80", "0x10000254563C7780", "10000254563c778"}) {
+        const std::size_t ports = std::string(port).ends_with("778") ? 2 : 1;
+        EXPECT_EQ(lines(run(std::string("--sim list ") + port).out), ports + 1) << port;
+    }
+    EXPECT_EQ(lines(run("--sim tree 10000254563C7780").out), 6u);
+    expect_error("--sim list 10000254563C7789", 2, "did you mean 10000254563C7780");
+}
+
+TEST_F(Tvrcim, shows_the_logs_and_keeps_others_from_the_settings) {
+    const std::string here = "umask 0; export LD_LIBRARY_PATH='" TVR_SIMULATOR "'\n";
+    const Outcome outcome = script(here + "$T --device-log list");
+    EXPECT_EQ(lines(outcome.out), 5u);
+    EXPECT_THAT(outcome.err, HasSubstr("[TVR_DBG] Tavrin Provider Unloaded\n"));
+    EXPECT_TRUE(fs::exists(directory / "etc/tavrin_fc_provider.conf")) << "the machine's own";
+    EXPECT_FALSE(fs::exists(directory / "etc/tavrin_fc_provider.dmp")) << "this run's alone";
+    script(here + "$T list");
+    EXPECT_EQ(std::distance(fs::directory_iterator(directory / "etc"), {}), 2);
+    for (const auto& file : fs::directory_iterator(directory / "etc")) {
+        EXPECT_EQ(fs::status(file).permissions(), fs::perms(0644)) << file;
+    }
+    std::ofstream(directory / "etc/tavrin_fc_provider.conf") << "TVR_PROVIDER_CACHE_TIMEOUT = 99\n";
+    EXPECT_THAT(script(here + "$T --device-log list").err,
+                HasSubstr("tavrin_fc_provider.conf:1: TVR_PROVIDER_CACHE_TIMEOUT takes 1 to 30"));
+    EXPECT_THAT(run("--sim --device-log list").err, HasSubstr("FC AdapterName : [Tavrin-"));
+}
+
 TEST_F(Tvrcim, tells_when_its_output_is_lost) {
     EXPECT_EQ(run("--sim --log list >/dev/full 2>err #").status, 1);
-    EXPECT_THAT(read("err"), StartsWith("tvrcim: standard output cannot be written\n"));
+    EXPECT_THAT(read("err"), HasSubstr("tvrcim: standard output cannot be written\n"));
     EXPECT_THAT(read("err"), HasSubstr("enter: enumInstances()")) << "the log comes all the same";
     environment = "TVRSIM_SCENARIO=/nonexistent";
     expect_error("--sim list", 2, "scenario /nonexistent: the file cannot be read");
     EXPECT_TRUE(fs::is_empty(directory / "tmp"));
     environment = "TMPDIR=/nonexistent";
     expect_error("--sim list", 2, "TMPDIR, which is \"/nonexistent\", is no directory");
-}
-
-TEST_F(Tvrcim, json_is_for_programs) {
-    using Json = nlohmann::json;
-    const Json list = Json::parse(run("--sim -o json list").out);
-    EXPECT_EQ(list[0]["speed"], 16000000000u);
-
-    const Json ports = Json::parse(run("--sim -o json enum TVRHBA_FCPort -p Speed").out);
-    ASSERT_EQ(ports.size(), 4u);
-    EXPECT_EQ(ports[0]["properties"].size(), 5u) << "the keys and what was asked for";
-    EXPECT_EQ(ports[0]["properties"]["Speed"], 16000000000u);
 }
 
 TEST_F(Tvrcim, enumerates_and_gets) {
@@ -172,7 +289,7 @@ TEST_F(Tvrcim, enumerates_and_gets) {
                 StartsWith("root/pg_interop:TVRHBA_RegisteredProfile.InstanceID=\"TVR:Profile "
                            "Registration\"\n"));
     const Outcome port = run("--sim get TVRHBA_FCPort.DeviceID=10000254564A1020 -p PortType");
-    EXPECT_THAT(port.out, HasSubstr("\n  PortType                = 10\n"));
+    EXPECT_THAT(port.out, HasSubstr("\n  PortType                = 10 (N)\n"));
     EXPECT_THAT(run("get TVRHBA_RegisteredProfile.InstanceID=TVR:Storage -p RegisteredName").out,
                 HasSubstr("= \"Storage HBA\"\n"))
         << "the beginning of the only key";
@@ -181,6 +298,8 @@ TEST_F(Tvrcim, enumerates_and_gets) {
 TEST_F(Tvrcim, wrong_input_is_told_in_one_line) {
     expect_error("", 2, "a command is missing: list, tree, classes");
     expect_error("lst", 2, "there is no command 'lst'; did you mean list?");
+    expect_error("--sim lsit", 2, "neither a command nor a scenario 'lsit'; did you mean list?");
+    expect_error("help lsit", 2, "there is no command 'lsit'; did you mean list?");
     expect_error("enum TVRHBA_FCPrt", 2, "did you mean TVRHBA_FCPort?");
     expect_error("--sim --namespac x list", 2, "no option --namespac; did you mean --namespace?");
     expect_error("enum TVRHBA_FCPort --nam", 2, "no option --nam; did you mean --names or");
@@ -209,7 +328,7 @@ TEST_F(Tvrcim, given_instances_take_the_place_of_what_the_module_makes) {
 TEST_F(Tvrcim, the_shell_keeps_the_module_loaded) {
     const Outcome outcome = run("--sim shell", "list\nnope\nenum TVRHBA_FCPort --names\nexit\n");
     EXPECT_EQ(lines(outcome.out), 9u) << outcome.out;
-    EXPECT_THAT(outcome.err, HasSubstr("no command 'nope'"));
+    EXPECT_THAT(outcome.err, HasSubstr("tvrcim: line 2: there is no command 'nope'"));
 }
 
 TEST_F(Tvrcim, without_adapter_libraries_it_offers_the_simulation) {
@@ -228,6 +347,8 @@ TEST_F(Tvrcim, tells_version_usage_and_what_the_runtime_did) {
     for (const char* command : {"list", "classes", "enum", "get", "set", "call", "shell"}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + command + " ")) << command;
     }
+    EXPECT_EQ(run("help").out, help);
+    EXPECT_EQ(run("help tree").out, run("tree --help").out);
 }
 
 } // namespace
