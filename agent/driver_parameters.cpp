@@ -2,6 +2,7 @@
 
 #include "access/bounded_text.h"
 #include "access/driver_params.h"
+#include "access/entry_points.h"
 #include "agent/creation.h"
 #include "agent/fc_adapters.h"
 #include "agent/software_identity.h"
@@ -262,6 +263,9 @@ void fetchDriverParams(ProviderAgent& agent) {
         });
     } catch (...) {
         TVR_LOG("Error getting driver params");
+    }
+    if (rm::callsAreStopped()) {
+        limit.take_back();
     }
 }
 
