@@ -15,6 +15,8 @@ TVR_ENTRY_POINTS(TVR_DEFINE_ENTRY_POINT)
 namespace {
 
 #define TVR_ADDRESS_ENTRY_POINT(family, name, failure) &name,
+constinit thread_local const std::atomic<bool>* callsEnd = nullptr;
+
 constexpr Symbol* entryPoints[] = {TVR_ENTRY_POINTS(TVR_ADDRESS_ENTRY_POINT)};
 #undef TVR_ADDRESS_ENTRY_POINT
 // NOLINTEND(bugprone-macro-parentheses)
@@ -30,7 +32,22 @@ void* amongGlobals(const char* name) noexcept {
 
 } // namespace
 
+CallsUntil::CallsUntil(const std::atomic<bool>& stop) noexcept {
+    callsEnd = &stop;
+}
+
+CallsUntil::~CallsUntil() {
+    callsEnd = nullptr;
+}
+
+bool callsAreStopped() noexcept {
+    return callsEnd != nullptr && *callsEnd;
+}
+
 void* Symbol::find() noexcept {
+    if (callsAreStopped() && this != &HBA_OpenAdapter && this != &HBA_CloseAdapter) {
+        return nullptr;
+    }
     void* address = m_address.load(std::memory_order_acquire);
     if (address == nullptr) {
         address = lookUp();

@@ -10,6 +10,7 @@
 //              own; without both in librmapi.so
 //
 // Threads: calls may come from several threads, except while the libraries are loaded or unloaded.
+// A thread's calls can be made to end early (CallsUntil).
 #ifndef TVR_ACCESS_ENTRY_POINTS_H
 #define TVR_ACCESS_ENTRY_POINTS_H
 
@@ -140,6 +141,21 @@ TVR_ENTRY_POINTS(TVR_DECLARE_ENTRY_POINT)
 
 // Forgets the addresses of all entry points.
 void resetEntryPoints() noexcept;
+
+// While it lives, the calls of its thread end when `stop` comes true: from then on each fails as if
+// there were no such function, and no library is entered any more. Opening and closing an adapter
+// goes on, so that what is open gets closed; who opens one looks at callsAreStopped() first. `stop`
+// doesn't become false again.
+class CallsUntil {
+public:
+    explicit CallsUntil(const std::atomic<bool>& stop) noexcept;
+    ~CallsUntil();
+    CallsUntil(const CallsUntil&) = delete;
+    CallsUntil& operator=(const CallsUntil&) = delete;
+};
+
+// Whether the calls of this thread have ended so.
+bool callsAreStopped() noexcept;
 
 } // namespace cimple::rm
 

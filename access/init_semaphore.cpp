@@ -1,6 +1,7 @@
 #include "access/init_semaphore.h"
 
 #include "access/method_wrapper.h"
+#include "runtime/until_closed.h"
 
 #include <atomic>
 #include <cerrno>
@@ -69,8 +70,15 @@ void endDone() noexcept {
     done.handle = nullptr;
 }
 
+// At the end of the process other threads may still wait for the semaphores, and a fork may have
+// left the lock held; the names alone go then, which bear the id of this very process.
 struct ModuleEnd {
     ~ModuleEnd() {
+        if (!module_is_closing()) {
+            sem_unlink(InitSemaphore::doneName().c_str());
+            sem_unlink(InitSemaphore::initName().c_str());
+            return;
+        }
         const std::lock_guard lock(state().mutex);
         endDone();
         endLife();

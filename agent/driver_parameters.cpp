@@ -2,6 +2,7 @@
 
 #include "access/bounded_text.h"
 #include "access/driver_params.h"
+#include "access/entry_points.h"
 #include "access/method_wrapper.h"
 #include "agent/clear_maps.h"
 #include "agent/creation.h"
@@ -264,6 +265,9 @@ void fetchDriverParams(Instance_Maps& maps, const Data& data) {
         });
     } catch (...) {
         TVR_LOG("Error getting driver params");
+    }
+    if (rm::callsAreStopped()) {
+        limit.take_back();
     }
 }
 

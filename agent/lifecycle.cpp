@@ -5,7 +5,9 @@
 #include "agent/version.h"
 #include "common/settings.h"
 #include "common/tvr_common.h"
+#include "runtime/until_closed.h"
 
+#include <map>
 #include <unistd.h>
 
 namespace cimple {
@@ -17,7 +19,13 @@ constexpr uint64 destruction_pause = 50'000;
 
 constinit std::atomic<ProviderAgent*> agent_instance{nullptr};
 
-// Owns the agent. Ends with the module, and with it an agent that its count has not ended. What an
+// Who the calling class gets its services from; null if from nobody.
+const void* current_origin() noexcept {
+    const Thread_Context* context = Thread_Context::top();
+    return context == nullptr ? nullptr : context->origin();
+}
+
+// Owns the agent. An agent that its count has not ended goes when the module is closed. What an
 // agent uses to its very end comes into being before the singleton, and so ends after it.
 struct Agent_Singleton {
     Agent_Singleton() {
@@ -27,13 +35,23 @@ struct Agent_Singleton {
 
     Mutex mutex;
     sint32 count = 0;
+    std::map<const void*, uint32> classes; // that count on the agent, by origin
     uint32 releasing = 0; // releases that wait for a refresh; the agent outlives them
     bool is_due = false;  // a release has taken the count to 0, and nobody has come since
     std::unique_ptr<ProviderAgent> agent;
+    std::atomic<pid_t> process{0}; // in which the agent was made; 0 without one
+
+    // True in a process that was forked from the agent's: its threads aren't here, its locks may be
+    // held for ever, and its files are the other one's.
+    bool is_of_other_process() const noexcept {
+        const pid_t made_in = process;
+        return made_in != 0 && made_in != ::getpid();
+    }
 
     // Under the mutex.
     ProviderAgent& get() {
         if (!agent) {
+            process = ::getpid();
             agent = std::make_unique<ProviderAgent>();
             agent_instance.store(agent.get());
         }
@@ -41,23 +59,38 @@ struct Agent_Singleton {
     }
     void add() {
         TVR_LOG("ProviderAgent::addRef[%d]", count);
+        if (const void* origin = current_origin()) {
+            ++classes[origin];
+        }
         ++count;
         is_due = false;
-        if (agent) {
-            agent->m_bIsEnding = false;
+    }
+    // True if no class counts on the agent any more that has this origin.
+    bool forget(const void* origin) {
+        const auto found = classes.find(origin);
+        if (found != classes.end() && --found->second == 0) {
+            classes.erase(found);
         }
+        return origin != nullptr && !classes.contains(origin);
     }
     void destroy() {
         is_due = false;
-        agent.reset();
         agent_instance.store(nullptr);
+        agent.reset();
+        process = 0;
     }
-    ~Agent_Singleton() { destroy(); }
+    ~Agent_Singleton() {
+        if (is_of_other_process()) {
+            static_cast<void>(agent.release());
+        } else {
+            destroy();
+        }
+    }
 };
 
 Agent_Singleton& singleton() {
-    static Agent_Singleton instance;
-    return instance;
+    static Until_Closed<Agent_Singleton> instance;
+    return instance.get();
 }
 
 } // namespace
@@ -90,18 +123,24 @@ void ProviderAgent::addRef() {
 
 void ProviderAgent::releaseRef() {
     Agent_Singleton& owner = singleton();
+    if (owner.is_of_other_process()) {
+        return;
+    }
+    const void* origin = current_origin();
     std::unique_lock lock(owner.mutex);
     TVR_LOG("ProviderAgent::releaseRef[%d]", owner.count);
-    if (--owner.count > 0 || !owner.agent) {
+    --owner.count;
+    const bool is_last_of_origin = owner.forget(origin);
+    if (!owner.agent || (owner.count > 0 && !is_last_of_origin)) {
         return;
     }
     if (owner.count == 0) {
         owner.is_due = true;
-        owner.agent->m_bIsEnding = true;
     }
     ++owner.releasing;
+    const void* ending = owner.count > 0 ? origin : nullptr;
     lock.unlock();
-    owner.agent->joinRefresh();
+    owner.agent->joinRefresh(ending);
     lock.lock();
     if (--owner.releasing == 0 && owner.is_due) {
         owner.destroy();
@@ -156,7 +195,6 @@ void ProviderAgent::ClearMaps() {
 
 ProviderAgent::~ProviderAgent() {
     TVR_LOG("Entering the function ~ProviderAgent()");
-    m_bIsEnding = true;
     m_bIsLoaded = false;
     try {
         joinRefresh();
@@ -176,14 +214,18 @@ ProviderAgent::~ProviderAgent() {
     }
 }
 
-// Joins the refresh thread, whether it runs or has ended. A refresh that runs begins no further
-// stage of an agent that ends.
-void ProviderAgent::joinRefresh() {
-    m_ThreadMutex.lock();
+// Stops the refresh that was started for that origin, or any without one, and joins its thread,
+// also if the refresh has ended: a thread uses its broker to its last instruction.
+void ProviderAgent::joinRefresh(const void* origin) {
+    std::unique_lock lock(m_ThreadMutex);
+    if (origin != nullptr && origin != m_RefreshOrigin) {
+        return;
+    }
     const bool running = m_bIsThreadRunning;
     const bool joinable = std::exchange(m_bIsThreadJoinable, false);
     Thread thread = m_DataFetchThread;
-    m_ThreadMutex.unlock();
+    m_bStopRefresh = m_bStopRefresh || running;
+    lock.unlock();
     if (running) {
         TVR_LOG("PERF: Clearing the previous thread...with join");
     }
@@ -196,15 +238,15 @@ void ProviderAgent::joinRefresh() {
 // Data and wrapper end when nobody reads them any more. Their ready flags never come true if no
 // request ever started a refresh, so that only a refresh that runs is waited for.
 void ProviderAgent::freeData() {
-    const Lock data_ready(m_AdapterDataReadyMutex);
+    std::unique_lock data_ready(m_AdapterDataReadyMutex);
     while (!m_bIsAdapterDataReady && isRefreshRunning()) {
         TVR_LOG("PERF: Waiting for m_bIsAdapterDataReady");
-        m_AdapterDataReadyCond.wait(m_AdapterDataReadyMutex, destruction_pause);
+        m_AdapterDataReadyCond.wait(data_ready, destruction_pause);
         TVR_LOG("PERF: Woken up from wait for m_bIsAdapterDataReady");
     }
-    const Lock maps_ready(m_AdapterMapsReadyMutex);
+    std::unique_lock maps_ready(m_AdapterMapsReadyMutex);
     while (!m_bIsAdapterMapsReady && isRefreshRunning()) {
-        m_AdapterMapsReadyCond.wait(m_AdapterMapsReadyMutex, destruction_pause);
+        m_AdapterMapsReadyCond.wait(maps_ready, destruction_pause);
     }
     const Lock data(m_ProviderDataMutex);
     m_pData.reset();

@@ -18,7 +18,7 @@ constexpr int start_attempts = 10;
 struct Stage {
     bool& ready;
     Mutex& mutex;
-    Cond& cond;
+    Ready_Cond& cond;
     std::atomic<bool>& force;
     const char* waiting;
     const char* woken;
@@ -51,8 +51,14 @@ Stage SAN_maps(ProviderAgent& agent) {
             nullptr};
 }
 
-// Waits with the stage's mutex held; true at once if the stage is ready.
-void wait_until_ready(ProviderAgent& agent, Stage stage, Wait_Log log = Wait_Log::silent) {
+std::unique_lock<Mutex> locked(Mutex& mutex) {
+    mutex.lock_cancellably();
+    return {mutex, std::adopt_lock};
+}
+
+// Waits with the stage's mutex held by `lock`; ends at once if the stage is ready.
+void wait_until_ready(ProviderAgent& agent, Stage stage, std::unique_lock<Mutex>& lock,
+                      Wait_Log log = Wait_Log::silent) {
     if (stage.ready) {
         return;
     }
@@ -69,7 +75,7 @@ void wait_until_ready(ProviderAgent& agent, Stage stage, Wait_Log log = Wait_Log
         } else if (++failures == start_attempts) {
             throw Refresh_Unavailable();
         }
-        stage.cond.wait(stage.mutex, pause);
+        stage.cond.wait(lock, pause);
     }
     if (log == Wait_Log::told) {
         TVR_LOG("%s", stage.woken);
@@ -79,39 +85,41 @@ void wait_until_ready(ProviderAgent& agent, Stage stage, Wait_Log log = Wait_Log
 } // namespace
 
 Adapter_Maps_Reader::Adapter_Maps_Reader(ProviderAgent& agent) {
+    const Waiting_Readers::Place place(agent.m_WaitingReaders);
     agent.BuildCimpleInfo();
-    _maps = std::unique_lock(agent.m_AdapterMapsReadyMutex);
-    wait_until_ready(agent, adapter_maps(agent));
-    _data = std::unique_lock(agent.m_ProviderDataMutex);
+    _maps = locked(agent.m_AdapterMapsReadyMutex);
+    wait_until_ready(agent, adapter_maps(agent), _maps);
+    _data = locked(agent.m_ProviderDataMutex);
 }
 
 SAN_Maps_Reader::SAN_Maps_Reader(ProviderAgent& agent) {
     {
-        const Lock lock(agent.m_SANMapsReadyMutex);
+        const std::unique_lock lock = locked(agent.m_SANMapsReadyMutex);
         agent.requestSANMaps();
     }
     agent.BuildCimpleInfo();
-    _maps = std::unique_lock(agent.m_SANMapsReadyMutex);
-    wait_until_ready(agent, SAN_maps(agent));
-    _data = std::unique_lock(agent.m_ProviderDataMutex);
+    _maps = locked(agent.m_SANMapsReadyMutex);
+    wait_until_ready(agent, SAN_maps(agent), _maps);
+    _data = locked(agent.m_ProviderDataMutex);
 }
 
 Active_Reader::Active_Reader(ProviderAgent& agent, Wait_Log log) {
+    const Waiting_Readers::Place place(agent.m_WaitingReaders);
     agent.BuildCimpleInfo();
     const Stage maps = adapter_maps(agent);
     for (;;) {
-        _adapter_data = std::unique_lock(agent.m_AdapterDataReadyMutex);
-        wait_until_ready(agent, adapter_data(agent), log);
-        _maps = std::unique_lock(maps.mutex);
+        _adapter_data = locked(agent.m_AdapterDataReadyMutex);
+        wait_until_ready(agent, adapter_data(agent), _adapter_data, log);
+        _maps = locked(maps.mutex);
         if (maps.ready) {
             break;
         }
         // A refresh needs the outer mutex, so a wait for one doesn't keep it.
         _adapter_data.unlock();
-        wait_until_ready(agent, maps, log);
+        wait_until_ready(agent, maps, _maps, log);
         _maps.unlock();
     }
-    _data = std::unique_lock(agent.m_ProviderDataMutex);
+    _data = locked(agent.m_ProviderDataMutex);
 }
 
 } // namespace cimple

@@ -4,8 +4,12 @@
 // locks until it ends. A wait never relies on a refresh that isn't there: it looks again with
 // growing pauses and starts one itself if none runs.
 //
+// A refresh lets pass who waits for adapter stages before it scans the SAN. While it scans, adapter
+// maps can be read; who works on adapters comes after the scan, which holds the data mutex for it.
+//
 // The constructors throw Refresh_Unavailable, holding nothing, when no refresh thread can be
-// started for about half a second.
+// started for about half a second. In them, and nowhere else, a request's thread may be cancelled
+// (runtime/cancellation.h); nothing is held then either.
 #ifndef TVR_AGENT_LOCKS_H
 #define TVR_AGENT_LOCKS_H
 

@@ -2,6 +2,8 @@
 
 #include "agent/locks.h"
 
+#include <cxxabi.h>
+
 namespace cimple {
 
 namespace {
@@ -50,11 +52,29 @@ private:
     std::size_t _delivered = 0;
 };
 
+// Runs an enumeration and answers its status. What goes wrong in it ends it with that line in the
+// log; a client is told only if there was nothing to be had. The cancellation of a client's thread
+// passes.
+template <class Enumeration>
+Enum_Instances_Status contain(const char* line, Enumeration&& enumeration) {
+    try {
+        enumeration();
+    } catch (const abi::__forced_unwind&) {
+        throw;
+    } catch (const Refresh_Unavailable&) {
+        TVR_LOG("%s", line);
+        return ENUM_INSTANCES_FAILED;
+    } catch (...) {
+        TVR_LOG("%s", line);
+    }
+    return ENUM_INSTANCES_OK;
+}
+
 } // namespace
 
-void enumerate_adapter_map(ProviderAgent& agent, const Instance_Map& map,
-                           const Enum_Instances_Handler& handler) noexcept {
-    try {
+Enum_Instances_Status enumerate_adapter_map(ProviderAgent& agent, const Instance_Map& map,
+                                            const Enum_Instances_Handler& handler) {
+    return contain("Exception in CIM Provider Enumeration - do nothing", [&] {
         Copies copies;
         {
             const Adapter_Maps_Reader reader(agent);
@@ -63,14 +83,12 @@ void enumerate_adapter_map(ProviderAgent& agent, const Instance_Map& map,
             }
         }
         copies.deliver(handler);
-    } catch (...) {
-        TVR_LOG("Exception in CIM Provider Enumeration - do nothing");
-    }
+    });
 }
 
-void enumerate_SAN_map(ProviderAgent& agent, const Instance_Map& map,
-                       const Enum_Instances_Handler& handler) noexcept {
-    try {
+Enum_Instances_Status enumerate_SAN_map(ProviderAgent& agent, const Instance_Map& map,
+                                        const Enum_Instances_Handler& handler) {
+    return contain("Exception in SAN CIM Provider Enumeration - do nothing", [&] {
         Copies copies;
         {
             const SAN_Maps_Reader reader(agent);
@@ -79,14 +97,13 @@ void enumerate_SAN_map(ProviderAgent& agent, const Instance_Map& map,
             }
         }
         copies.deliver(handler);
-    } catch (...) {
-        TVR_LOG("Exception in SAN CIM Provider Enumeration - do nothing");
-    }
+    });
 }
 
-void enumerate_active_map(ProviderAgent& agent, const Instance_Map& map, Mutex& mutex,
-                          Refresher refresher, const Enum_Instances_Handler& handler) noexcept {
-    try {
+Enum_Instances_Status enumerate_active_map(ProviderAgent& agent, const Instance_Map& map,
+                                           Mutex& mutex, Refresher refresher,
+                                           const Enum_Instances_Handler& handler) {
+    return contain("Exception in Active CIM Provider Enumeration - do nothing", [&] {
         Copies copies;
         {
             const Active_Reader reader(agent);
@@ -99,9 +116,7 @@ void enumerate_active_map(ProviderAgent& agent, const Instance_Map& map, Mutex& 
             }
         }
         copies.deliver(handler);
-    } catch (...) {
-        TVR_LOG("Exception in Active CIM Provider Enumeration - do nothing");
-    }
+    });
 }
 
 } // namespace cimple

@@ -16,6 +16,7 @@
 #include "access/method_wrapper.h"
 #include "agent/host_facts.h"
 #include "agent/instance_maps.h"
+#include "agent/waiting_readers.h"
 #include "common/config_file.h"
 #include "common/logger.h"
 #include "model/data.h"
@@ -45,18 +46,22 @@ public:
     static bool acquire();
     // One count a loaded provider. The agent ends when releaseRef takes the count to exactly 0;
     // releases without an addRef before can take it below, and the agent then stays until the
-    // module's own end.
+    // module is closed. At the end of a process that still counts on it the agent is left alone;
+    // so it is in a process that was forked from its own.
     //
-    // The last release first waits for a refresh that runs, without any lock: the refresh may be
-    // inside the object manager, which may be about to load a class of this module. A class that is
-    // loaded meanwhile keeps the agent. A release without a count waits as well: it may be the last
-    // thing that the object manager asks of the module, and no thread of it may go on after that.
+    // A refresh lives on the broker of the class whose request started it. The release of the last
+    // class on that broker stops the refresh and waits for its thread, longest for the library call
+    // that this is in; other classes' requests then start another one. The last release of all
+    // waits for any refresh, and so does a release without a count: it may be the last thing that
+    // the object manager asks of the module. They wait without any lock: the refresh may be inside
+    // the object manager, which may be about to load a class of this module. A class that is loaded
+    // meanwhile keeps the agent.
     static void addRef();
     static void releaseRef();
 
     // Called by the operations above alone, under the mutex of the singleton. What goes wrong in
-    // construction is logged and leaves m_bIsLoaded false. Destruction waits for a refresh that
-    // runs, and for nothing else.
+    // construction is logged and leaves m_bIsLoaded false. Destruction stops a refresh that runs
+    // and waits for its thread, and for nothing else.
     ProviderAgent();
     ~ProviderAgent();
     ProviderAgent(const ProviderAgent&) = delete;
@@ -85,9 +90,9 @@ public:
     std::atomic<bool> m_bRefreshSANData{false};     // do so at every refresh
     std::atomic<uint32> m_CacheTimeout{0};          // minutes
     std::atomic<bool> m_bIsLoaded{false};           // the agent is usable
-    std::atomic<bool> m_bIsEnding{false};           // nobody counts on the agent: begin no stage
 
-    // Read and changed under m_ProviderDataMutex.
+    // Made and freed under m_AdapterDataReadyMutex and m_ProviderDataMutex; either is enough to
+    // read the pointers, the first one to read or scan the targets in the tree.
     std::unique_ptr<Data> m_pData;
     std::unique_ptr<TVR_MethodWrapper> m_pMethodWrapper;
 
@@ -101,13 +106,14 @@ public:
     // A ready flag is read and written under its mutex; the condition tells that it became true.
     bool m_bIsAdapterDataReady = false;
     Mutex m_AdapterDataReadyMutex;
-    Cond m_AdapterDataReadyCond;
+    Ready_Cond m_AdapterDataReadyCond;
     bool m_bIsAdapterMapsReady = false;
     Mutex m_AdapterMapsReadyMutex;
-    Cond m_AdapterMapsReadyCond;
+    Ready_Cond m_AdapterMapsReadyCond;
     bool m_bIsSANMapsReady = false;
     Mutex m_SANMapsReadyMutex;
-    Cond m_SANMapsReadyCond;
+    Ready_Cond m_SANMapsReadyCond;
+    Waiting_Readers m_WaitingReaders; // those of adapter data and adapter maps
 
     // What the rebuilds keep, under m_ProviderDataMutex. They know nothing else of the agent
     // (agent/rebuild.h).
@@ -122,7 +128,7 @@ public:
 
 private:
     void construct();
-    void joinRefresh();
+    void joinRefresh(const void* origin = nullptr);
     void freeData();
 
     // Under m_ThreadMutex.
@@ -134,11 +140,15 @@ private:
     void refresh();
     bool runDueStages();
     bool endRefresh();
-    void abandonRefresh();
     bool runAdapterStages();
-    void runSANStages();
+    bool runSANStages();
+    bool scanSAN();
 
     bool m_bIsSANStageRunning = false; // under m_SANMapsReadyMutex
+
+    // Of the refresh that runs; set under m_ThreadMutex.
+    const void* m_RefreshOrigin = nullptr;   // Thread_Context::origin
+    std::atomic<bool> m_bStopRefresh{false}; // true until the next one starts
 };
 
 } // namespace cimple

@@ -14,21 +14,22 @@ Load_Status load_agent();
 Unload_Status unload_agent();
 
 // Enumerate the class's map; without an agent there is nothing to enumerate.
-template <class C> void enumerate(const Enum_Instances_Handler& handler) noexcept {
-    if (ProviderAgent* agent = ProviderAgent::instance()) {
-        map_enumerate(*agent, agent->maps.*map_of<C>, handler);
-    }
+template <class C> Enum_Instances_Status enumerate(const Enum_Instances_Handler& handler) {
+    ProviderAgent* agent = ProviderAgent::instance();
+    return agent == nullptr ? ENUM_INSTANCES_OK
+                            : map_enumerate(*agent, agent->maps.*map_of<C>, handler);
 }
-template <class C> void enumerate_SAN(const Enum_Instances_Handler& handler) noexcept {
-    if (ProviderAgent* agent = ProviderAgent::instance()) {
-        map_enumerate_SAN(*agent, agent->maps.*map_of<C>, handler);
-    }
+template <class C> Enum_Instances_Status enumerate_SAN(const Enum_Instances_Handler& handler) {
+    ProviderAgent* agent = ProviderAgent::instance();
+    return agent == nullptr ? ENUM_INSTANCES_OK
+                            : map_enumerate_SAN(*agent, agent->maps.*map_of<C>, handler);
 }
 template <class C>
-void enumerate_active(const Enum_Instances_Handler& handler, Refresher refresher) noexcept {
-    if (ProviderAgent* agent = ProviderAgent::instance()) {
-        map_enumerate_active(*agent, agent->maps.*map_of<C>, handler, refresher);
-    }
+Enum_Instances_Status enumerate_active(const Enum_Instances_Handler& handler, Refresher refresher) {
+    ProviderAgent* agent = ProviderAgent::instance();
+    return agent == nullptr
+               ? ENUM_INSTANCES_OK
+               : map_enumerate_active(*agent, agent->maps.*map_of<C>, handler, refresher);
 }
 
 // Base of a provider of instances that the agent keeps; adds a load and an unload that do no more

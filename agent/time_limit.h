@@ -25,6 +25,9 @@ public:
         return true;
     }
 
+    // Lets the next run come at once: the last one did nothing.
+    void take_back() noexcept { _last_run = 0; }
+
 private:
     static constexpr uint64 limit = 5'000'000;
 

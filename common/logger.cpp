@@ -1,6 +1,7 @@
 #include "common/logger.h"
 
 #include "common/settings.h"
+#include "runtime/cancellation.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -68,6 +69,8 @@ void CLogger::vlog(const char* file, uint32 line, uint32 level, const char* form
     if (sysLoggerOnly && level > TVR_SysLogger::highestLevel) {
         return;
     }
+    // Loggers write, and that is where a cancelled thread ends.
+    const Cancel_Later until_written;
     try {
         const Message message(format, arguments);
         if (message.text() == nullptr ||

@@ -1,5 +1,7 @@
 #include "common/settings.h"
 
+#include "runtime/until_closed.h"
+
 #include <cstdlib>
 
 namespace cimple {
@@ -11,11 +13,11 @@ Settings::Settings(const std::string& prefix)
       kernelVersion(prefix + "/proc/version"), issue(prefix + "/etc/issue") {}
 
 Settings& settings() {
-    static Settings instance = [] {
+    static Until_Closed<Settings> instance([] {
         const char* prefix = secure_getenv("TAVRIN_FC_PREFIX");
         return Settings(prefix == nullptr ? "" : prefix);
-    }();
-    return instance;
+    }());
+    return instance.get();
 }
 
 } // namespace cimple

@@ -40,13 +40,14 @@ public:
     }
 
     Enum_Instances_Status enum_instances(const C*, const Enum_Instances_Handler& handler) {
+        Enum_Instances_Status status = ENUM_INSTANCES_OK;
         if constexpr (is_SAN_class<C>) {
-            enumerate_SAN<C>(handler);
+            status = enumerate_SAN<C>(handler);
         } else {
-            enumerate<C>(handler);
+            status = enumerate<C>(handler);
         }
         log_member_call(C::static_meta_class, __LINE__, "enum_instances");
-        return ENUM_INSTANCES_OK;
+        return status;
     }
 };
 

@@ -15,7 +15,7 @@ namespace cimple {
 class OpenAdapter {
 public:
     // Throws std::runtime_error when the adapter can't be opened.
-    explicit OpenAdapter(std::string name) : m_handle(rm::HBA_OpenAdapter(name.data())) {
+    explicit OpenAdapter(std::string name) : m_handle(open(name)) {
         if (m_handle == HBA_HANDLE_INVALID) {
             TVR_LOG("HBA_OpenAdapter failed, skipping Adapter %s", name.c_str());
             throw std::runtime_error("HBA_OpenAdapter failed");
@@ -46,6 +46,10 @@ public:
     }
 
 private:
+    static HBA_HANDLE open(std::string& name) {
+        return rm::callsAreStopped() ? HBA_HANDLE_INVALID : rm::HBA_OpenAdapter(name.data());
+    }
+
     HBA_HANDLE m_handle;
 };
 

@@ -10,9 +10,9 @@ Load_Status TVRHBA_BootBIOSService_Provider::load() {
 Enum_Instances_Status
 TVRHBA_BootBIOSService_Provider::enum_instances(const Class*,
                                                 const Enum_Instances_Handler& handler) {
-    enumerate<TVRHBA_BootBIOSService>(handler);
+    const Enum_Instances_Status status = enumerate<TVRHBA_BootBIOSService>(handler);
     TVR_LOG("TVRHBA_BootBIOSService_Provider::enum_instances()");
-    return ENUM_INSTANCES_OK;
+    return status;
 }
 
 } // namespace cimple

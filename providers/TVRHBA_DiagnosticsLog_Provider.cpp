@@ -10,9 +10,9 @@ Unload_Status TVRHBA_DiagnosticsLog_Provider::unload() {
 Enum_Instances_Status
 TVRHBA_DiagnosticsLog_Provider::enum_instances(const Class*,
                                                const Enum_Instances_Handler& handler) {
-    enumerate<TVRHBA_DiagnosticsLog>(handler);
+    const Enum_Instances_Status status = enumerate<TVRHBA_DiagnosticsLog>(handler);
     TVR_LOG("TVRHBA_DiagnosticsLog_Provider::enum_instances()");
-    return ENUM_INSTANCES_OK;
+    return status;
 }
 
 } // namespace cimple

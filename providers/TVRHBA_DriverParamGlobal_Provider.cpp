@@ -7,11 +7,13 @@ namespace cimple {
 Enum_Instances_Status
 TVRHBA_DriverParamGlobal_Provider::enum_instances(const Class*,
                                                   const Enum_Instances_Handler& handler) {
-    if (TVR_IS_AGENT_LOADED()) {
-        enumerate_active<TVRHBA_DriverParamGlobal>(handler, UpdateDriverParamGlobal);
-        TVR_LOG("TVRHBA_DriverParamGlobal_Provider::enum_instances()");
+    if (!TVR_IS_AGENT_LOADED()) {
+        return ENUM_INSTANCES_OK;
     }
-    return ENUM_INSTANCES_OK;
+    const Enum_Instances_Status status =
+        enumerate_active<TVRHBA_DriverParamGlobal>(handler, UpdateDriverParamGlobal);
+    TVR_LOG("TVRHBA_DriverParamGlobal_Provider::enum_instances()");
+    return status;
 }
 
 } // namespace cimple

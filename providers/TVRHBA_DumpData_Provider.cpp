@@ -4,9 +4,9 @@ namespace cimple {
 
 Enum_Instances_Status
 TVRHBA_DumpData_Provider::enum_instances(const Class*, const Enum_Instances_Handler& handler) {
-    enumerate<TVRHBA_DumpData>(handler);
+    const Enum_Instances_Status status = enumerate<TVRHBA_DumpData>(handler);
     TVR_LOG("TVRHBA_DumpData_Provider::enum_instances()");
-    return ENUM_INSTANCES_OK;
+    return status;
 }
 
 } // namespace cimple

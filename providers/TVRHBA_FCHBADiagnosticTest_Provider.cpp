@@ -10,9 +10,9 @@ Unload_Status TVRHBA_FCHBADiagnosticTest_Provider::unload() {
 Enum_Instances_Status
 TVRHBA_FCHBADiagnosticTest_Provider::enum_instances(const Class*,
                                                     const Enum_Instances_Handler& handler) {
-    enumerate<TVRHBA_FCHBADiagnosticTest>(handler);
+    const Enum_Instances_Status status = enumerate<TVRHBA_FCHBADiagnosticTest>(handler);
     TVR_LOG("TVRHBA_FCHBADiagnosticTest_Provider::enum_instances()");
-    return ENUM_INSTANCES_OK;
+    return status;
 }
 
 } // namespace cimple

@@ -5,9 +5,9 @@ namespace cimple {
 Enum_Instances_Status
 TVRHBA_FCHBAWWNService_Provider::enum_instances(const Class*,
                                                 const Enum_Instances_Handler& handler) {
-    enumerate<TVRHBA_FCHBAWWNService>(handler);
+    const Enum_Instances_Status status = enumerate<TVRHBA_FCHBAWWNService>(handler);
     TVR_LOG("TVRHBA_FCHBAWWNService_Provider::enum_instances()");
-    return ENUM_INSTANCES_OK;
+    return status;
 }
 
 } // namespace cimple

@@ -9,9 +9,9 @@ Unload_Status TVRHBA_HelpService_Provider::unload() {
 
 Enum_Instances_Status
 TVRHBA_HelpService_Provider::enum_instances(const Class*, const Enum_Instances_Handler& handler) {
-    enumerate<TVRHBA_HelpService>(handler);
+    const Enum_Instances_Status status = enumerate<TVRHBA_HelpService>(handler);
     TVR_LOG("TVRHBA_HelpService_Provider::enum_instances()");
-    return ENUM_INSTANCES_OK;
+    return status;
 }
 
 } // namespace cimple

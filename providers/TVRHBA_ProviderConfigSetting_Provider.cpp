@@ -5,9 +5,9 @@ namespace cimple {
 Enum_Instances_Status
 TVRHBA_ProviderConfigSetting_Provider::enum_instances(const Class*,
                                                       const Enum_Instances_Handler& handler) {
-    enumerate<TVRHBA_ProviderConfigSetting>(handler);
+    const Enum_Instances_Status status = enumerate<TVRHBA_ProviderConfigSetting>(handler);
     TVR_LOG("TVRHBA_ProviderConfigSetting_Provider::enum_instances()");
-    return ENUM_INSTANCES_OK;
+    return status;
 }
 
 } // namespace cimple

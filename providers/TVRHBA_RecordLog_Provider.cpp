@@ -4,9 +4,9 @@ namespace cimple {
 
 Enum_Instances_Status
 TVRHBA_RecordLog_Provider::enum_instances(const Class*, const Enum_Instances_Handler& handler) {
-    enumerate<TVRHBA_RecordLog>(handler);
+    const Enum_Instances_Status status = enumerate<TVRHBA_RecordLog>(handler);
     TVR_LOG("TVRHBA_RecordLog_Provider::enum_instances()");
-    return ENUM_INSTANCES_OK;
+    return status;
 }
 
 } // namespace cimple

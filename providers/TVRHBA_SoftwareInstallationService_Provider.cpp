@@ -5,9 +5,9 @@ namespace cimple {
 Enum_Instances_Status
 TVRHBA_SoftwareInstallationService_Provider::enum_instances(const Class*,
                                                             const Enum_Instances_Handler& handler) {
-    enumerate<TVRHBA_SoftwareInstallationService>(handler);
+    const Enum_Instances_Status status = enumerate<TVRHBA_SoftwareInstallationService>(handler);
     TVR_LOG("TVRHBA_SoftwareInstallationService_Provider::enum_instances()");
-    return ENUM_INSTANCES_OK;
+    return status;
 }
 
 } // namespace cimple

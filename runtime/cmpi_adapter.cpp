@@ -161,6 +161,7 @@ CMPIrc CMPI_Adapter::cleanup(bool terminating) {
 int cimple_cmpi_adapter(CMPI_Static_Data& static_data, const Registration* registration,
                         const CMPIBroker* broker, const CMPIContext* context,
                         const char* provider_name, char kind, void*& mi_out) noexcept {
+    const Cancel_Later until_made;
     if (CMPI_Adapter* adapter = static_data.adapter) {
         adapter->add_load();
     } else {

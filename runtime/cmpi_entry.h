@@ -3,12 +3,14 @@
 #ifndef TVR_RUNTIME_CMPI_ENTRY_H
 #define TVR_RUNTIME_CMPI_ENTRY_H
 
+#include "runtime/cancellation.h"
 #include "runtime/cmpi_adapter.h"
 #include "runtime/cmpi_thread_context.h"
 #include "runtime/log.h"
 
 #include <cxxabi.h>
 #include <exception>
+#include <mutex>
 
 namespace cimple {
 
@@ -87,6 +89,8 @@ CMPIStatus answer(const char* function, Body&& body, Call_Site where = Call_Site
 }
 
 // The frame of a request: thread context on top, the adapter's mutex held. `body` gets the adapter.
+// A thread that is cancelled meanwhile ends in a wait for the mutex, in one that the body is in, or
+// when the request has ended.
 template <class MI, class Body>
 CMPIStatus in_frame(const char* function, const MI* mi, const CMPIContext* context, Body&& body,
                     Call_Site where = Call_Site::here()) {
@@ -94,8 +98,10 @@ CMPIStatus in_frame(const char* function, const MI* mi, const CMPIContext* conte
     if (adapter == nullptr) {
         return CMPIStatus{CMPI_RC_ERR_FAILED, nullptr};
     }
+    const Cancel_Later until_waiting;
     CMPI_Context_Scope scope(adapter->broker(), context);
-    Lock lock(adapter->mutex());
+    adapter->mutex().lock_cancellably();
+    const std::lock_guard lock(adapter->mutex(), std::adopt_lock);
     return answer(
         function, [&] { return Outcome(body(*adapter)); }, where);
 }
@@ -117,6 +123,7 @@ CMPIStatus clean_up(const char* function, const MI* mi, const CMPIContext* conte
     if (adapter == nullptr) {
         return CMPIStatus{CMPI_RC_ERR_FAILED, nullptr};
     }
+    const Cancel_Later until_ended;
     CMPI_Context_Scope scope(adapter->broker(), context);
     return answer(
         function, [&] { return Outcome(adapter->cleanup(terminating != 0)); }, where);

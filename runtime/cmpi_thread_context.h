@@ -67,6 +67,7 @@ public:
     Instance* instance_enumerator_get(Instance_Enumerator_State* state) override;
 
     bool get_username(String& user_name) override;
+    const void* origin() const noexcept override { return _broker; }
 
 private:
     const CMPIBroker* _broker;

@@ -1,7 +1,9 @@
 #include "runtime/log.h"
 
+#include "runtime/cancellation.h"
 #include "runtime/datetime.h"
 #include "runtime/undestroyed.h"
+#include "runtime/until_closed.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -74,18 +76,6 @@ struct Mutex_Lock {
     Mutex_Lock& operator=(const Mutex_Lock&) = delete;
 };
 
-// Logging is noexcept and does what a cancelled thread ends in: it waits until the log is done.
-class Cancel_Later {
-public:
-    Cancel_Later() noexcept { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &_before); }
-    ~Cancel_Later() { ::pthread_setcancelstate(_before, nullptr); }
-    Cancel_Later(const Cancel_Later&) = delete;
-    Cancel_Later& operator=(const Cancel_Later&) = delete;
-
-private:
-    int _before = PTHREAD_CANCEL_ENABLE;
-};
-
 // All under `mutex`. The log is on while there is a file.
 struct State {
     bool initialised = false;
@@ -102,14 +92,18 @@ struct State {
 constinit Undestroyed<State> storage;
 constinit State& state = storage.object;
 
-// Closes the log when the module ends; what other static objects log later is dropped.
+// Closes the log when the module is closed; what other static objects log later is dropped. Nobody
+// holds the mutex then, unless a thread did that a fork has left behind.
 struct Log_End {
     ~Log_End() {
-        const Mutex_Lock lock;
-        state.close();
-        state.initialised = true;
+        if (::pthread_mutex_trylock(&mutex) == 0) {
+            state.close();
+            state.initialised = true;
+            ::pthread_mutex_unlock(&mutex);
+        }
     }
-} log_end;
+};
+Until_Closed<Log_End> log_end;
 
 // The value of a line "LOG_LEVEL = value", or null if it is no such line. Cuts white space from the
 // end of the line.

@@ -1,12 +1,15 @@
 #include "runtime/thread.h"
 
+#include "runtime/cancellation.h"
 #include "runtime/clock.h"
 #include "runtime/log.h"
+#include "runtime/until_closed.h"
 
 // The checks of this file hold in every build.
 #undef NDEBUG
 #include <cassert>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <ctime>
@@ -39,14 +42,15 @@ bool have_key() noexcept {
     return key_created.load(std::memory_order_relaxed);
 }
 
-// Gives the key back when the module ends.
+// Gives the key back when the module is closed.
 struct Key_End {
     ~Key_End() {
         if (key_created.exchange(false)) {
             ::pthread_key_delete(_thread_context_key);
         }
     }
-} key_end;
+};
+Until_Closed<Key_End> key_end;
 
 void set_top(Thread_Context* context) noexcept {
     if (have_key()) {
@@ -57,6 +61,24 @@ void set_top(Thread_Context* context) noexcept {
 }
 
 constinit std::atomic<Thread_Create> thread_create{&::pthread_create};
+
+// How long a wait for a mutex lasts before it looks for a cancellation, in microseconds.
+constexpr uint64 cancellation_pause = 50'000;
+
+// The time that lies `usec` microseconds ahead. Beyond some decades it is as good as none and would
+// run over the end of the time.
+timespec deadline(clockid_t clock, uint64 usec) noexcept {
+    usec = std::min(usec, uint64{std::numeric_limits<sint32>::max()} * 1'000'000);
+    timespec time{};
+    ::clock_gettime(clock, &time);
+    time.tv_sec += static_cast<time_t>(usec / 1'000'000);
+    time.tv_nsec += static_cast<long>(usec % 1'000'000) * 1000;
+    if (time.tv_nsec >= 1'000'000'000) {
+        time.tv_nsec -= 1'000'000'000;
+        ++time.tv_sec;
+    }
+    return time;
+}
 
 struct Start_Record {
     Thread::Proc proc;
@@ -108,8 +130,25 @@ void Mutex::lock() {
               "pthread_mutex_lock(&((MutexRep*)_rep)->mutex) == 0");
 }
 
+void Mutex::lock_cancellably() {
+    while (!try_lock_for(cancellation_pause)) {
+        const Cancel_Here here;
+        ::pthread_testcancel();
+    }
+}
+
 bool Mutex::try_lock() {
     return ::pthread_mutex_trylock(&_mutex) == 0;
+}
+
+bool Mutex::try_lock_for(uint64 usec) {
+    if (try_lock()) {
+        return true;
+    }
+    const timespec until = deadline(CLOCK_REALTIME, usec);
+    const int error = ::pthread_mutex_timedlock(&_mutex, &until);
+    TVR_CHECK(error == 0 || error == ETIMEDOUT, "pthread_mutex_timedlock(&_mutex, &until) == 0");
+    return error == 0;
 }
 
 void Mutex::unlock() {
@@ -133,20 +172,8 @@ void Cond::wait(Mutex& mutex) {
 }
 
 bool Cond::wait(Mutex& mutex, uint64 usec) {
-    // A limit beyond this is as good as none and would run over the end of the time.
-    constexpr uint64 longest = uint64{std::numeric_limits<sint32>::max()} * 1'000'000;
-    if (usec > longest) {
-        usec = longest;
-    }
-    struct timespec deadline {};
-    ::clock_gettime(CLOCK_MONOTONIC, &deadline);
-    deadline.tv_sec += static_cast<time_t>(usec / 1'000'000);
-    deadline.tv_nsec += static_cast<long>(usec % 1'000'000) * 1000;
-    if (deadline.tv_nsec >= 1'000'000'000) {
-        deadline.tv_nsec -= 1'000'000'000;
-        ++deadline.tv_sec;
-    }
-    return ::pthread_cond_timedwait(&_cond, &mutex._mutex, &deadline) != ETIMEDOUT;
+    const timespec until = deadline(CLOCK_MONOTONIC, usec);
+    return ::pthread_cond_timedwait(&_cond, &mutex._mutex, &until) != ETIMEDOUT;
 }
 
 void Cond::signal() {

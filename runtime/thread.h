@@ -22,7 +22,12 @@ public:
     Mutex& operator=(const Mutex&) = delete;
 
     void lock();
+    // As `lock`; while it waits the thread may be cancelled (runtime/cancellation.h).
+    void lock_cancellably();
     bool try_lock();
+    // False if the mutex could not be had within `usec` microseconds; a clock that is set back
+    // makes them longer.
+    bool try_lock_for(uint64 usec);
     void unlock();
 
 private:
@@ -84,6 +89,10 @@ public:
 
     // Name of the user behind the call; false if it isn't known.
     virtual bool get_username(String& user_name) = 0;
+
+    // Whose services the context gives, as an identity to compare: contexts of one broker answer
+    // the same. Null if it depends on nobody.
+    virtual const void* origin() const noexcept { return nullptr; }
 
     static Thread_Context* top() noexcept;
     static void push(Thread_Context* context) noexcept;

@@ -1,6 +1,9 @@
 // The agent's life: who makes it, who ends it, and what it leaves behind.
 #include "tests/agent/agent_fixture.h"
 
+#include "agent/locks.h"
+#include "tests/runtime/plain_context.h"
+
 #include <future>
 #include <thread>
 #include <utility>
@@ -87,16 +90,148 @@ protected:
     std::thread unloader;
 };
 
-TEST_F(Ends_In_Refresh, LeavesOutTheStagesThatHaveNotBegun) {
+TEST_F(Ends_In_Refresh, LeavesTheLibraryWithTheCallThatItIsIn) {
     gate.open();
     unloader.join();
     EXPECT_EQ(ProviderAgent::instance(), nullptr);
+    EXPECT_EQ(calls("HBA_GetNumberOfAdapters"), 1);
+    EXPECT_EQ(calls("HBA_GetAdapterName"), 0);
     const std::vector<std::string> lines = log.take();
     EXPECT_THAT(lines, Contains("PERF: DataFetch_Handler Thread END"));
     EXPECT_THAT(lines, Not(Contains("PERF: Updating Adapter Maps...")));
     const auto end = std::find(lines.begin(), lines.end(), "PERF: DataFetch_Handler Thread END");
     const auto deleted = std::find(lines.begin(), lines.end(), "Data Pointer deleted.");
     EXPECT_LT(end, deleted) << "the data outlives the refresh that fills it";
+}
+
+// Threads that look for the agent find one that is whole, or none.
+TEST_F(Lifecycle, NobodyFindsTheAgentOnceItEnds) {
+    load();
+    std::atomic<bool> ended{false};
+    std::atomic<bool> found{true};
+    const Log_Hook hook("Entering the function ~ProviderAgent()", [&] {
+        found = ProviderAgent::instance() != nullptr;
+        ended = true;
+    });
+    unload();
+    EXPECT_TRUE(ended);
+    EXPECT_FALSE(found);
+}
+
+// Services that a class may have for its own. A thread uses them until its context ends.
+class Origin final : public Plain_Context {
+public:
+    explicit Origin(const void* of_thread = nullptr) : _of_thread(of_thread) {}
+    ~Origin() override {
+        if (_of_thread != nullptr) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            --in_use;
+        }
+    }
+    const void* origin() const noexcept override {
+        return _of_thread == nullptr ? this : _of_thread;
+    }
+    Thread_Context* thread_create_hook() override {
+        ++in_use;
+        return std::make_unique<Origin>(origin()).release();
+    }
+    template <class Call> auto run(Call&& call) {
+        push(this);
+        const auto result = call();
+        pop();
+        return result;
+    }
+    static inline std::atomic<int> in_use{0}; // by threads
+
+private:
+    const void* _of_thread;
+};
+
+// The last class of an origin goes while a refresh runs with its services; others stay.
+class With_Origin : public Lifecycle {
+protected:
+    // Begins a refresh that stops in that entry point.
+    void begin_refresh(Gate& gate, const char* entry_point) {
+        libraries.entered = [&gate, entry_point](const std::string& entered) {
+            if (entered == entry_point) {
+                gate.pass();
+            }
+        };
+        load();
+        EXPECT_EQ(origin.run(load_agent), LOAD_OK);
+        origin.run([this] { return agent->BuildCimpleInfo(); });
+        gate.wait_until_reached();
+    }
+    std::size_t refreshes() { return logged("PERF: DataFetch_Handler Thread BEGIN"); }
+
+    Origin origin;
+};
+
+class Origins : public With_Origin, public testing::WithParamInterface<const char*> {};
+
+TEST_P(Origins, TakeTheirRefreshAlongAndWaitingRequestsStartAnother) {
+    Gate gate;
+    begin_refresh(gate, GetParam());
+    std::promise<void> joining;
+    const Log_Hook hook("PERF: Clearing the previous thread...with join",
+                        [&joining, told = false]() mutable {
+                            if (!std::exchange(told, true)) {
+                                joining.set_value();
+                            }
+                        });
+    // A request of another class that needs all that the refresh makes.
+    auto request = std::async(std::launch::async, [] {
+        Collected tapes;
+        enumerate_SAN<TVRHBA_TapeDrive>(tapes.handler());
+        return enumerated<TVRHBA_FCPort>().size();
+    });
+    auto unloaded = std::async(std::launch::async, [this] {
+        origin.run(unload_agent);
+        return Origin::in_use.load();
+    });
+    joining.get_future().wait();
+    const int entered = calls(GetParam());
+    gate.open();
+    EXPECT_EQ(unloaded.get(), 0) << "the thread is gone, and with it what it used";
+    EXPECT_EQ(request.get(), 3u);
+    EXPECT_EQ(refreshes(), 2u);
+    EXPECT_EQ(libraries.openHandles, 0);
+    EXPECT_GT(calls(GetParam()), entered) << "what was left out is made up for";
+    EXPECT_FALSE(agent->maps.m_TVRHBA_FCDriverServiceAffectsDriver_map.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(, Origins,
+                         testing::Values("HBA_GetNumberOfAdapters", // adapter data
+                                         "HBA_GetAdapterPortAttributes",
+                                         "LRM_GetDriverParams",      // adapter maps
+                                         "HBA_GetFcpTargetMapping"), // SAN data
+                         [](const auto& one) { return std::string(one.param); });
+
+TEST_F(With_Origin, KeepsTheRefreshAsLongAsAClassStays) {
+    Gate gate;
+    begin_refresh(gate, "HBA_GetNumberOfAdapters");
+    EXPECT_EQ(origin.run(load_agent), LOAD_OK);
+    origin.run(unload_agent); // another class of the origin is still there
+    Origin other;
+    EXPECT_EQ(other.run(load_agent), LOAD_OK);
+    other.run(unload_agent); // the refresh is not this one's
+    gate.open();
+    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
+    EXPECT_EQ(refreshes(), 1u);
+    origin.run(unload_agent);
+}
+
+// A method holds the locks that the refresh needs, for as long as it takes.
+TEST_F(With_Origin, WaitsForNoMethodThatTheRefreshWaitsFor) {
+    load();
+    refresh();
+    EXPECT_EQ(origin.run(load_agent), LOAD_OK);
+    const Full_Guard guard(*agent);
+    agent->m_bForceAdapterRefresh = true;
+    origin.run([this] { return agent->BuildCimpleInfo(); });
+    origin.run(unload_agent);
+    EXPECT_TRUE(agent->m_bForceAdapterRefresh);
+    EXPECT_EQ(Origin::in_use, 0);
 }
 
 // The refresh may wait for an object manager that waits for this load.
@@ -119,13 +254,6 @@ TEST_F(Ends_In_Refresh, SeveralLastReleasesEndTheAgentOnce) {
     EXPECT_EQ(ProviderAgent::instance(), first);
     gate.open();
     unloader.join();
-    EXPECT_EQ(ProviderAgent::instance(), nullptr);
-}
-
-TEST_F(Lifecycle, EndsJustAfterARefreshEnded) {
-    load();
-    refresh();
-    unload();
     EXPECT_EQ(ProviderAgent::instance(), nullptr);
 }
 
@@ -187,22 +315,9 @@ TEST_F(Lifecycle, TakesItsSettingsFromTheFileAndWritesThemBack) {
                 testing::HasSubstr("TVR_PROVIDER_CACHE_TIMEOUT = 9\n"));
 }
 
-// A process of its own: an agent that could not be constructed stays to the end.
-class Failed_Construction : public With_Agent {
-protected:
-    template <class Check> void in_process_of_its_own(Check&& check) {
-        GTEST_FLAG_SET(death_test_style, "fast");
-        EXPECT_EXIT(
-            {
-                check();
-                std::exit(testing::Test::HasFailure() ? 1 : 0);
-            },
-            testing::ExitedWithCode(0), "");
-    }
-};
-
-TEST_F(Failed_Construction, IsAnsweredWithEmptyEnumerations) {
-    in_process_of_its_own([this] {
+// In a process of its own: an agent that could not be constructed stays until the module is closed.
+TEST_F(Lifecycle, AFailedConstructionIsAnsweredWithEmptyEnumerations) {
+    const auto check = [this] {
         libraries.initLib = [] { return 1; };
         open_libraries();
         EXPECT_EQ(load_agent(), LOAD_FAILED);
@@ -231,16 +346,14 @@ TEST_F(Failed_Construction, IsAnsweredWithEmptyEnumerations) {
         EXPECT_EQ(ProviderAgent::instance(), failed);
         EXPECT_EQ(load_agent(), LOAD_FAILED);
         EXPECT_EQ(ProviderAgent::instance(), failed);
-    });
-}
-
-TEST_F(Failed_Construction, EndsWithTheProcessEvenIfARefreshRan) {
-    in_process_of_its_own([this] {
-        libraries.initLib = [] { return 1; };
-        open_libraries();
-        EXPECT_EQ(load_agent(), LOAD_FAILED);
-        EXPECT_EQ(enumerated<TVRHBA_PhysicalPackage>().size(), 0u);
-    });
+    };
+    GTEST_FLAG_SET(death_test_style, "fast");
+    EXPECT_EXIT(
+        {
+            check();
+            std::exit(testing::Test::HasFailure() ? 1 : 0);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 } // namespace

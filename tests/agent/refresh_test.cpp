@@ -267,13 +267,14 @@ TEST_F(Refresh, WaitingRequestsStartItWhenAStartFailed) {
     EXPECT_EQ(logged(begin_line), 1u);
 }
 
-TEST_F(Refresh, RequestsEndWhenNoThreadCanBeHad) {
+TEST_F(Refresh, RequestsFailWhenNoThreadCanBeHad) {
     set_thread_create(&create_or_fail);
     failing_starts = 1'000'000;
     load();
     EXPECT_EQ(agent->BuildCimpleInfo(), 0u);
     EXPECT_FALSE(agent->m_bIsThreadRunning);
-    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 0u);
+    Collected none;
+    EXPECT_EQ(enumerate<TVRHBA_FCPort>(none.handler()), ENUM_INSTANCES_FAILED);
     EXPECT_EQ(logged("Exception in CIM Provider Enumeration - do nothing"), 1u);
     EXPECT_THROW(Full_Guard guard(*agent), Refresh_Unavailable);
 
@@ -304,6 +305,7 @@ TEST_F(Refresh, TakesAForceRequestWhenItsStageBegins) {
     const Log_Hook hook("PERF: Building Adapter Data...", [&] { started.set_value(); });
     {
         const Full_Guard guard(*agent);
+        EXPECT_FALSE(agent->m_ProviderDataMutex.try_lock());
         agent->m_bForceAdapterRefresh = true;
         agent->BuildCimpleInfo();
         started.get_future().wait();
@@ -315,28 +317,6 @@ TEST_F(Refresh, TakesAForceRequestWhenItsStageBegins) {
     wait_for_end();
     EXPECT_FALSE(agent->m_bForceAdapterRefresh);
     EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 1u);
-    EXPECT_EQ(logged(begin_line), 2u);
-}
-
-TEST_F(Refresh, StagesLeftOutByAnAgentThatWasToEndAreMadeUpFor) {
-    load();
-    libraries.entered = [this](const std::string& entry_point) {
-        if (entry_point == "HBA_GetNumberOfAdapters") {
-            agent->m_bIsEnding = true;
-        }
-    };
-    agent->BuildCimpleInfo();
-    wait_for_end();
-    EXPECT_FALSE(agent->m_bIsAdapterMapsReady);
-    EXPECT_FALSE(agent->m_bIsSANMapsReady);
-    EXPECT_EQ(logged("PERF: Updating Adapter Maps..."), 0u);
-
-    libraries.entered = nullptr;
-    agent->m_bIsEnding = false;
-    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
-    Collected tapes;
-    enumerate_SAN<TVRHBA_TapeDrive>(tapes.handler());
-    EXPECT_TRUE(agent->m_bIsSANMapsReady);
     EXPECT_EQ(logged(begin_line), 2u);
 }
 
@@ -392,6 +372,111 @@ TEST_F(Refresh, LosesNoSANRequest) {
     }
     wait_for_end();
     EXPECT_FALSE(agent->m_bForceSANRefresh);
+}
+
+// Adapter classes are read without a wait for the scan of the SAN: in these tests the scan waits
+// for the readers.
+class SAN_Scan : public Refresh, public testing::WithParamInterface<bool> {
+protected:
+    // Starts readers, as active ones or plain.
+    void start_readers(int count) {
+        for (int i = 0; i < count; ++i) {
+            _readers.push_back(std::async(std::launch::async, [] {
+                Collected ports;
+                if (GetParam()) {
+                    enumerate_active<TVRHBA_FCPort>(ports.handler(), [](ProviderAgent&) {});
+                } else {
+                    enumerate<TVRHBA_FCPort>(ports.handler());
+                }
+                return ports.size();
+            }));
+        }
+        _started = true;
+    }
+    // On the thread that scans.
+    void expect_readers_to_pass() {
+        for (const std::future<std::size_t>& reader : _readers) {
+            _passed =
+                _passed && reader.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+        }
+    }
+    // In the end.
+    void expect_ports() {
+        for (const std::future<std::size_t>& reader : _readers) {
+            reader.wait();
+        }
+        wait_for_end();
+        EXPECT_TRUE(_passed);
+        for (std::future<std::size_t>& reader : _readers) {
+            EXPECT_EQ(reader.get(), 3u);
+        }
+        _readers.clear();
+        _started = false;
+    }
+
+    bool started() const { return _started; }
+
+private:
+    std::vector<std::future<std::size_t>> _readers;
+    std::atomic<bool> _started{false};
+    std::atomic<bool> _passed{true};
+};
+INSTANTIATE_TEST_SUITE_P(, SAN_Scan, testing::Bool(), [](const auto& one) {
+    return std::string(one.param ? "ActiveReaders" : "Readers");
+});
+
+TEST_P(SAN_Scan, LetsPassWhoWaitedForTheFirstMaps) {
+    constexpr int count = 3;
+    for (int life = 0; life < 20 && !HasFailure(); ++life) {
+        std::atomic<int> came{0}; // readers whose first step is done
+        libraries.entered = [this, &came](const std::string& entry_point) {
+            if (entry_point == "HBA_GetNumberOfAdapters") {
+                while (came < count || !started()) {
+                    std::this_thread::yield();
+                }
+            } else if (entry_point == "HBA_GetFcpTargetMapping") {
+                expect_readers_to_pass();
+            }
+        };
+        load();
+        const Log_Hook hook("PERF: ---BuildCimpleInfo BEGIN---", [&came] { ++came; });
+        start_readers(count);
+        expect_ports();
+        unload();
+    }
+}
+
+TEST_P(SAN_Scan, LetsPassWhoseRequestStartedIt) {
+    load();
+    refresh();
+    libraries.entered = [this](const std::string& entry_point) {
+        if (entry_point == "HBA_GetFcpTargetMapping") {
+            expect_readers_to_pass();
+        }
+    };
+    for (int expiry = 0; expiry < 50 && !HasFailure(); ++expiry) {
+        clock.time += 10 * minute;
+        // The thread that is started stands before its first stage until the reader is known.
+        {
+            const Lock lock(agent->m_ThreadMutex);
+            start_readers(1);
+        }
+        expect_ports();
+    }
+}
+
+TEST_F(Refresh, ScansTheSANBesideReadersOfMaps) {
+    load();
+    std::size_t ports = 0;
+    libraries.entered = [&](const std::string& entry_point) {
+        if (entry_point == "HBA_GetFcpTargetMapping") {
+            auto reader =
+                std::async(std::launch::async, [] { return enumerated<TVRHBA_FCPort>().size(); });
+            ports += reader.get();
+        }
+    };
+    refresh();
+    EXPECT_EQ(ports, 9u);
 }
 
 TEST_F(Refresh, AMethodMayForceARefreshUnderItsGuard) {

@@ -1,6 +1,6 @@
 #include "runtime/thread.h"
 
-#include "runtime/instance.h"
+#include "tests/runtime/plain_context.h"
 
 #include <cerrno>
 #include <gmock/gmock.h>
@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 
 // A context that notes what happens to it.
-class Test_Context : public Thread_Context {
+class Test_Context : public Plain_Context {
 public:
     ~Test_Context() override { events.emplace_back("delete"); }
 
@@ -27,17 +27,6 @@ public:
         }
         return new Test_Context;
     }
-    void thread_start_hook() override {}
-    void thread_exit_hook() override {}
-
-    Instance_Enumerator_State* instance_enumerator_create(const char*, const Instance*) override {
-        return nullptr;
-    }
-    void instance_enumerator_destroy(Instance_Enumerator_State*) override {}
-    bool instance_enumerator_more(Instance_Enumerator_State*) override { return false; }
-    void instance_enumerator_next(Instance_Enumerator_State*) override {}
-    Instance* instance_enumerator_get(Instance_Enumerator_State*) override { return nullptr; }
-    bool get_username(String&) override { return false; }
 
     bool memory_is_lacking = false;
     static inline std::vector<std::string> events;
