@@ -119,7 +119,8 @@ void Value::set_null_of(sint32 kind) {
 
 template <std::size_t... Index>
 Value::Payload Value::make_indexed(std::size_t index, std::index_sequence<Index...>) {
-    static constexpr Payload (*makers[])() = {[] { return Payload(std::in_place_index<Index>); }...};
+    static constexpr Payload (*makers[])() = {
+        [] { return Payload(std::in_place_index<Index>); }...};
     return makers[index]();
 }
 

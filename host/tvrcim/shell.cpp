@@ -1,10 +1,7 @@
 #include "host/tvrcim/shell.h"
 
 #include "host/tvrcim/command_line.h"
-#include "host/tvrcim/commands.h"
 #include "host/tvrcim/errors.h"
-
-#include <CLI/CLI.hpp>
 
 #include <iostream>
 
@@ -75,12 +72,9 @@ int run_shell(Session& session, std::istream& in, bool prompt) {
                 in.setstate(std::ios::eofbit);
                 return status;
             }
-            CLI::App app("The commands of tvrcim, one a line; 'exit' ends", "");
             Command command;
-            prepare(app);
-            add_commands(app, command);
-            std::reverse(words.begin(), words.end());
-            if (const std::optional<int> over = parse(app, words, session.out)) {
+            if (const std::optional<int> over =
+                    read_shell_line(std::move(words), command, session.out)) {
                 return *over;
             }
             command(session);

@@ -1,8 +1,8 @@
 // The built tvrcim as people run it, on simulated adapters.
+#include "json/json.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
 
 #include <sys/wait.h>
 
@@ -18,12 +18,17 @@ using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
+using tvrjson::Json;
 
 struct Outcome {
     int status;
     std::string out;
     std::string err;
 };
+
+const Json& first(const Json& array) {
+    return array.elements().at(0);
+}
 
 class Tvrcim : public ::testing::Test {
 protected:
@@ -99,8 +104,9 @@ TEST_F(Tvrcim, shows_the_host_as_a_tree) {
 |        `- LUN 1  Jukebox     TVTAPE LIBRARY 48 Revision 1.07
 )"));
     EXPECT_THAT(outcome.out, HasSubstr("port 10000254564A1021  Other  no link  firmware"));
-    const auto tree = nlohmann::json::parse(run("--sim -o json tree").out);
-    EXPECT_EQ(tree["adapters"][0]["ports"][0]["targets"][0]["units"].size(), 4u);
+    const Json tree = Json::parse(run("--sim -o json tree").out);
+    const Json& port = first(*first(*tree.find("adapters")).find("ports"));
+    EXPECT_EQ(first(*port.find("targets")).find("units")->size(), 4u);
 }
 
 TEST_F(Tvrcim, follows_associations) {
@@ -155,14 +161,14 @@ TEST_F(Tvrcim, tells_when_its_output_is_lost) {
 }
 
 TEST_F(Tvrcim, json_is_for_programs) {
-    using Json = nlohmann::json;
     const Json list = Json::parse(run("--sim -o json list").out);
-    EXPECT_EQ(list[0]["speed"], 16000000000u);
+    EXPECT_EQ(first(list).find("speed")->as_unsigned(), 16000000000u);
 
     const Json ports = Json::parse(run("--sim -o json enum TVRHBA_FCPort -p Speed").out);
     ASSERT_EQ(ports.size(), 4u);
-    EXPECT_EQ(ports[0]["properties"].size(), 5u) << "the keys and what was asked for";
-    EXPECT_EQ(ports[0]["properties"]["Speed"], 16000000000u);
+    const Json& properties = *first(ports).find("properties");
+    EXPECT_EQ(properties.size(), 5u) << "the keys and what was asked for";
+    EXPECT_EQ(properties.find("Speed")->as_unsigned(), 16000000000u);
 }
 
 TEST_F(Tvrcim, enumerates_and_gets) {
