@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <iterator>
 #include <set>
 
 namespace tvrhost {
@@ -63,31 +64,27 @@ Json to_json(const Cim_Instance& instance) {
             {"properties", std::move(properties)}};
 }
 
-std::string json_text(const Json& json, int indent) {
-    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
-}
-
 namespace {
 
 Cim_Value untyped(const Json& json) {
     if (json.is_boolean()) {
-        return json.get<bool>();
+        return json.as_boolean();
     }
-    if (json.is_number_unsigned()) {
-        return json.get<std::uint64_t>();
+    if (json.is_unsigned()) {
+        return json.as_unsigned();
     }
-    if (json.is_number_integer()) {
-        return json.get<std::int64_t>();
+    if (json.is_negative()) {
+        return json.as_negative();
     }
     if (json.is_number()) {
-        return json.get<double>();
+        return json.as_number();
     }
     if (json.is_string()) {
-        return json.get<std::string>();
+        return json.as_string();
     }
     if (json.is_array()) {
         std::vector<Cim_Value> elements;
-        for (const Json& element : json) {
+        for (const Json& element : json.elements()) {
             elements.push_back(untyped(element));
         }
         const Cim_Type type = elements.empty() ? Cim_Type::string : elements.front().type();
@@ -117,11 +114,11 @@ Cim_Value value_from_json(const Json& json, const tvrmof::Typed& declared,
     if (declared.is_array) {
         if (!json.is_array()) {
             throw Value_Error(std::string("takes an array of ") + type_name(type) + ", not " +
-                              json_text(json, -1));
+                              json.text(-1));
         }
         const tvrmof::Feature element = element_of(declared);
         std::vector<Cim_Value> elements;
-        for (const Json& each : json) {
+        for (const Json& each : json.elements()) {
             elements.push_back(value_from_json(each, element, schema, name_space));
         }
         return Cim_Value::array(type, std::move(elements));
@@ -131,27 +128,28 @@ Cim_Value value_from_json(const Json& json, const tvrmof::Typed& declared,
     }
     const bool text =
         type == Cim_Type::string || type == Cim_Type::datetime || type == Cim_Type::reference;
-    if (json.is_structured() || (text && !json.is_string())) {
-        throw Value_Error(std::string("takes ") + type_name(type) + ", not " + json_text(json, -1));
+    if (json.is_array() || json.is_object() || (text && !json.is_string())) {
+        throw Value_Error(std::string("takes ") + type_name(type) + ", not " + json.text(-1));
     }
     if (type == Cim_Type::string) {
-        return json.get<std::string>();
+        return json.as_string();
     }
-    return parse_value(json.is_string() ? json.get<std::string>() : json.dump(), declared, schema,
+    return parse_value(json.is_string() ? json.as_string() : json.text(-1), declared, schema,
                        name_space);
 }
 
 Cim_Instance instance_from_json(const Json& json, const tvrmof::Schema* schema,
                                 const std::string& name_space) {
-    if (!json.is_object() || !json.contains("class") || !json["class"].is_string()) {
+    const Json* const class_name = json.find("class");
+    if (class_name == nullptr || !class_name->is_string()) {
         throw Value_Error("an instance is an object with \"class\" and \"properties\"");
     }
     Cim_Instance instance;
-    instance.path.class_name = json["class"].get<std::string>();
+    instance.path.class_name = class_name->as_string();
     instance.path.name_space = name_space;
-    for (const auto& [name, value] : json.items()) {
+    for (const auto& [name, value] : json.members()) {
         if (name == "namespace" && value.is_string()) {
-            instance.path.name_space = value.get<std::string>();
+            instance.path.name_space = value.as_string();
         } else if (name == "properties" ? !value.is_object() : name != "class" && name != "path") {
             throw Value_Error("instance of " + instance.path.class_name + ": \"" + name +
                               "\" cannot stand here; \"class\", \"namespace\" (text) and "
@@ -166,10 +164,11 @@ Cim_Instance instance_from_json(const Json& json, const tvrmof::Schema* schema,
         }
         instance.path.class_name = model->name;
     }
-    if (!json.contains("properties")) {
+    const Json* const properties = json.find("properties");
+    if (properties == nullptr) {
         return instance;
     }
-    for (const auto& [name, value] : json["properties"].items()) {
+    for (const auto& [name, value] : properties->members()) {
         const std::string place = instance.path.class_name + "." + name + ": ";
         const tvrmof::Feature* feature = model == nullptr ? nullptr : model->find(name);
         if (model != nullptr &&
@@ -204,15 +203,13 @@ std::vector<Cim_Instance> read_instances(const std::string& file, const tvrmof::
     std::set<std::string> paths;
     std::size_t index = 0;
     try {
-        const Json json = Json::parse(stream);
-        const Json* list = &json;
-        if (json.is_object() && json.contains("instances")) {
-            list = &json["instances"];
-        }
+        const Json json = Json::parse(std::string(std::istreambuf_iterator<char>(stream), {}));
+        const Json* const named = json.find("instances");
+        const Json* const list = named == nullptr ? &json : named;
         if (!list->is_array()) {
             throw Value_Error("takes an array of instances, or an object with \"instances\"");
         }
-        for (const Json& each : *list) {
+        for (const Json& each : list->elements()) {
             instances.push_back(instance_from_json(each, schema, "root/tavrin"));
             if (instances.back().path.keys.empty() && schema != nullptr) {
                 throw Value_Error("instance of " + instances.back().class_name() +
@@ -226,7 +223,7 @@ std::vector<Cim_Instance> read_instances(const std::string& file, const tvrmof::
         }
     } catch (const std::ios_base::failure&) { // a directory, for one
         throw Start_Error("instance file " + file + ": cannot be read");
-    } catch (const Json::parse_error& error) {
+    } catch (const tvrjson::Parse_Error& error) {
         throw Start_Error("instance file " + file + ": " + error.what());
     } catch (const Value_Error& error) {
         throw Start_Error("instance file " + file + ": [" + std::to_string(index) +

@@ -5,19 +5,15 @@
 
 #include "host/cim_value.h"
 #include "schema/mof_reader.h"
-
-#include <nlohmann/json.hpp>
+#include "json/json.h"
 
 namespace tvrhost {
 
-using Json = nlohmann::ordered_json;
+using tvrjson::Json;
 
 Json to_json(const Cim_Value& value);
 Json to_json(const Cim_Path& path); // "class", "namespace", "keys" and the whole "path" as text
 Json to_json(const Cim_Instance& instance);
-
-// One text; bytes that are no UTF-8 are replaced.
-std::string json_text(const Json& json, int indent = 2);
 
 // A value of a declared type. Throws Value_Error.
 Cim_Value value_from_json(const Json& json, const tvrmof::Typed& declared,

@@ -183,8 +183,10 @@ Cim_Value parse_value(std::string_view text, const tvrmof::Typed& declared,
         return Cim_Value::null(type, declared.is_array);
     }
     if (declared.is_array || type == Cim_Type::instance) {
-        const Json json = Json::parse(text, nullptr, false);
-        if (json.is_discarded()) {
+        Json json;
+        try {
+            json = Json::parse(text);
+        } catch (const tvrjson::Parse_Error&) {
             throw Value_Error(std::string("takes ") +
                               (declared.is_array ? "an array such as [1, 2] or [\"a\", \"b\"]"
                                                  : "an instance as a JSON object") +

@@ -64,12 +64,14 @@ Value::Value(const Value& other) : _null(other._null), _payload(other._payload) 
 }
 
 Value::Value(Value&& other) noexcept
-    : _null(std::exchange(other._null, uint8{1})),
-      _payload(std::exchange(other._payload, Payload())) {}
+    : _null(std::exchange(other._null, uint8{1})), _payload(std::move(other._payload)) {
+    other._payload.emplace<std::monostate>(); // its counts are here now
+}
 
 Value& Value::operator=(Value other) noexcept {
-    std::swap(_null, other._null);
-    std::swap(_payload, other._payload);
+    count(false);
+    take(std::move(other._payload), other._null);
+    other._payload.emplace<std::monostate>();
     return *this;
 }
 
@@ -90,7 +92,12 @@ void Value::count(bool add) const noexcept {
 
 void Value::replace(Payload&& payload, uint8 null) noexcept {
     count(false);
-    _payload = std::move(payload);
+    take(std::move(payload), null);
+}
+
+void Value::take(Payload&& payload, uint8 null) noexcept {
+    std::destroy_at(&_payload);
+    std::construct_at(&_payload, std::move(payload));
     _null = null;
 }
 
@@ -112,9 +119,9 @@ void Value::set_null_of(sint32 kind) {
 
 template <std::size_t... Index>
 Value::Payload Value::make_indexed(std::size_t index, std::index_sequence<Index...>) {
-    Payload payload;
-    static_cast<void>(((Index == index && (payload.emplace<Index>(), true)) || ...));
-    return payload;
+    static constexpr Payload (*makers[])() = {
+        [] { return Payload(std::in_place_index<Index>); }...};
+    return makers[index]();
 }
 
 Value::Payload Value::make_payload(sint32 kind) {

@@ -88,6 +88,9 @@ private:
 
     // Takes the payload, with its counts, in place of the one held.
     void replace(Payload&& payload, uint8 null) noexcept;
+    // The same where the one held has no counts any more. Built anew, since the assignment of a
+    // union of so many types costs seconds of compilation.
+    void take(Payload&& payload, uint8 null) noexcept;
     // Adds or drops one count on each instance held.
     void count(bool add) const noexcept;
 

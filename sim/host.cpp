@@ -104,22 +104,22 @@ void Host::control(std::string_view request) {
     }
     if (const Json* changes = reader.find("adapters")) {
         const ObjectReader place(*changes, reader.pathOf("adapters"));
-        for (const auto& change : changes->items()) {
+        for (const auto& change : changes->members()) {
             const auto adapter =
                 std::find_if(adapters.begin(), adapters.end(),
-                             [&](const Adapter& each) { return each.name == change.key(); });
+                             [&](const Adapter& each) { return each.name == change.name; });
             if (adapter == adapters.end()) {
-                throw FormatError(place.pathOf(change.key()), "no such adapter");
+                throw FormatError(place.pathOf(change.name), "no such adapter");
             }
-            changeAdapter(change.value(), place.pathOf(change.key()), *adapter);
+            changeAdapter(change.value, place.pathOf(change.name), *adapter);
             adapter->hasChanged = true;
         }
     }
     if (const Json* changes = reader.find("ports")) {
         const ObjectReader place(*changes, reader.pathOf("ports"));
-        for (const auto& change : changes->items()) {
-            const std::string path = place.pathOf(change.key());
-            const HBA_WWN wwpn = parseWwn(change.key(), path);
+        for (const auto& change : changes->members()) {
+            const std::string path = place.pathOf(change.name);
+            const HBA_WWN wwpn = parseWwn(change.name, path);
             Port* found = nullptr;
             for (Adapter& adapter : adapters) {
                 for (Port& port : adapter.ports) {
@@ -132,7 +132,7 @@ void Host::control(std::string_view request) {
             if (found == nullptr) {
                 throw FormatError(path, "no such port");
             }
-            changePort(change.value(), path, *found);
+            changePort(change.value, path, *found);
         }
     }
     readDriverParams(reader, "globalDriverParameters", parameters);

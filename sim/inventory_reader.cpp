@@ -89,7 +89,7 @@ Vpd usualVpd() {
 
 /// The word "product", up to four characters, or hexadecimal bytes.
 std::string readKeyword(const Json& value, const std::string& path) {
-    if (value == "product") {
+    if (value.is_string() && value.as_string() == "product") {
         return "\x82\x82";
     }
     return readTextOrBytes(value, path, 4);

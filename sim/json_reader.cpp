@@ -44,44 +44,19 @@ FormatError::FormatError(std::string_view path, std::string_view reason)
           oneLine(std::string(path.empty() ? "document" : path) + ": " + std::string(reason))) {}
 
 Json parseJson(std::string_view text) {
-    std::vector<std::set<std::string>> open;
-    const auto noteKey = [&open](int, Json::parse_event_t event, Json& parsed) {
-        switch (event) {
-        case Json::parse_event_t::object_start:
-            open.emplace_back();
-            break;
-        case Json::parse_event_t::object_end:
-            open.pop_back();
-            break;
-        case Json::parse_event_t::key:
-            if (!open.back().insert(parsed.get<std::string>()).second) {
-                throw FormatError("", "the name " + inQuotes(parsed.get<std::string>()) +
-                                          " stands twice in one object");
-            }
-            break;
-        default:
-            break;
-        }
-        return true;
-    };
     try {
-        return Json::parse(text, noteKey);
-    } catch (const Json::exception& error) {
-        // "[json.exception.parse_error.101] parse error at line 3, column 5: ..."
-        std::string what = error.what();
-        if (const size_t end = what.find("] "); end != std::string::npos) {
-            what.erase(0, end + 2);
-        }
-        throw FormatError("", what);
+        return Json::parse(text);
+    } catch (const tvrjson::Parse_Error& error) {
+        throw FormatError("", error.what());
     }
 }
 
 uint64_t readNumber(const Json& value, const std::string& path, uint64_t highest) {
     uint64_t number = 0;
-    if (value.is_number_unsigned()) {
-        number = value.get<uint64_t>();
-    } else if (value.is_string() && value.get_ref<const std::string&>().starts_with("0x")) {
-        const std::string& text = value.get_ref<const std::string&>();
+    if (value.is_unsigned()) {
+        number = value.as_unsigned();
+    } else if (value.is_string() && value.as_string().starts_with("0x")) {
+        const std::string& text = value.as_string();
         const char* const end = text.data() + text.size();
         const auto parsed = std::from_chars(text.data() + 2, end, number, 16);
         if (parsed.ec != std::errc() || parsed.ptr != end) {
@@ -98,14 +73,14 @@ uint64_t readNumber(const Json& value, const std::string& path, uint64_t highest
 }
 
 uint32_t readNamed(const Json& value, const std::string& path, std::span<const Named> words) {
-    if (!value.is_string() || value.get_ref<const std::string&>().starts_with("0x")) {
-        if (!value.is_number_unsigned() && !value.is_string()) {
+    if (!value.is_string() || value.as_string().starts_with("0x")) {
+        if (!value.is_unsigned() && !value.is_string()) {
             throw FormatError(path,
                               "a number or one of the words " + listOf(words) + " is wanted here");
         }
         return static_cast<uint32_t>(readNumber(value, path, UINT32_MAX));
     }
-    const std::string& text = value.get_ref<const std::string&>();
+    const std::string& text = value.as_string();
     const auto word = std::find_if(words.begin(), words.end(),
                                    [&text](const Named& each) { return each.name == text; });
     if (word == words.end()) {
@@ -120,7 +95,7 @@ uint32_t readMask(const Json& value, const std::string& path, std::span<const Na
     }
     uint32_t mask = 0;
     for (size_t i = 0; i < value.size(); ++i) {
-        mask |= readNamed(value[i], path + '[' + std::to_string(i) + ']', words);
+        mask |= readNamed(value.elements()[i], path + '[' + std::to_string(i) + ']', words);
     }
     return mask;
 }
@@ -129,7 +104,7 @@ std::string readText(const Json& value, const std::string& path, size_t longest)
     if (!value.is_string()) {
         throw FormatError(path, "a text is wanted here");
     }
-    const std::string& text = value.get_ref<const std::string&>();
+    const std::string& text = value.as_string();
     if (text.size() > longest) {
         throw FormatError(path, "a text of " + std::to_string(text.size()) +
                                     " bytes is longer than " + std::to_string(longest));
@@ -187,7 +162,7 @@ bool readFlag(const Json& value, const std::string& path) {
     if (!value.is_boolean()) {
         throw FormatError(path, "true or false is wanted here");
     }
-    return value.get<bool>();
+    return value.as_boolean();
 }
 
 HBA_WWN readWwn(const Json& value, const std::string& path) {
@@ -223,8 +198,7 @@ ObjectReader::ObjectReader(const Json& object, std::string path)
 
 const Json* ObjectReader::find(std::string_view name) {
     m_asked.emplace(name);
-    const auto field = m_object.find(name);
-    return field == m_object.end() ? nullptr : &*field;
+    return m_object.find(name);
 }
 
 std::string ObjectReader::pathOf(std::string_view name) const {
@@ -233,7 +207,7 @@ std::string ObjectReader::pathOf(std::string_view name) const {
 
 void ObjectReader::real(std::string_view name, float& out) {
     if (const Json* value = find(name)) {
-        const double number = value->is_number() ? value->get<double>() : HUGE_VAL;
+        const double number = value->is_number() ? value->as_number() : HUGE_VAL;
         if (!(std::abs(number) <= std::numeric_limits<float>::max())) {
             throw FormatError(pathOf(name), "a number is wanted here");
         }
@@ -287,9 +261,9 @@ void ObjectReader::bytes(std::string_view name, std::span<uint8_t> out) {
 }
 
 void ObjectReader::finish() const {
-    for (const auto& field : m_object.items()) {
-        if (!m_asked.contains(field.key())) {
-            throw FormatError(pathOf(field.key()), "no such field");
+    for (const auto& [name, value] : m_object.members()) {
+        if (!m_asked.contains(name)) {
+            throw FormatError(pathOf(name), "no such field");
         }
     }
 }

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "access/rm/rm_api.h"
-
-#include <nlohmann/json.hpp>
+#include "json/json.h"
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <set>
 #include <span>
@@ -16,7 +16,7 @@
 
 namespace tvrsim {
 
-using Json = nlohmann::json;
+using tvrjson::Json;
 
 /// What is wrong with a scenario or a control request, in one line.
 class FormatError : public std::runtime_error {
@@ -30,7 +30,7 @@ struct Named {
     uint32_t value;
 };
 
-/// Parses a text as JSON; names given twice in one object are an error.
+/// Parses a text as JSON.
 Json parseJson(std::string_view text);
 
 /// A non-negative number, as such or as a text in hexadecimal ("0x1F").
@@ -60,7 +60,7 @@ template <class Each> void forEachElement(const Json& array, const std::string& 
         throw FormatError(path, "an array is wanted here");
     }
     for (size_t i = 0; i < array.size(); ++i) {
-        each(array[i], path + '[' + std::to_string(i) + ']', i);
+        each(array.elements()[i], path + '[' + std::to_string(i) + ']', i);
     }
 }
 

@@ -89,13 +89,13 @@ std::string readAttribute(const Json& value, const std::string& path, AttributeK
 void readAttributes(const Json& object, const std::string& path,
                     std::span<const AttributeName> names, Attributes& out) {
     const ObjectReader reader(object, path);
-    for (const auto& field : object.items()) {
-        const std::string place = reader.pathOf(field.key());
-        const AttributeName attribute = attributeOf(field.key(), place, names);
-        if (field.value().is_null()) {
+    for (const auto& field : object.members()) {
+        const std::string place = reader.pathOf(field.name);
+        const AttributeName attribute = attributeOf(field.name, place, names);
+        if (field.value.is_null()) {
             out.erase(attribute.id);
         } else {
-            out[attribute.id] = readAttribute(field.value(), place, attribute.kind);
+            out[attribute.id] = readAttribute(field.value, place, attribute.kind);
         }
     }
 }
@@ -114,13 +114,13 @@ Counter readCounter(const Json& value, const std::string& path, Counter counter)
 
 void readStatistics(const Json& object, const std::string& path, std::map<uint16_t, Counter>& out) {
     const ObjectReader reader(object, path);
-    for (const auto& field : object.items()) {
-        const std::string place = reader.pathOf(field.key());
-        const uint16_t id = attributeOf(field.key(), place, statisticNames).id;
-        if (field.value().is_null()) {
+    for (const auto& field : object.members()) {
+        const std::string place = reader.pathOf(field.name);
+        const uint16_t id = attributeOf(field.name, place, statisticNames).id;
+        if (field.value.is_null()) {
             out.erase(id);
         } else {
-            out[id] = readCounter(field.value(), place, out[id]);
+            out[id] = readCounter(field.value, place, out[id]);
         }
     }
 }
@@ -371,7 +371,8 @@ void readAdapter(const Json& value, const std::string& path, std::vector<Adapter
         const bool nodeGiven = reader.find("nodeWWN") != nullptr;
         for (size_t i = 0; i < adapter.ports.size(); ++i) {
             // A port without a node name of its own bears its adapter's.
-            if (nodeGiven && !(ports != nullptr && (*ports)[i].contains("nodeWWN"))) {
+            if (nodeGiven &&
+                !(ports != nullptr && ports->elements()[i].find("nodeWWN") != nullptr)) {
                 adapter.ports[i].hba.NodeWWN = adapter.hba.NodeWWN;
             }
         }
@@ -391,7 +392,7 @@ Rule readRule(const Json& value, const std::string& path) {
     ObjectReader reader(value, path);
     reader.text("where", rule.where, 255);
     if (const Json* latency = reader.find("latencyMs")) {
-        const double milliseconds = latency->is_number() ? latency->get<double>() : -1;
+        const double milliseconds = latency->is_number() ? latency->as_number() : -1;
         if (!(milliseconds >= 0 && milliseconds <= 60000)) {
             throw FormatError(reader.pathOf("latencyMs"),
                               "a number from 0 to 60000 is wanted here");
@@ -422,22 +423,22 @@ Rule readRule(const Json& value, const std::string& path) {
 
 void readRules(const Json& object, const std::string& path, Rules& rules) {
     const ObjectReader reader(object, path);
-    for (const auto& field : object.items()) {
-        const std::string place = reader.pathOf(field.key());
+    for (const auto& field : object.members()) {
+        const std::string place = reader.pathOf(field.name);
         const std::optional<EntryPoint> entryPoint =
-            field.key() == "*" ? EntryPoint::count : entryPointOf(field.key());
+            field.name == "*" ? EntryPoint::count : entryPointOf(field.name);
         if (!entryPoint) {
             throw FormatError(place, "no such entry point");
         }
         std::vector<Rule>& list = rules[*entryPoint];
         list.clear();
-        if (field.value().is_array()) {
-            forEachElement(field.value(), place,
+        if (field.value.is_array()) {
+            forEachElement(field.value, place,
                            [&](const Json& each, const std::string& where, size_t) {
                                list.push_back(readRule(each, where));
                            });
-        } else if (!field.value().is_null()) {
-            list.push_back(readRule(field.value(), place));
+        } else if (!field.value.is_null()) {
+            list.push_back(readRule(field.value, place));
         }
     }
 }

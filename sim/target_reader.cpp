@@ -141,19 +141,19 @@ CommandFault readFault(const Json& value, const std::string& path) {
 void readCommands(ObjectReader& reader, Lun& lun) {
     if (const Json* raw = reader.find("raw")) {
         const ObjectReader place(*raw, reader.pathOf("raw"));
-        for (const auto& field : raw->items()) {
-            const std::string path = place.pathOf(field.key());
-            auto& answer = lun.raw[commandOf(field.key(), path)];
-            if (!field.value().is_null()) {
-                answer = readBytes(field.value(), path, 4096);
+        for (const auto& field : raw->members()) {
+            const std::string path = place.pathOf(field.name);
+            auto& answer = lun.raw[commandOf(field.name, path)];
+            if (!field.value.is_null()) {
+                answer = readBytes(field.value, path, 4096);
             }
         }
     }
     if (const Json* failures = reader.find("failures")) {
         const ObjectReader place(*failures, reader.pathOf("failures"));
-        for (const auto& field : failures->items()) {
-            const std::string path = place.pathOf(field.key());
-            lun.faults[commandOf(field.key(), path)] = readFault(field.value(), path);
+        for (const auto& field : failures->members()) {
+            const std::string path = place.pathOf(field.name);
+            lun.faults[commandOf(field.name, path)] = readFault(field.value, path);
         }
     }
 }

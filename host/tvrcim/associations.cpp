@@ -6,10 +6,7 @@
 #include "host/tvrcim/output.h"
 #include "host/tvrcim/progress.h"
 
-#include <CLI/CLI.hpp>
-
 #include <iostream>
-#include <memory>
 #include <set>
 
 namespace tvrcim {
@@ -19,13 +16,6 @@ using tvrhost::Cim_Path;
 using tvrmof::Feature_Kind;
 
 namespace {
-
-struct Traversal {
-    std::string path;
-    tvrhost::Association_Filter filter;
-    std::vector<std::string> properties;
-    bool names = false;
-};
 
 // The class's own spelling. Throws Usage_Error for a name that no class has.
 std::string checked_class(const Session& session, const std::string& name) {
@@ -106,16 +96,6 @@ tvrhost::Properties wanted(const Session& session, const std::vector<std::string
     return properties;
 }
 
-std::vector<const tvrmof::Class*> classes_of(const Session& session,
-                                             const std::vector<std::string>& names) {
-    std::vector<const tvrmof::Class*> classes;
-    classes.reserve(names.size());
-    for (const std::string& name : names) {
-        classes.push_back(&session.find_class(name));
-    }
-    return classes;
-}
-
 // An instance that several associations lead to stands in an answer as often; here it stays once.
 void keep_first_of_each(Answer& answer) {
     std::set<std::string> seen;
@@ -146,6 +126,8 @@ void tell_missing(Session& session, const Cim_Path& from, const tvrhost::Associa
                   << "; --names shows all" << std::endl;
     }
 }
+
+} // namespace
 
 void show_associators(Session& session, Traversal traversal) {
     tvrhost::Association_Filter& filter = traversal.filter;
@@ -192,83 +174,17 @@ void show_references(Session& session, const Traversal& traversal) {
     print_answer(session, answer);
 }
 
-// What `assoc` and `refs` take alike.
-void add_common_options(CLI::App& command, Traversal& read) {
-    command.add_option("PATH", read.path, "CLASS.KEY=VALUE,..., or fewer keys")->required();
-    command.add_option("--class", read.filter.association_class, "only associations of this class")
-        ->type_name("CLASS");
-    command.add_option("--role", read.filter.role, "only where the instance has this role")
-        ->type_name("ROLE");
-    command.add_option("-p,--property", read.properties, "only this property and the keys")
-        ->delimiter(',')
-        ->type_name("PROP")
-        ->allow_extra_args(false);
-    command.add_flag("--names", read.names, "paths alone");
-}
-
-} // namespace
-
-void add_association_commands(CLI::App& app, Command& chosen) {
-    {
-        auto* const command =
-            app.add_subcommand("assoc", "The instances that are associated with one");
-        const auto read = std::make_shared<Traversal>();
-        add_common_options(*command, *read);
-        command
-            ->add_option("--result-class", read->filter.result_class,
-                         "only instances of this class or below it")
-            ->type_name("CLASS");
-        command
-            ->add_option("--result-role", read->filter.result_role,
-                         "only instances that have this role")
-            ->type_name("ROLE");
-        command->callback([&chosen, read] {
-            chosen = [read](Session& session) { show_associators(session, *read); };
-        });
-    }
-    {
-        auto* const command = app.add_subcommand("refs", "The associations of an instance");
-        const auto read = std::make_shared<Traversal>();
-        add_common_options(*command, *read);
-        command->callback([&chosen, read] {
-            chosen = [read](Session& session) { show_references(session, *read); };
-        });
-    }
-    {
-        struct Words {
-            std::string path;
-            unsigned depth = 1;
-            unsigned fold = 5;
-            std::vector<std::string> leaves;
-            std::vector<std::string> hidden;
-        };
-        auto* const command =
-            app.add_subcommand("graph", "The associations around an instance, for Graphviz");
-        const auto read = std::make_shared<Words>();
-        command->add_option("PATH", read->path, "CLASS.KEY=VALUE,..., or fewer keys")->required();
-        command->add_option("--depth", read->depth, "associations to follow, 1 unless given")
-            ->check(CLI::Range(1u, 100u))
-            ->type_name("N");
-        command
-            ->add_option("--fold", read->fold,
-                         "draw more than N alike as one box, 5 unless given; 0: never")
-            ->type_name("N");
-        command->add_option("--leaf", read->leaves, "don't go on from instances of this class")
-            ->delimiter(',')
-            ->type_name("CLASS")
-            ->allow_extra_args(false);
-        command->add_option("--hide", read->hidden, "leave out instances of this class")
-            ->delimiter(',')
-            ->type_name("CLASS")
-            ->allow_extra_args(false);
-        command->callback([&chosen, read] {
-            chosen = [read](Session& session) {
-                draw_graph(session, {session.find_path(read->path), read->depth,
-                                     classes_of(session, read->leaves),
-                                     classes_of(session, read->hidden), read->fold});
-            };
-        });
-    }
+void show_graph(Session& session, const Graph_Words& words) {
+    const auto classes_of = [&session](const std::vector<std::string>& names) {
+        std::vector<const tvrmof::Class*> classes;
+        classes.reserve(names.size());
+        for (const std::string& name : names) {
+            classes.push_back(&session.find_class(name));
+        }
+        return classes;
+    };
+    draw_graph(session, {session.find_path(words.path), words.depth, classes_of(words.leaves),
+                         classes_of(words.hidden), words.fold});
 }
 
 } // namespace tvrcim

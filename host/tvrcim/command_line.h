@@ -1,6 +1,11 @@
-// Reading command lines, and turning what goes wrong into one line and a status.
+// The syntax of command lines and of the shell's lines, and turning what goes wrong into one line
+// and a status. The library that reads command lines is compiled in command_line.cpp and nowhere
+// else.
 #ifndef TVR_HOST_TVRCIM_COMMAND_LINE_H
 #define TVR_HOST_TVRCIM_COMMAND_LINE_H
+
+#include "host/tvrcim/private_run.h"
+#include "host/tvrcim/session.h"
 
 #include <functional>
 #include <optional>
@@ -8,24 +13,32 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace tvrcim {
 
-// One command is wanted, and no more.
-void prepare(CLI::App& app);
-// Adds the command `help`, which `parse` carries out; the last of all commands.
-void add_help(CLI::App& app);
+// What a line asks for, to be run with a session.
+using Command = std::function<void(Session&)>;
 
-// The commands' names, in order.
-std::vector<std::string> command_names(const CLI::App& app);
+// What the program was started for.
+struct Program {
+    std::string module;
+    std::string name_space;
+    std::string instances;
+    Format format = Format::text;
+    Private_Run apart;
+    Command command;
+    bool shell = false; // instead of a command
+};
 
-// Reads `words`, last first. Returns a status if there is nothing left to do, as after --help and
-// help.
-// Throws Usage_Error.
-std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ostream& out);
+// Both read words into their last argument but one and return a status if there is nothing left to
+// do, as after --help and help, which are written to `out`. Both throw Usage_Error.
+std::optional<int> read_program_line(std::vector<std::string> words, Program& program,
+                                     std::ostream& out);
+std::optional<int> read_shell_line(std::vector<std::string> words, Command& command,
+                                   std::ostream& out);
+
+// The commands of the shell, in order, and the options of one of them, as "--names" and "-p".
+std::vector<std::string> shell_commands();
+std::vector<std::string> options_of(const std::string& shell_command);
 
 // Runs `work` and returns its status; an error is told in one line on standard error, behind
 // `place`.

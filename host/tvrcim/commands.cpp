@@ -8,10 +8,7 @@
 #include "host/tvrcim/output.h"
 #include "host/tvrcim/progress.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
-#include <memory>
 
 namespace tvrcim {
 
@@ -121,7 +118,9 @@ void describe_class(Session& session, const tvrmof::Class& model) {
     }
 }
 
-void classes(Session& session, const std::string& pattern, bool all) {
+} // namespace
+
+void show_classes(Session& session, const std::string& pattern, bool all) {
     const bool wild = pattern.find_first_of("*?") != std::string::npos;
     if (!pattern.empty() && !wild) {
         const tvrmof::Class& model = session.find_class(pattern);
@@ -162,6 +161,8 @@ void classes(Session& session, const std::string& pattern, bool all) {
 
 // ---- instances
 
+namespace {
+
 tvrhost::Properties properties_of(Session& session, const tvrmof::Class& model,
                                   const std::vector<std::string>& names) {
     if (names.empty()) {
@@ -175,8 +176,10 @@ tvrhost::Properties properties_of(Session& session, const tvrmof::Class& model,
     return properties;
 }
 
-void enumerate(Session& session, const std::string& class_name,
-               const std::vector<std::string>& properties, bool names) {
+} // namespace
+
+void show_instances(Session& session, const std::string& class_name,
+                    const std::vector<std::string>& properties, bool names) {
     if (names && !properties.empty()) {
         throw Usage_Error("--names shows no properties: it can't stand together with --property");
     }
@@ -196,7 +199,8 @@ void enumerate(Session& session, const std::string& class_name,
     print_answer(session, answer);
 }
 
-void get(Session& session, const std::string& text, const std::vector<std::string>& properties) {
+void show_instance(Session& session, const std::string& text,
+                   const std::vector<std::string>& properties) {
     const Cim_Path path = session.find_path(text);
     const tvrmof::Class& model = session.find_class(path.class_name);
     const tvrhost::Properties wanted = properties_of(session, model, properties);
@@ -215,7 +219,8 @@ void get(Session& session, const std::string& text, const std::vector<std::strin
     }
 }
 
-void modify(Session& session, const std::string& text, const std::vector<std::string>& values) {
+void change_instance(Session& session, const std::string& text,
+                     const std::vector<std::string>& values) {
     const Cim_Path path = session.find_path(text);
     const tvrmof::Class& model = session.find_class(path.class_name);
     Cim_Instance instance(path, path.keys);
@@ -239,8 +244,8 @@ void modify(Session& session, const std::string& text, const std::vector<std::st
     Session::check(session.manager.modify_instance(path, instance, changed), path.text());
 }
 
-void call(Session& session, const std::string& text, const std::string& method_name,
-          const std::vector<std::string>& values) {
+void call_method(Session& session, const std::string& text, const std::string& method_name,
+                 const std::vector<std::string>& values) {
     const Cim_Path path = session.find_path(text);
     const tvrmof::Class& model = session.find_class(path.class_name);
     const tvrmof::Feature& method = session.find_feature(model, method_name, Feature_Kind::method);
@@ -283,90 +288,6 @@ void call(Session& session, const std::string& text, const std::string& method_n
     }
     session.out << method.name << " returned " << answer.return_value().literal() << '\n';
     print_values(session, answer.out);
-}
-
-} // namespace
-
-// What is read for a command lives as long as the parser's callback.
-void add_commands(CLI::App& app, Command& chosen) {
-    struct Words {
-        std::string first;
-        std::string second;
-        std::vector<std::string> list;
-        bool flag = false;
-    };
-    const auto words = [] { return std::make_shared<Words>(); };
-
-    const auto add_host_command = [&](const char* name, const char* help,
-                                      void (*run)(Session&, const std::string&)) {
-        auto* const command = app.add_subcommand(name, help);
-        const auto read = words();
-        command->add_option("PORT", read->first, "a port's WWPN, or its beginning");
-        command->callback([&chosen, read, run] {
-            chosen = [read, run](Session& session) { run(session, read->first); };
-        });
-    };
-    add_host_command("list", "A line per port of the host", list_ports);
-    add_host_command("tree", "Host, adapters, ports, targets and units as a tree", show_tree);
-    {
-        auto* const command =
-            app.add_subcommand("classes", "The classes and what each offers; one class in full");
-        const auto read = words();
-        command->add_option("GLOB", read->first, "class name, or a pattern with * and ?");
-        command->add_flag("--all", read->flag, "also classes that the module doesn't serve");
-        command->callback([&chosen, read] {
-            chosen = [read](Session& session) { classes(session, read->first, read->flag); };
-        });
-    }
-    {
-        auto* const command = app.add_subcommand("enum", "The instances of a class");
-        const auto read = words();
-        command->add_option("CLASS", read->first, "class name")->required();
-        command->add_option("-p,--property", read->list, "only this property and the keys")
-            ->delimiter(',')
-            ->type_name("PROP")
-            ->allow_extra_args(false);
-        command->add_flag("--names", read->flag, "paths alone");
-        command->callback([&chosen, read] {
-            chosen = [read](Session& session) {
-                enumerate(session, read->first, read->list, read->flag);
-            };
-        });
-    }
-    {
-        auto* const command = app.add_subcommand("get", "One instance");
-        const auto read = words();
-        command->add_option("PATH", read->first, "CLASS.KEY=VALUE,..., or fewer keys")->required();
-        command->add_option("-p,--property", read->list, "only this property and the keys")
-            ->delimiter(',')
-            ->type_name("PROP")
-            ->allow_extra_args(false);
-        command->callback([&chosen, read] {
-            chosen = [read](Session& session) { get(session, read->first, read->list); };
-        });
-    }
-    {
-        auto* const command = app.add_subcommand("set", "Changes properties of an instance");
-        const auto read = words();
-        command->add_option("PATH", read->first, "CLASS.KEY=VALUE,..., or fewer keys")->required();
-        command->add_option("PROP=VALUE", read->list, "what to change")->required();
-        command->callback([&chosen, read] {
-            chosen = [read](Session& session) { modify(session, read->first, read->list); };
-        });
-    }
-    {
-        auto* const command = app.add_subcommand("call", "Calls a method of an instance");
-        const auto read = words();
-        command->add_option("PATH", read->first, "CLASS.KEY=VALUE,..., or fewer keys")->required();
-        command->add_option("METHOD", read->second, "method name")->required();
-        command->add_option("ARG=VALUE", read->list, "arguments");
-        command->callback([&chosen, read] {
-            chosen = [read](Session& session) {
-                call(session, read->first, read->second, read->list);
-            };
-        });
-    }
-    add_association_commands(app, chosen);
 }
 
 } // namespace tvrcim

@@ -1,10 +1,7 @@
 #include "host/tvrcim/completion.h"
 
 #include "host/tvrcim/command_line.h"
-#include "host/tvrcim/commands.h"
 #include "host/tvrcim/wwn.h"
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cctype>
@@ -33,19 +30,6 @@ Words split(const std::string& line) {
             }
         } else {
             words.back() += c;
-        }
-    }
-    return words;
-}
-
-Words option_words(const CLI::App& command) {
-    Words words;
-    for (const CLI::Option* option : command.get_options()) {
-        for (const std::string& name : option->get_lnames()) {
-            words.push_back("--" + name);
-        }
-        for (const std::string& name : option->get_snames()) {
-            words.push_back("-" + name);
         }
     }
     return words;
@@ -144,12 +128,7 @@ Words port_words(Session& session) {
 
 // What may stand at the end of `words`.
 Words candidates(Session& session, const Words& words) {
-    CLI::App app;
-    Command chosen;
-    prepare(app);
-    add_commands(app, chosen);
-    add_help(app);
-    Words commands = command_names(app);
+    Words commands = shell_commands();
     if (words.size() == 1) {
         commands.emplace_back("exit");
         return commands;
@@ -163,7 +142,7 @@ Words candidates(Session& session, const Words& words) {
     }
     const std::string& word = words.back();
     if (word.starts_with('-')) {
-        return option_words(*app.get_subcommand(name));
+        return options_of(name);
     }
     const std::string& previous = words[words.size() - 2];
     const tvrmof::Class* const model = words.size() > 2 ? class_of(session, words[1]) : nullptr;

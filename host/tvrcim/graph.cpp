@@ -74,7 +74,7 @@ std::string quoted(const std::string& text) {
     for (std::string line; std::getline(lines, line);) {
         label += (label.empty() ? "" : "\n") + printable(std::move(line));
     }
-    return tvrhost::json_text(Json(label), -1);
+    return Json(label).text(-1);
 }
 
 class Graph {

@@ -39,7 +39,7 @@ std::size_t offset_of(const std::string& text, std::size_t character) {
 } // namespace
 
 void print_json(Session& session, const Json& json) {
-    session.out << tvrhost::json_text(json) << '\n';
+    session.out << json.text() << '\n';
 }
 
 void print_values(Session& session, const tvrhost::Named_Values& values,

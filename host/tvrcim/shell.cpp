@@ -1,17 +1,13 @@
 #include "host/tvrcim/shell.h"
 
 #include "host/tvrcim/command_line.h"
-#include "host/tvrcim/commands.h"
 #include "host/tvrcim/completion.h"
 #include "host/tvrcim/ending.h"
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/line_editor.h"
 
-#include <CLI/CLI.hpp>
-
 #include <unistd.h>
 
-#include <algorithm>
 #include <iostream>
 
 namespace tvrcim {
@@ -69,13 +65,8 @@ int run_line(Session& session, std::vector<std::string> words, int status) {
     if (words.empty() || words.front().starts_with('#')) {
         return status;
     }
-    CLI::App app("The commands of tvrcim, one a line; 'exit' ends", "");
     Command command;
-    prepare(app);
-    add_commands(app, command);
-    add_help(app);
-    std::reverse(words.begin(), words.end());
-    if (const std::optional<int> over = parse(app, words, session.out)) {
+    if (const std::optional<int> over = read_shell_line(std::move(words), command, session.out)) {
         return *over;
     }
     command(session);

@@ -1,24 +1,23 @@
 // What the numbers of the adapters are called in CIM, read as a client reads them: a host with a
 // port for each row.
 #include "tests/client/client.h"
-
-#include <nlohmann/json.hpp>
+#include "json/json.h"
 
 namespace client {
 namespace {
 
-using nlohmann::json;
+using tvrjson::Json;
 
 class Port_Tables : public Client {
 protected:
     // A port on an adapter of its own for each row.
-    void set_ports(const std::vector<json>& ports) {
+    void set_ports(const std::vector<Json>& ports) {
         stop();
-        json adapters = json::array();
-        for (const json& port : ports) {
+        Json adapters = Json::array();
+        for (const Json& port : ports) {
             adapters.push_back({{"ports", {port}}});
         }
-        control(json{{"scenario", {{"adapters", adapters}}}}.dump());
+        control(Json{{"scenario", {{"adapters", adapters}}}}.text());
     }
     // Of all instances of a class the literals of some properties, "-" for NULL.
     std::vector<std::string> columns(const char* class_name,
@@ -56,7 +55,7 @@ TEST_F(Port_Tables, Types) {
                         {21, R"(1 "Point to Point" "Point to Point")"},
                         {22, "0 - -"},
                         {4294967295, "0 - -"}};
-    std::vector<json> ports;
+    std::vector<Json> ports;
     std::vector<std::string> expected;
     for (const Row& row : rows) {
         ports.push_back({{"type", row.type}});
@@ -90,7 +89,7 @@ TEST_F(Port_Tables, States) {
         {22, R"({32790} {"Disable"})", R"({0} {"Unknown"})", "2"},
         {23, R"({0} {"Unknown"})", R"({0} {"Unknown"})", "2"},
     };
-    std::vector<json> ports;
+    std::vector<Json> ports;
     std::vector<std::string> port;
     std::vector<std::string> controller;
     std::vector<std::string> access;
@@ -126,7 +125,7 @@ TEST_F(Port_Tables, SpeedsAndClassesOfService) {
         {0x18, 0xC0, 0x10, "0 0 {4} {4}"},
         {0x40, 0xFFFFFFFF, 0xFFFFFFFF, "0 16000000000 {7, 1, 2, 3, 4, 5} {7, 1, 2, 3, 4, 5}"},
     };
-    std::vector<json> ports;
+    std::vector<Json> ports;
     std::vector<std::string> expected;
     for (const Row& row : rows) {
         ports.push_back({{"speed", row.speed},
@@ -151,7 +150,7 @@ TEST_F(Port_Tables, FC4Types) {
         {9, {"80", "81", "82", "1", "1", "1", "1", "1"}},
         {11, {"64", "1", "1", "1", "1", "1", "1", "1"}},
         {15, {"96", "1", "1", "1", "1", "1", "1", "1"}}};
-    std::vector<json> ports;
+    std::vector<Json> ports;
     std::vector<std::string> expected;
     for (std::size_t bit = 0; bit < 256; ++bit) {
         std::string bytes(64, '0');
@@ -171,7 +170,7 @@ TEST_F(Port_Tables, FC4Types) {
 // A counter that the port doesn't report is the largest number of 32 bits, but for two that are
 // left out.
 TEST_F(Port_Tables, Statistics) {
-    json statistics = {{"nosCount", nullptr}, {"dumpedFrames", 4294967294}, {"lipCount", nullptr}};
+    Json statistics = {{"nosCount", nullptr}, {"dumpedFrames", 4294967294}, {"lipCount", nullptr}};
     statistics["txWords"] = 5;
     statistics["rxWords"] = nullptr;
     set_ports({{{"portWWN", "10:00:02:54:56:4A:10:20"}, {"statistics", statistics}}});

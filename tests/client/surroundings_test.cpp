@@ -1,8 +1,7 @@
 // Hosts that lack libraries or have other ones, seen from a process of their own.
 #include "tests/access/run_process.h"
 #include "tests/client/client.h"
-
-#include <nlohmann/json.hpp>
+#include "json/json.h"
 #include <unistd.h>
 
 namespace client {
@@ -27,13 +26,13 @@ protected:
 TEST_F(Surroundings, WithoutLibrariesTheClassesThatNeedNoneAnswer) {
     const std::string none = TVR_SIMULATOR "/none";
     const auto profiles =
-        nlohmann::json::parse(tvrcim(none, "-o json enum TVRHBA_RegisteredProfile"));
+        tvrjson::Json::parse(tvrcim(none, "-o json enum TVRHBA_RegisteredProfile"));
     EXPECT_EQ(profiles.size(), 13u);
 }
 
 TEST_F(Surroundings, PortsAreTheSameWhereverTheEntryPointsComeFrom) {
     const std::string usual = tvrcim(TVR_SIMULATOR, "-o json enum TVRHBA_FCPort");
-    EXPECT_EQ(nlohmann::json::parse(usual).size(), 4u);
+    EXPECT_EQ(tvrjson::Json::parse(usual).size(), 4u);
     for (const char* directory_name : {"no-hbaapi", "rmapi", "rmapi-alone"}) {
         EXPECT_EQ(
             tvrcim(std::string(TVR_SIMULATOR "/") + directory_name, "-o json enum TVRHBA_FCPort"),
@@ -58,7 +57,7 @@ TEST_F(Surroundings, DiscoveryThroughTheRealHBAAPILibrary) {
     const std::string real = runProcess("unshare -m sh -c 'mount --bind " + conf +
                                         " /etc/hba.conf && " + "ASAN_OPTIONS=detect_leaks=0 " +
                                         command(TVR_SIMULATOR "/real-hbaapi", arguments) + "'");
-    EXPECT_EQ(nlohmann::json::parse(real).size(), 4u);
+    EXPECT_EQ(tvrjson::Json::parse(real).size(), 4u);
     EXPECT_EQ(real, tvrcim(TVR_SIMULATOR, arguments));
 }
 

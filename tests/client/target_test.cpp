@@ -1,15 +1,14 @@
 // Targets through the loaded module: what SCSI devices of all kinds become, and what libraries and
 // devices that answer nonsense do not break.
 #include "tests/client/client.h"
-
-#include <nlohmann/json.hpp>
+#include "json/json.h"
 
 namespace client {
 namespace {
 
-using nlohmann::json;
 using testing::IsEmpty;
 using testing::SizeIs;
+using tvrjson::Json;
 
 const char* const device_classes[] = {"TVRHBA_StorageVolume", "TVRHBA_TapeDrive",
                                       "TVRHBA_LogicalDisk", "TVRHBA_StorageExtent",
@@ -18,15 +17,15 @@ const char* const device_classes[] = {"TVRHBA_StorageVolume", "TVRHBA_TapeDrive"
 class Targets : public Client {
 protected:
     // A host with one port that sees these units of one remote port.
-    void set_units(const json& units, const json& mapping = nullptr) {
+    void set_units(const Json& units, const Json& mapping = nullptr) {
         stop();
-        const json port = {{"portWWN", "10:00:02:54:56:4A:10:20"},
+        const Json port = {{"portWWN", "10:00:02:54:56:4A:10:20"},
                            {"targets",
                             {{{"nodeWWN", "50:02:54:56:70:00:0A:00"},
                               {"portWWN", "50:02:54:56:70:00:0A:01"},
                               {"luns", units}}}}};
-        const json adapter = {{"ports", {port}}, {"mapping", mapping}};
-        control(json{{"scenario", {{"adapters", {adapter}}}}, {"resetCounts", true}}.dump());
+        const Json adapter = {{"ports", {port}}, {"mapping", mapping}};
+        control(Json{{"scenario", {{"adapters", {adapter}}}}, {"resetCounts", true}}.text());
     }
     // All devices, by the number that ends the name of their system.
     std::map<int, Cim_Instance> devices() {
@@ -73,7 +72,7 @@ TEST_F(Targets, AreOfTheClassOfTheirType) {
         {18, "StorageExtent", "Unknown device"},
         {31, "StorageExtent", "Unknown device"},
     };
-    json units = json::array();
+    Json units = Json::array();
     for (const Row& row : rows) {
         units.push_back({{"type", row.type},
                          {"blocks", 11},
@@ -139,10 +138,10 @@ TEST_F(Targets, AreNamedByTheirIdentifier) {
         {"9", "0102030405060708", "0102030405060708", "-", "-", "-", "-"},
     };
     // The same on a volume, which tells its format, and on devices that don't.
-    json units = json::array();
+    Json units = Json::array();
     for (const Row& row : rows) {
-        json identifier = {{"bytes", row.bytes}};
-        identifier["type"] = std::isdigit(*row.type) ? json(std::atoi(row.type)) : json(row.type);
+        Json identifier = {{"bytes", row.bytes}};
+        identifier["type"] = std::isdigit(*row.type) ? Json(std::atoi(row.type)) : Json(row.type);
         for (const char* type : {"disk", "cdrom", "objectStorage"}) {
             units.push_back({{"type", type}, {"identifiers", {identifier}}});
         }
@@ -167,7 +166,7 @@ TEST_F(Targets, AreNamedByTheirIdentifier) {
 
 // Each unit answers one command in a way of its own; its neighbours and its other fields stay.
 TEST_F(Targets, WithStrangeAnswersChangeTheirOwnFieldsOnly) {
-    const json good = {{"blocks", 11},
+    const Json good = {{"blocks", 11},
                        {"vendor", "TVSTORE"},
                        {"product", "ARRAY"},
                        {"revision", "4.10"},
@@ -177,7 +176,7 @@ TEST_F(Targets, WithStrangeAnswersChangeTheirOwnFieldsOnly) {
     const std::string inquiry = "TVSTORE  ARRAY            Revision 4.10 Serial Number ";
     const std::string name = "02030405060708";
     struct Row {
-        json changes;
+        Json changes;
         std::string description;
         std::string name;
         const char* capacity = "5120";
@@ -209,10 +208,12 @@ TEST_F(Targets, WithStrangeAnswersChangeTheirOwnFieldsOnly) {
          name,
          "-"},
     };
-    json units = json::array();
+    Json units = Json::array();
     for (const Row& row : rows) {
-        json strange = good;
-        strange.update(row.changes);
+        Json strange = good;
+        for (const auto& [field, value] : row.changes.members()) {
+            strange.append(field, value);
+        }
         units.push_back(strange);
         units.push_back(good);
     }
@@ -223,10 +224,10 @@ TEST_F(Targets, WithStrangeAnswersChangeTheirOwnFieldsOnly) {
     for (const Row& row : rows) {
         for (const Row& expected : {row, Row{{}, inquiry + "S1", name}}) {
             const Cim_Instance& device = found[number++];
-            EXPECT_EQ(device.class_name(), "TVRHBA_StorageVolume") << row.changes;
-            EXPECT_EQ(plain(device, "Description"), expected.description) << row.changes;
-            EXPECT_EQ(plain(device, "Name"), expected.name) << row.changes;
-            EXPECT_EQ(plain(device, "Capacity"), expected.capacity) << row.changes;
+            EXPECT_EQ(device.class_name(), "TVRHBA_StorageVolume") << row.changes.text(-1);
+            EXPECT_EQ(plain(device, "Description"), expected.description) << row.changes.text(-1);
+            EXPECT_EQ(plain(device, "Name"), expected.name) << row.changes.text(-1);
+            EXPECT_EQ(plain(device, "Capacity"), expected.capacity) << row.changes.text(-1);
             EXPECT_EQ(device["OtherIdentifyingInfo"].as_strings().front(), "/dev/x");
         }
     }
@@ -235,7 +236,7 @@ TEST_F(Targets, WithStrangeAnswersChangeTheirOwnFieldsOnly) {
 TEST_F(Targets, AreReadFromMappingsOfAnySizeAndHonesty) {
     struct Row {
         int units;
-        json mapping;
+        Json mapping;
         std::size_t found;
         long calls;
         long refreshes;
@@ -255,14 +256,15 @@ TEST_F(Targets, AreReadFromMappingsOfAnySizeAndHonesty) {
         {3, {{"rows", 0}}, 0, 1, 0},
     };
     for (const Row& row : rows) {
-        json units = json::array();
+        Json units = Json::array();
         if (row.units != 0) {
             units.push_back({{"copies", row.units}, {"blocks", 2}});
         }
         set_units(units, row.mapping);
-        EXPECT_THAT(enumerate("TVRHBA_StorageVolume").instances, SizeIs(row.found)) << row.mapping;
-        EXPECT_EQ(calls("HBA_GetFcpTargetMapping"), row.calls) << row.mapping;
-        EXPECT_EQ(calls("HBA_RefreshInformation"), row.refreshes) << row.mapping;
+        EXPECT_THAT(enumerate("TVRHBA_StorageVolume").instances, SizeIs(row.found))
+            << row.mapping.text(-1);
+        EXPECT_EQ(calls("HBA_GetFcpTargetMapping"), row.calls) << row.mapping.text(-1);
+        EXPECT_EQ(calls("HBA_RefreshInformation"), row.refreshes) << row.mapping.text(-1);
     }
     set_units({{{"copies", 3}}});
     control(R"({"entryPoints": {"HBA_GetFcpTargetMapping": {"status": 2}}})");

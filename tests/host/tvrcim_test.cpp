@@ -1,8 +1,8 @@
 // The built tvrcim as people run it, on simulated adapters.
+#include "json/json.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
 
 #include <sys/wait.h>
 
@@ -19,12 +19,17 @@ using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
+using tvrjson::Json;
 
 struct Outcome {
     int status;
     std::string out;
     std::string err;
 };
+
+const Json& first(const Json& array) {
+    return array.elements().at(0);
+}
 
 class Tvrcim : public ::testing::Test {
 protected:
@@ -125,13 +130,15 @@ TEST_F(Tvrcim, shows_the_host_as_a_tree) {
 |        `- LUN 1  Jukebox     TVTAPE LIBRARY 48 Revision 1.07
 )"));
     EXPECT_THAT(outcome.out, HasSubstr("port 10000254564A1021  link down  firmware"));
-    using nlohmann::json;
-    const json tree = json::parse(run("--sim -o json tree").out);
-    EXPECT_EQ(tree["adapters"][0]["ports"][0]["targets"][0]["units"].size(), 4u);
-    EXPECT_EQ(json::parse(run("--sim -o json list").out)[3]["state"], "Disable") << "unchanged";
-    const json ports = json::parse(run("--sim -o json enum TVRHBA_FCPort -p PortType").out);
-    EXPECT_EQ(ports.at(3)["properties"].size(), 5u) << "the keys and what was asked for";
-    EXPECT_EQ(ports.at(3)["properties"]["PortType"], 0u) << "without its meaning";
+    const Json tree = Json::parse(run("--sim -o json tree").out);
+    const Json& port = first(*first(*tree.find("adapters")).find("ports"));
+    EXPECT_EQ(first(*port.find("targets")).find("units")->size(), 4u);
+    const Json list = Json::parse(run("--sim -o json list").out);
+    EXPECT_EQ(list.elements().at(3).find("state")->as_string(), "Disable") << "unchanged";
+    const Json ports = Json::parse(run("--sim -o json enum TVRHBA_FCPort -p PortType").out);
+    const Json& properties = *ports.elements().at(3).find("properties");
+    EXPECT_EQ(properties.size(), 5u) << "the keys and what was asked for";
+    EXPECT_EQ(properties.find("PortType")->as_unsigned(), 0u) << "without its meaning";
 }
 
 TEST_F(Tvrcim, follows_associations) {

@@ -127,12 +127,13 @@ TEST_F(Text, json_shows_each_type) {
                                     {"Since", Cim_Datetime("20240229133059.000007+060")},
                                     {"None", Cim_Value::null(Cim_Type::string)},
                                     {"Other", path}});
-    const Json json = Json::parse(json_text(to_json(thing)));
-    EXPECT_EQ(json["path"], path.text());
-    EXPECT_EQ(json["properties"], Json::parse(R"({"Name": "a\ufffd",
+    const Json json = Json::parse(to_json(thing).text());
+    EXPECT_EQ(json.find("path")->as_string(), path.text());
+    EXPECT_EQ(json.find("properties")->text(), Json::parse(R"({"Name": "a\ufffd",
         "Count": 18446744073709551615, "Offset": -3, "Words": ["x"],
         "Since": "20240229133059.000007+060", "None": null,
-        "Other": "root/x:Test_Thing.Name=\"a\",Slot=7"})"));
+        "Other": "root/x:Test_Thing.Name=\"a\",Slot=7"})")
+                                                   .text());
 }
 
 TEST_F(Text, an_instance_file_gives_instances_or_one_line) {

@@ -169,7 +169,7 @@ TEST(Scenario, FieldsOverrideAndFollow) {
 TEST(Scenario, SchemaOffersOnlyKnownFields) {
     std::ifstream file(SCENARIO_SCHEMA);
     ASSERT_TRUE(file) << SCENARIO_SCHEMA;
-    const Json schema = Json::parse(file);
+    const Json schema = Json::parse(std::string(std::istreambuf_iterator<char>(file), {}));
     // Where each object of the schema stands; the field to be refused comes where the $ is.
     const std::map<std::string, std::string> places = {
         {"adapter", R"({"adapters": [{$}]})"},
@@ -193,20 +193,20 @@ TEST(Scenario, SchemaOffersOnlyKnownFields) {
         {"identifier", R"(port {"targets": [{"luns": [{"identifiers": [{$}]}]}]})"},
         {"failure", R"(port {"targets": [{"luns": [{"failures": {"0x00": {$}}}]}]})"},
     };
-    for (const auto& definition : schema.at("$defs").items()) {
-        EXPECT_TRUE(!definition.value().contains("properties") || places.contains(definition.key()))
-            << definition.key();
+    const Json& definitions = *schema.find("$defs");
+    for (const auto& [name, definition] : definitions.members()) {
+        EXPECT_TRUE(definition.find("properties") == nullptr || places.contains(name)) << name;
     }
     for (const auto& [name, place] : places) {
-        const Json& properties = schema.at("$defs").at(name).at("properties");
+        const Json& properties = *definitions.find(name)->find("properties");
         EXPECT_FALSE(properties.empty()) << name;
-        for (const auto& property : properties.items()) {
+        for (const auto& property : properties.members()) {
             std::string text = place;
-            text.replace(text.find('$'), 1, '"' + property.key() + "\": [[]]");
+            text.replace(text.find('$'), 1, '"' + property.name + "\": [[]]");
             const std::string failure = failureOf(
                 text.starts_with("port ") ? R"({"adapters": [{"ports": [)" + text.substr(5) + "]}]}"
                                           : text);
-            EXPECT_THAT(failure, HasSubstr(property.key()));
+            EXPECT_THAT(failure, HasSubstr(property.name));
             EXPECT_EQ(failure.find("no such"), std::string::npos) << failure;
         }
     }
