@@ -163,7 +163,6 @@ ProviderAgent::ProviderAgent() : m_LoadedTime(Datetime::interval(0)) {
 void ProviderAgent::construct() {
     m_Config.load(settings().configFile.c_str());
     CLogger::getInstance().loadConfigData();
-    m_Config.logPassedOver();
     m_CacheTimeout = static_cast<uint32>(m_Config.getCacheTimeout());
     m_bRefreshAdapterData = m_Config.getRefreshAdapterData();
     m_bRefreshSANData = m_Config.getRefreshSANData();

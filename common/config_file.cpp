@@ -2,6 +2,7 @@
 
 #include "common/files.h"
 #include "common/logger.h"
+#include "runtime/log.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -13,8 +14,6 @@ namespace {
 
 constexpr std::size_t maxLines = 1000;
 constexpr std::size_t maxLineLength = 1023;
-constexpr std::size_t maxPassedOver = 16; // lines that are told
-constexpr std::size_t maxShownValue = 60;
 
 constexpr char timeoutKey[] = "TVR_PROVIDER_CACHE_TIMEOUT";
 constexpr char adapterKey[] = "TVR_PROVIDER_REFRESH_ADAPTERDATA";
@@ -101,27 +100,18 @@ void TvrConfigFile::load(const char* path) {
                 continue;
             }
             // The first line of a key that has an allowed value decides.
-            const bool wasTaken = setting.isTaken;
-            setting.isTaken = wasTaken || setting.take(value, *this);
-            if ((wasTaken || !setting.isTaken) && m_passedOver.size() < maxPassedOver) {
-                m_passedOver.push_back({n, setting.key, std::string(value.substr(0, maxShownValue)),
-                                        wasTaken ? nullptr : setting.allowed});
+            if (setting.isTaken) {
+                TVR_RUNTIME_LOG(LL_WARN, "%s:%zu: %s stands there once more and is passed over",
+                                path, n, setting.key);
+                continue;
+            }
+            setting.isTaken = setting.take(value, *this);
+            if (!setting.isTaken) {
+                TVR_RUNTIME_LOG(LL_WARN, "%s:%zu: %s takes %s, \"%.60s\" is passed over", path, n,
+                                setting.key, setting.allowed, std::string(value).c_str());
             }
         }
     }
-}
-
-void TvrConfigFile::logPassedOver() {
-    for (const PassedOver& each : m_passedOver) {
-        if (each.allowed == nullptr) {
-            TVR_LOG("%s:%zu: %s stands there once more and is passed over", m_path.c_str(),
-                    each.line, each.key);
-        } else {
-            TVR_LOG("%s:%zu: %s takes %s, \"%s\" is passed over", m_path.c_str(), each.line,
-                    each.key, each.allowed, each.value.c_str());
-        }
-    }
-    m_passedOver.clear();
 }
 
 void TvrConfigFile::save() noexcept {

@@ -5,7 +5,6 @@
 #include "runtime/thread.h"
 
 #include <string>
-#include <vector>
 
 namespace cimple {
 
@@ -23,11 +22,10 @@ public:
     TvrConfigFile& operator=(const TvrConfigFile&) = delete;
 
     // Takes what the file says and keeps the present value of all else. The path is remembered for
-    // `save` even if there is no such file. Null does nothing.
+    // `save` even if there is no such file. Null does nothing. What is passed over, a value that is
+    // not allowed or a further line of a setting that was taken, is told in the runtime's log: the
+    // provider's own has no settings yet when this is called, and no word for it.
     void load(const char* path);
-    // Logs what `load` has passed over: values that are not allowed, and further lines of a setting
-    // that was taken. Apart from `load` because the log has no settings yet when that is called.
-    void logPassedOver();
     // Rewrites the file that `load` named; silent when that can't be done.
     void save() noexcept;
 
@@ -41,18 +39,10 @@ public:
     bool getRefreshSANData() const;
 
 private:
-    struct PassedOver {
-        std::size_t line;
-        const char* key;
-        std::string value;   // its beginning
-        const char* allowed; // values; null if an earlier line was taken
-    };
-
     bool m_bRefreshAdapterData = false;
     bool m_bRefreshSANData = true;
     sint32 m_CacheTimeout = 10;
     std::string m_path;
-    std::vector<PassedOver> m_passedOver;
     mutable Mutex m_mutex;
 };
 

@@ -2,6 +2,7 @@
 #include "common/files.h"
 #include "tests/common/log_capture.h"
 #include "tests/common/temp_dir.h"
+#include "tests/runtime/test_log.h"
 
 #include <gmock/gmock.h>
 
@@ -68,19 +69,19 @@ TEST(ConfigFile, WhatCannotBeTakenReadOrWrittenIsTold) {
         TvrConfigFile nowhere;
         nowhere.load(dir.file("no/such/dir").c_str());
 
+        const Test_Log told("LOG_LEVEL=WARN\n");
         TvrConfigFile wrong;
         const std::string path =
             dir.write("conf", "\n" + timeout + "=99\n" + timeout + "=3\n" + timeout + "=4\nX=1\n" +
-                                  san + " = false " + std::string(2000, 'e') + "\n");
+                                  san + " = false " + std::string(900, 'e') + "\n");
         wrong.load(path.c_str());
-        EXPECT_THAT(log.take(), IsEmpty()) << "not before the log has its settings";
-        wrong.logPassedOver();
+        using testing::EndsWith;
         EXPECT_THAT(
-            log.take(),
-            ElementsAre(path + ":2: " + timeout + " takes 1 to 30, \"99\" is passed over",
-                        path + ":4: " + timeout + " stands there once more and is passed over",
-                        path + ":6: " + san + " takes TRUE or FALSE, \"false " +
-                            std::string(54, 'e') + "\" is passed over"));
+            told.lines(),
+            ElementsAre(EndsWith(":2: " + timeout + " takes 1 to 30, \"99\" is passed over"),
+                        EndsWith(":4: " + timeout + " stands there once more and is passed over"),
+                        EndsWith(":6: " + san + " takes TRUE or FALSE, \"false " +
+                                 std::string(54, 'e') + "\" is passed over")));
     }
     EXPECT_THAT(log.take(), IsEmpty());
 }
