@@ -3,6 +3,7 @@
 #include "agent/locks.h"
 
 #include <cxxabi.h>
+#include <optional>
 
 namespace cimple {
 
@@ -34,6 +35,9 @@ public:
 
     void deliver(const Enum_Instances_Handler& handler) {
         while (_delivered < _instances.size()) {
+            if (_delivered + 1 < _instances.size()) {
+                prefetch_texts(_instances[_delivered + 1]);
+            }
             handler.handle(_instances[_delivered++]);
         }
     }
@@ -86,14 +90,24 @@ Enum_Instances_Status enumerate_adapter_map(ProviderAgent& agent, const Instance
     });
 }
 
+// SAN maps are the large ones, and their instances stay as they are until the next rebuild, with
+// keys of their own: all of them are copied a few at a time.
 Enum_Instances_Status enumerate_SAN_map(ProviderAgent& agent, const Instance_Map& map,
                                         const Enum_Instances_Handler& handler) {
     return contain("Exception in SAN CIM Provider Enumeration - do nothing", [&] {
         Copies copies;
+        std::optional<Instance_Cursor> all;
         {
             const SAN_Maps_Reader reader(agent);
-            if (!copies.take(map, handler.selector)) {
-                return;
+            if (handler.selector == nullptr) {
+                all.emplace(map);
+            } else {
+                copies.take(map, handler.selector);
+            }
+        }
+        if (all) {
+            while (Instance* instance = all->next()) {
+                handler.handle(instance);
             }
         }
         copies.deliver(handler);

@@ -1,8 +1,7 @@
 // What targets cost: a whole refresh from nothing, in time and in memory, and handing them out. A
 // logical unit must cost the same whether there are few or many of them.
+#include "bench/beside_floor.h"
 #include "bench/simulated_host.h"
-
-#include <benchmark/benchmark.h>
 
 #include <chrono>
 #include <malloc.h>
@@ -60,22 +59,8 @@ BENCHMARK(refresh)
 
 void enumerate_volumes(benchmark::State& state) {
     constexpr long ports = 16;
-    const auto volumes = static_cast<std::size_t>(state.range(0));
-    tvrhost::Object_Manager& manager = tvrbench::kept_manager(ports, state.range(0) / ports);
-    std::chrono::duration<double, std::micro> sum{};
-    for ([[maybe_unused]] auto _ : state) {
-        const Clock::time_point begin = Clock::now();
-        const tvrhost::Answer answer = manager.enumerate_instances(name_space, volume_class);
-        const Clock::duration time = Clock::now() - begin;
-        if (answer.instances.size() != volumes) {
-            state.SkipWithError("the module doesn't show all volumes");
-            return;
-        }
-        state.SetIterationTime(std::chrono::duration<double>(time).count());
-        sum += time;
-    }
-    state.counters["us_per_volume"] =
-        sum.count() / static_cast<double>(state.iterations()) / static_cast<double>(volumes);
+    tvrbench::enumerate_beside_floor(state, tvrbench::kept_manager(ports, state.range(0) / ports),
+                                     volume_class, static_cast<std::size_t>(state.range(0)));
 }
 BENCHMARK(enumerate_volumes)->Arg(1600)->Arg(16000)->Unit(benchmark::kMillisecond)->UseManualTime();
 

@@ -317,6 +317,10 @@ void set(Named_Values& values, Kept_Values& all_kept, std::string_view name, Cim
     const std::size_t index = values.set(name, std::move(value));
     std::erase_if(all_kept, [&](const Kept_Value& each) { return each.index == index; });
     if (kept.type != CMPI_null) {
+        constexpr std::size_t usual = 16;
+        if (all_kept.empty()) {
+            all_kept.reserve(usual);
+        }
         all_kept.push_back({kept, index});
     }
 }

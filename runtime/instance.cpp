@@ -361,6 +361,17 @@ Instance* create(const Meta_Structure* structure, bool defaults) {
     return instance.finish();
 }
 
+void prefetch_texts(const Instance* instance) noexcept {
+    for (const Meta_Feature* feature : *instance->__meta_class) {
+        if (feature->has(FLAG_PROPERTY)) {
+            const Meta_Property& property = as_property(*feature);
+            if (property.type == STRING && !property.is_array()) {
+                __builtin_prefetch(field_as<String>(instance, property.offset).c_str());
+            }
+        }
+    }
+}
+
 Instance* clone(const Instance* instance) {
     const Meta_Structure* structure = instance->__meta_class;
     Unfinished copy(structure);

@@ -63,6 +63,8 @@ const Meta_Class* class_of(const Instance* instance) noexcept;
 Instance* create(const Meta_Structure* structure, bool defaults);
 
 // A deep copy with count 1; texts are shared.
+// Asks for the texts of an instance that is to be read soon: they lie scattered in memory.
+void prefetch_texts(const Instance* instance) noexcept;
 Instance* clone(const Instance* instance);
 
 // Null is ignored by both.

@@ -1,6 +1,7 @@
 #include "runtime/instance_map.h"
 
 #include "runtime/key_hash.h"
+#include "runtime/thread.h"
 
 #include <algorithm>
 #include <bit>
@@ -175,6 +176,7 @@ void Instance_Map::remove(std::size_t position) noexcept {
     if (position >= size()) {
         return;
     }
+    leave_cursors();
     _ends.reset();
     _instances.remove(position);
     _hashes.erase(_hashes.begin() + static_cast<std::ptrdiff_t>(position));
@@ -182,6 +184,7 @@ void Instance_Map::remove(std::size_t position) noexcept {
 }
 
 void Instance_Map::clear() noexcept {
+    leave_cursors();
     _ends.reset();
     for (Instance* instance : _instances) {
         destroy(instance);
@@ -193,6 +196,7 @@ void Instance_Map::clear() noexcept {
 }
 
 Array<Instance*> Instance_Map::release() {
+    leave_cursors();
     Array<Instance*> members;
     std::swap(members, _instances);
     clear();
@@ -206,6 +210,7 @@ void Instance_Map::reserve(std::size_t size) {
 }
 
 void Instance_Map::grow(std::size_t size) {
+    leave_cursors();
     if (size > std::numeric_limits<uint32>::max()) {
         throw std::bad_alloc();
     }
@@ -258,6 +263,86 @@ long Instance_Map::append_clones(const Instance_Map& from, std::size_t& position
         append(clone(member), key.hash(), key.regular());
     }
     return static_cast<long>(count);
+}
+
+// ---- cursors
+
+// Of one map. The mutex guards what cursors and map know of each other.
+struct Instance_Cursors {
+    Mutex mutex;
+    std::vector<Instance_Cursor*> reading; // the map
+};
+
+void Instance_Map::leave_cursors() noexcept {
+    if (!_cursors) {
+        return;
+    }
+    const Lock lock(_cursors->mutex);
+    for (Instance_Cursor* cursor : _cursors->reading) {
+        cursor->leave();
+    }
+    _cursors->reading.clear();
+}
+
+namespace {
+
+std::shared_ptr<Instance_Cursors> cursors_of(std::shared_ptr<Instance_Cursors>& of_map) {
+    if (!of_map) {
+        of_map = std::make_shared<Instance_Cursors>();
+    }
+    return of_map;
+}
+
+} // namespace
+
+Instance_Cursor::Instance_Cursor(const Instance_Map& map)
+    : _cursors(cursors_of(map._cursors)), _map(&map) {
+    const Lock lock(_cursors->mutex);
+    _cursors->reading.push_back(this);
+}
+
+Instance_Cursor::~Instance_Cursor() {
+    {
+        const Lock lock(_cursors->mutex);
+        std::erase(_cursors->reading, this);
+    }
+    for (; _handed_out < _copies.size(); ++_handed_out) {
+        unref(_copies[_handed_out]);
+    }
+}
+
+void Instance_Cursor::copy(std::size_t count) {
+    _copies.reserve(_copies.size() + count);
+    for (; count > 0; --count) {
+        _copies.append(clone(_map->get(_position)));
+        ++_position;
+    }
+}
+
+void Instance_Cursor::leave() noexcept {
+    try {
+        copy(_map->size() - _position);
+    } catch (const std::bad_alloc&) {
+        _is_cut = true;
+    }
+    _map = nullptr;
+}
+
+Instance* Instance_Cursor::next() {
+    constexpr std::size_t at_a_time = 32;
+    const Lock lock(_cursors->mutex);
+    if (_handed_out == _copies.size() && _map != nullptr) {
+        _copies.clear();
+        _handed_out = 0;
+        copy(std::min(at_a_time, _map->size() - _position));
+    }
+    if (_handed_out < _copies.size()) {
+        return _copies[_handed_out++];
+    }
+    if (_is_cut) {
+        throw std::bad_alloc();
+    }
+    return nullptr;
 }
 
 } // namespace cimple

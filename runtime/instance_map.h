@@ -17,6 +17,8 @@ namespace cimple {
 // is in the map.
 // No lock of its own: its owner provides it, for const members too. Growth that fails throws
 // std::bad_alloc with the map unchanged.
+struct Instance_Cursors;
+
 class Instance_Map {
 public:
     explicit Instance_Map(const Meta_Class* meta_class) noexcept : _meta_class(meta_class) {}
@@ -59,6 +61,10 @@ public:
     long append_clones(const Instance_Map& from, std::size_t& position);
 
 private:
+    friend class Instance_Cursor;
+    // Before anything changes: the cursors copy what they have not read.
+    void leave_cursors() noexcept;
+
     long find_hashed(const Instance* instance, std::size_t hash) const;
     // Room for so many members; nothing of them changes.
     void grow(std::size_t size);
@@ -73,7 +79,39 @@ private:
     // False once a member lacks a key of the map's class, or has it in another form: such a member
     // can equal a probe of another hash, so that from then on every search is linear.
     bool _regular = true;
-    mutable std::unique_ptr<const End_Index> _ends; // null until it is asked for
+    mutable std::unique_ptr<const End_Index> _ends;     // null until it is asked for
+    mutable std::shared_ptr<Instance_Cursors> _cursors; // null until there is one
+};
+
+// Reads all members of a map as they are when it is made, in clones of a few at a time: so that a
+// long enumeration needs little memory. When the map changes the cursor first copies what it has
+// not read; until then the members must not be changed in place.
+//
+// It is made under the lock that guards the map, and then used by one thread without that lock,
+// whatever becomes of the map.
+class Instance_Cursor {
+public:
+    explicit Instance_Cursor(const Instance_Map& map);
+    ~Instance_Cursor();
+    Instance_Cursor(const Instance_Cursor&) = delete;
+    Instance_Cursor& operator=(const Instance_Cursor&) = delete;
+
+    // The next clone, with its count for the caller; null at the end. Throws std::bad_alloc if
+    // memory doesn't suffice, or did not when the map changed.
+    Instance* next();
+
+private:
+    friend class Instance_Map;
+    // Under the mutex of the cursors.
+    void copy(std::size_t count);
+    void leave() noexcept;
+
+    const std::shared_ptr<Instance_Cursors> _cursors;
+    const Instance_Map* _map;  // null once the rest is copied
+    std::size_t _position = 0; // in the map, of the next to be copied
+    Array<Instance*> _copies;
+    std::size_t _handed_out = 0; // of the copies
+    bool _is_cut = false;        // the rest is lost
 };
 
 // A map whose members are all of class `C`.

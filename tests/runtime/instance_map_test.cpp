@@ -3,6 +3,9 @@
 #include "tests/runtime/random_instances.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
 #include <vector>
 
 namespace cimple::sample {
@@ -115,6 +118,49 @@ TEST(Instance_Map, clones_stop_at_a_key_that_is_there) {
     EXPECT_EQ(position, 0u);
     from.get(0)->Label.set("changed");
     EXPECT_EQ(to.get(1)->Label.value, "unnamed");
+}
+
+TEST(Instance_Map, a_cursor_reads_the_map_as_it_was_whatever_becomes_of_it) {
+    constexpr uint32 count = 100;
+    using Change = void (*)(std::optional<Class_Map<Device>> & map);
+    const Change changes[] = {
+        [](auto&) {},
+        [](auto& map) { map->clear(); },
+        [](auto& map) { map.reset(); },
+        [](auto& map) { map->insert(make_device("host", count).release()); },
+        [](auto& map) {
+            const Ref<Device> removed(map->get(70));
+            map->remove(70);
+        },
+        [](auto& map) {
+            for (Instance* member : map->release()) {
+                unref(member);
+            }
+        },
+    };
+    for (const Change change : changes) {
+        for (const uint32 read_before : {0u, 5u, 32u, 100u}) {
+            std::optional<Class_Map<Device>> map(std::in_place);
+            for (uint32 number = 0; number < count; ++number) {
+                map->insert(make_device("host", number).release());
+            }
+            const auto cursor = std::make_unique<Instance_Cursor>(*map);
+            Instance_Cursor given_up(*map);
+            given_up.next();
+            const auto read = [&](uint32 from, uint32 to) {
+                for (uint32 number = from; number < to; ++number) {
+                    const Ref<Device> next(static_cast<Device*>(cursor->next()));
+                    ASSERT_TRUE(next);
+                    EXPECT_EQ(next->Number.value, number);
+                    EXPECT_EQ(next->__refs, 1u);
+                }
+            };
+            read(0, read_before);
+            change(map);
+            read(read_before, count);
+            EXPECT_EQ(cursor->next(), nullptr);
+        }
+    }
 }
 
 TEST(Instance_Map, one_irregular_member_does_not_outlast_a_clear) {
