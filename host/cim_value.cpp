@@ -115,6 +115,26 @@ bool same_name(std::string_view a, std::string_view b) noexcept {
 
 // ---- Cim_Value
 
+Cim_Value::Cim_Value(const Cim_Value& other) = default;
+Cim_Value::Cim_Value(Cim_Value&& other) noexcept = default;
+Cim_Value& Cim_Value::operator=(const Cim_Value& other) = default;
+Cim_Value& Cim_Value::operator=(Cim_Value&& other) noexcept = default;
+Cim_Value::~Cim_Value() = default;
+
+Cim_Path::Cim_Path() = default;
+Cim_Path::Cim_Path(const Cim_Path& other) = default;
+Cim_Path::Cim_Path(Cim_Path&& other) noexcept = default;
+Cim_Path& Cim_Path::operator=(const Cim_Path& other) = default;
+Cim_Path& Cim_Path::operator=(Cim_Path&& other) noexcept = default;
+Cim_Path::~Cim_Path() = default;
+
+Cim_Instance::Cim_Instance() = default;
+Cim_Instance::Cim_Instance(const Cim_Instance& other) = default;
+Cim_Instance::Cim_Instance(Cim_Instance&& other) noexcept = default;
+Cim_Instance& Cim_Instance::operator=(const Cim_Instance& other) = default;
+Cim_Instance& Cim_Instance::operator=(Cim_Instance&& other) noexcept = default;
+Cim_Instance::~Cim_Instance() = default;
+
 Cim_Value::Cim_Value(Cim_Path path)
     : _type(Cim_Type::reference), _content(std::make_shared<const Cim_Path>(std::move(path))) {}
 

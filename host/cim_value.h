@@ -96,6 +96,13 @@ public:
     Cim_Value(Cim_Path path);
     Cim_Value(Cim_Instance instance);
 
+    // Defined once, here and below: inline they would be compiled wherever values are kept.
+    Cim_Value(const Cim_Value& other);
+    Cim_Value(Cim_Value&& other) noexcept;
+    Cim_Value& operator=(const Cim_Value& other);
+    Cim_Value& operator=(Cim_Value&& other) noexcept;
+    ~Cim_Value();
+
     // NULL of a type.
     static Cim_Value null(Cim_Type type, bool array = false) noexcept;
     // An array; the elements are of `type`, or NULL. Throws Value_Error for one that isn't.
@@ -183,8 +190,13 @@ struct Cim_Path {
     Named_Values keys;
     std::string host;
 
-    Cim_Path() = default;
+    Cim_Path();
     Cim_Path(std::string space, std::string name, Named_Values key_values = {});
+    Cim_Path(const Cim_Path& other);
+    Cim_Path(Cim_Path&& other) noexcept;
+    Cim_Path& operator=(const Cim_Path& other);
+    Cim_Path& operator=(Cim_Path&& other) noexcept;
+    ~Cim_Path();
 
     // "root/tavrin:TVRHBA_X.Name="a",Number=5"; without namespace where there is none, with
     // "//host/" before it where there is a host.
@@ -198,8 +210,13 @@ struct Cim_Instance {
     Cim_Path path; // as the provider made it; its class name is the instance's
     Named_Values properties;
 
-    Cim_Instance() = default;
+    Cim_Instance();
     Cim_Instance(Cim_Path instance_path, Named_Values values = {});
+    Cim_Instance(const Cim_Instance& other);
+    Cim_Instance(Cim_Instance&& other) noexcept;
+    Cim_Instance& operator=(const Cim_Instance& other);
+    Cim_Instance& operator=(Cim_Instance&& other) noexcept;
+    ~Cim_Instance();
 
     const std::string& class_name() const noexcept { return path.class_name; }
     const Cim_Value& operator[](std::string_view name) const noexcept { return properties[name]; }

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -17,11 +18,16 @@ namespace tvrgen {
 namespace {
 
 // Collects the text of a file and writes it in one go.
+// A file that says so already stays as it is, and what was compiled of it too.
 template <class Emit>
 void write_file(const std::filesystem::path& directory, const std::string& name, Emit emit) {
     std::ostringstream text;
     emit(text);
     const std::filesystem::path path = directory / name;
+    if (std::ifstream present(path, std::ios::binary);
+        present && std::string(std::istreambuf_iterator<char>(present), {}) == text.view()) {
+        return;
+    }
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << text.view();
     file.close();

@@ -8,8 +8,10 @@ namespace tvrmof {
 // they say fits together.
 class Linker {
 public:
-    Schema link(Declarations declarations) {
-        for (Declaration& declaration : declarations) {
+    explicit Linker(Declarations declarations) : _declarations(std::move(declarations)) {}
+
+    Schema link() {
+        for (Class_Declaration& declaration : _declarations.classes) {
             flatten(declaration);
         }
         for (const std::unique_ptr<Class>& declared : _schema._classes) {
@@ -27,7 +29,7 @@ private:
         fail(feature.position, "class " + declared.name + ": " + feature.name + ": " + message);
     }
 
-    void flatten(Declaration& declaration) {
+    void flatten(Class_Declaration& declaration) {
         Class& declared = *declaration.declared;
         if (const Class* other = _schema.find(declared.name)) {
             fail_class(declared, "already declared at " + other->position.file + ":" +
@@ -99,8 +101,58 @@ private:
         return *found;
     }
 
+    static Scope scope_of(const Class& declared) noexcept {
+        return declared.is_association()  ? scope_association
+               : declared.is_indication() ? scope_indication
+                                          : scope_class;
+    }
+    static Scope scope_of(const Feature& feature) noexcept {
+        return feature.kind == Feature_Kind::method      ? scope_method
+               : feature.kind == Feature_Kind::reference ? scope_reference
+                                                         : scope_property;
+    }
+
+    // The qualifier of that name that a class or feature inherits from `above`, its parent or the
+    // feature that it redeclares, or null.
+    static const Qualifier* inherited(const Class* above, std::string_view name) noexcept {
+        const Qualifier* found = nullptr;
+        for (; above != nullptr && found == nullptr; above = above->super) {
+            found = above->qualifiers.find(name);
+        }
+        return found;
+    }
+    static const Qualifier* inherited(const Feature* above, std::string_view name) noexcept {
+        const Qualifier* found = nullptr;
+        for (; above != nullptr && found == nullptr; above = above->overridden) {
+            found = above->qualifiers.find(name);
+        }
+        return found;
+    }
+
+    template <class Above>
+    void check(const Qualifiers& qualifiers, Scope scope, const Above* above,
+               const std::string& where) const {
+        for (const Qualifier& qualifier : qualifiers.list) {
+            const Qualifier_Declaration& rule = *_declarations.find_qualifier(qualifier.name);
+            if ((rule.scopes & scope) == 0) {
+                fail(qualifier.position,
+                     where + ": the qualifier " + rule.name + " cannot stand here");
+            }
+            if (!rule.is_inherited || rule.may_be_overridden) {
+                continue;
+            }
+            const Qualifier* const first = inherited(above, rule.name);
+            if (first != nullptr && first->value != qualifier.value) {
+                fail(qualifier.position,
+                     where + ": the qualifier " + rule.name + " cannot differ from its value at " +
+                         first->position.file + ":" + std::to_string(first->position.line));
+            }
+        }
+    }
+
     void check(const Class& declared) const {
         unsigned references = 0;
+        check(declared.qualifiers, scope_of(declared), declared.super, "class " + declared.name);
         for (const std::unique_ptr<Feature>& feature : declared.own) {
             check(declared, *feature);
         }
@@ -127,21 +179,26 @@ private:
                 }
             }
         }
+        const std::string where = "class " + declared.name + ": " + feature.name;
+        check(feature.qualifiers, scope_of(feature), feature.overridden, where);
         if (feature.is_key() && (feature.is_array || feature.kind == Feature_Kind::method)) {
             fail_feature(declared, feature, "an array or a method cannot be a key");
         }
         for (const Parameter& parameter : feature.parameters) {
+            check<Feature>(parameter.qualifiers, scope_parameter, nullptr,
+                           where + ": parameter " + parameter.name);
             if (!parameter.target.empty()) {
                 target(declared, feature, parameter);
             }
         }
     }
 
+    Declarations _declarations;
     Schema _schema;
 };
 
 Schema link(Declarations declarations) {
-    return Linker().link(std::move(declarations));
+    return Linker(std::move(declarations)).link();
 }
 
 } // namespace tvrmof

@@ -141,15 +141,18 @@ std::optional<Literal> literal(const Token& token, Type type) {
 
 class Parser {
 public:
-    Parser(std::string_view text, const std::string& file, unsigned depth)
-        : _lexer(text, file), _depth(depth), _token(_lexer.next()) {}
+    Parser(std::string_view text, const std::string& file, unsigned depth,
+           Declarations& declarations)
+        : _lexer(text, file), _depth(depth), _declarations(declarations), _token(_lexer.next()) {}
 
-    void parse(Declarations& declarations) {
+    void parse() {
         while (_token.kind != Token::END) {
             if (_token.kind == Token::PRAGMA) {
-                pragma(declarations);
+                pragma();
+            } else if (_token.is_keyword("qualifier")) {
+                _declarations.qualifiers.push_back(qualifier_declaration());
             } else {
-                declarations.push_back(class_declaration());
+                _declarations.classes.push_back(class_declaration());
             }
         }
     }
@@ -184,7 +187,7 @@ private:
         return take().text;
     }
 
-    void pragma(Declarations& declarations) {
+    void pragma() {
         const Position position = here();
         const bool include = same_name(take().text, "include");
         expect('(', "behind the pragma's name");
@@ -209,7 +212,81 @@ private:
         if (!std::ifstream(path)) {
             fail(position, "cannot open the included file \"" + path + "\"");
         }
-        parse_file(path, declarations, _depth + 1);
+        parse_file(path, _declarations, _depth + 1);
+    }
+
+    // Names in parentheses, each one of `known`; returns their numbers.
+    template <std::size_t size>
+    std::vector<std::size_t> words(const std::string_view (&known)[size], const char* what) {
+        std::vector<std::size_t> result;
+        expect('(', "before the list");
+        do {
+            const Position position = here();
+            const std::string word = name(what);
+            std::size_t i = 0;
+            while (i < size && !same_name(known[i], word)) {
+                ++i;
+            }
+            if (i == size) {
+                fail(position, "\"" + word + "\" is not " + what);
+            }
+            result.push_back(i);
+        } while (take_if(','));
+        expect(')', "behind the list");
+        return result;
+    }
+
+    void keyword(const char* word) {
+        if (!_token.is_keyword(word)) {
+            unexpected(word);
+        }
+        take();
+    }
+
+    Qualifier_Declaration qualifier_declaration() {
+        constexpr std::string_view scopes[] = {"class",     "association", "indication",
+                                               "property",  "reference",   "method",
+                                               "parameter", "schema",      "any"};
+        constexpr std::string_view flavors[] = {"EnableOverride", "DisableOverride", "ToSubclass",
+                                                "Restricted", "Translatable"};
+        take();
+        Qualifier_Declaration result;
+        result.position = here();
+        result.name = name("the name of a qualifier");
+        if (const Qualifier_Declaration* other = _declarations.find_qualifier(result.name)) {
+            fail(result.position, "qualifier " + result.name + ": already declared at " +
+                                      other->position.file + ":" +
+                                      std::to_string(other->position.line));
+        }
+        expect(':', "before the qualifier's type");
+        const Position type_position = here();
+        const std::string type = name("a type");
+        const std::optional<Type> known = find_type(type);
+        if (!known) {
+            fail(type_position, "\"" + type + "\" is not a type");
+        }
+        result.type = *known;
+        if (take_if('[')) {
+            result.is_array = true;
+            expect(']', "behind \"[\"");
+        }
+        if (take_if('=')) {
+            qualifier_value(result);
+        }
+        expect(',', "before the scope");
+        keyword("Scope");
+        for (const std::size_t scope : words(scopes, "a scope")) {
+            result.scopes |= scope + 1 == std::size(scopes) ? scope_any : 1u << scope;
+        }
+        if (take_if(',')) {
+            keyword("Flavor");
+            for (const std::size_t flavor : words(flavors, "a flavor")) {
+                result.may_be_overridden = result.may_be_overridden && flavor != 1;
+                result.is_inherited = result.is_inherited && flavor != 3;
+            }
+        }
+        expect(';', "behind the qualifier");
+        return result;
     }
 
     Qualifiers qualifiers() {
@@ -219,23 +296,30 @@ private:
         }
         do {
             Qualifier qualifier;
-            const Position position = here();
+            qualifier.position = here();
             qualifier.name = name("the name of a qualifier");
-            if (result.find(qualifier.name) != nullptr) {
-                fail(position, "the qualifier " + qualifier.name + " stands twice");
+            const Qualifier_Declaration* const declared =
+                _declarations.find_qualifier(qualifier.name);
+            if (declared == nullptr) {
+                fail(qualifier.position,
+                     "the qualifier " + qualifier.name + " is not declared before it");
             }
-            if (take_if('(')) {
-                qualifier.value = qualifier_value();
+            if (result.find(qualifier.name) != nullptr) {
+                fail(qualifier.position, "the qualifier " + qualifier.name + " stands twice");
+            }
+            if (_token.is('{')) {
+                qualifier_value(*declared);
+            } else if (take_if('(')) {
+                qualifier.value = qualifier_value(*declared);
                 expect(')', "behind the qualifier's value");
-            } else if (take_if('{')) {
-                do {
-                    qualifier_value();
-                } while (take_if(','));
-                expect('}', "behind the qualifier's values");
+            } else if (declared->type == Type::boolean && !declared->is_array) {
+                qualifier.value = true;
+            } else {
+                unexpected("the value of " + declared->name);
             }
             if (take_if(':')) {
                 while (_token.kind == Token::NAME) {
-                    take(); // how it passes to subclasses has no bearing here
+                    take(); // what its declaration says holds all the same
                 }
             }
             result.list.push_back(std::move(qualifier));
@@ -244,20 +328,30 @@ private:
         return result;
     }
 
-    // Whatever literal stands there, each kind as its widest type.
-    std::optional<Literal> qualifier_value() {
+    // A value of the declared type. An array's are checked and not kept.
+    std::optional<Literal> qualifier_value(const Qualifier_Declaration& declared) {
         if (_token.is_keyword("null")) {
             take();
             return std::nullopt;
         }
-        for (const Type type : {Type::boolean, Type::uint64, Type::sint64, Type::real64,
-                                Type::string, Type::char16}) {
-            if (std::optional<Literal> value = literal(_token, type)) {
-                take();
-                return value;
+        const auto element = [&] {
+            std::optional<Literal> value = literal(_token, declared.type);
+            if (!value) {
+                fail(here(), "the qualifier " + declared.name + ": " + _token.describe() +
+                                 " is not a value of type " + type_name(declared.type));
             }
+            take();
+            return value;
+        };
+        if (!declared.is_array) {
+            return element();
         }
-        unexpected("the qualifier's value");
+        expect('{', ("before the values of " + declared.name).c_str());
+        do {
+            element();
+        } while (take_if(','));
+        expect('}', ("behind the values of " + declared.name).c_str());
+        return std::nullopt;
     }
 
     // Type, "REF", name and brackets of a property, reference, method or parameter.
@@ -350,8 +444,8 @@ private:
         return result;
     }
 
-    Declaration class_declaration() {
-        Declaration result;
+    Class_Declaration class_declaration() {
+        Class_Declaration result;
         result.declared = std::make_unique<Class>();
         Class& declared = *result.declared;
         declared.qualifiers = qualifiers();
@@ -382,14 +476,24 @@ private:
 
     Lexer _lexer;
     unsigned _depth;
+    Declarations& _declarations;
     Token _token;
 };
 
 } // namespace
 
+const Qualifier_Declaration* Declarations::find_qualifier(std::string_view name) const noexcept {
+    for (const Qualifier_Declaration& qualifier : qualifiers) {
+        if (same_name(qualifier.name, name)) {
+            return &qualifier;
+        }
+    }
+    return nullptr;
+}
+
 void parse_text(std::string_view text, const std::string& name, Declarations& declarations,
                 unsigned depth) {
-    Parser(text, name, depth).parse(declarations);
+    Parser(text, name, depth, declarations).parse();
 }
 
 void parse_file(const std::string& path, Declarations& declarations, unsigned depth) {

@@ -64,7 +64,7 @@ std::string_view Qualifiers::text(std::string_view name) const noexcept {
 }
 
 bool Parameter::in() const noexcept {
-    return qualifiers.find("In") != nullptr ? qualifiers.has("In") : !out();
+    return qualifiers.find("In") == nullptr || qualifiers.has("In");
 }
 
 bool Feature::is_key() const noexcept {

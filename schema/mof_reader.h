@@ -1,8 +1,8 @@
 // Reads classes from MOF, the text form in which CIM class models are written.
 //
-// What is understood: class declarations with qualifiers, scalar and array properties with scalar
-// defaults, references, methods with parameters, comments, and `#pragma include`. Other pragmas
-// are passed over. Instances, qualifier declarations, aliases and array defaults are refused.
+// What is understood: qualifier declarations, class declarations with qualifiers, scalar and array
+// properties with scalar defaults, references, methods with parameters, comments, and `#pragma
+// include`. Other pragmas are passed over. Instances, aliases and array defaults are refused.
 //
 //     tvrmof::Schema schema = tvrmof::read_file("mof/tavrin_fc_schema.mof");
 //     const tvrmof::Class* port = schema.find("TVRHBA_FCPort");
@@ -11,7 +11,9 @@
 // Errors: one `tvrmof::Error` with a line such as
 //     "tavrin_fc.mof:12: class TVRHBA_X: parent CIM_Y is not declared".
 // A schema that was returned is consistent: parents and targets exist, there is no cycle,
-// redeclared features agree with their parent's, defaults fit their types.
+// redeclared features agree with their parent's, defaults fit their types; each qualifier is
+// declared before its first use, has a value of its type, stands where its scope lets it, and
+// contradicts no inherited one that mustn't be overridden.
 //
 // Names are compared without regard to the case of ASCII letters throughout.
 // A `Schema` is constant once made and may be read by any thread; it can be moved, and pointers
@@ -68,9 +70,10 @@ std::optional<Type> find_type(std::string_view name) noexcept;
 // A default: false or true, a number, or the text of a string, datetime or char16.
 using Literal = std::variant<bool, std::int64_t, std::uint64_t, double, std::string>;
 
-// `value` is what stands in the parentheses, as the class name of EmbeddedInstance; a qualifier
-// without one is true.
+// `value` is what stands in the parentheses, as the class name of EmbeddedInstance; a boolean one
+// without parentheses is true. None for NULL and for arrays, which are read and not kept.
 struct Qualifier {
+    Position position;
     std::string name;
     std::optional<Literal> value;
 };
@@ -103,7 +106,7 @@ struct Typed {
 };
 
 struct Parameter : Typed {
-    bool in() const noexcept; // also where neither mark is written
+    bool in() const noexcept; // unless In(false) stands there
     bool out() const noexcept { return qualifiers.has("Out"); }
 };
 

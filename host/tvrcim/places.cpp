@@ -4,27 +4,29 @@
 
 #include <dlfcn.h>
 
-#include <vector>
-
 namespace fs = std::filesystem;
 
 namespace tvrcim {
 
 namespace {
 
-// `what` is for people, `build` relative to the build tree, `installed` to the prefix.
-fs::path find(const char* what, const char* hint, const fs::path& build,
-              const fs::path& installed) {
-    const fs::path root = own_file().parent_path().parent_path();
-    const std::vector<fs::path> tried = {root / build, root / installed,
-                                         fs::path(TVR_INSTALL_PREFIX) / installed};
-    for (const fs::path& each : tried) {
-        if (std::error_code error; fs::exists(each, error)) {
-            return each;
-        }
+// The tree that this program was built in, or empty where it is installed.
+fs::path build_tree() {
+    const fs::path tree = own_file().parent_path().parent_path();
+    std::error_code error;
+    return fs::exists(tree / "CMakeCache.txt", error) ? tree : fs::path();
+}
+
+// `what` and `hint` are for people, `built` is relative to the build tree, `installed` to this
+// program or absolute.
+fs::path find(const char* what, const char* hint, const char* built, const fs::path& installed) {
+    const fs::path tree = build_tree();
+    const fs::path file =
+        tree.empty() ? (own_file().parent_path() / installed).lexically_normal() : tree / built;
+    if (std::error_code error; !fs::exists(file, error)) {
+        throw Usage_Error(std::string("there is no ") + what + " at " + file.string() + hint);
     }
-    throw Usage_Error(std::string("the ") + what + " is neither " + tried[0].string() + " nor " +
-                      tried[2].string() + hint);
+    return file;
 }
 
 bool can_open(const char* library) {
@@ -42,17 +44,18 @@ fs::path own_file() {
 }
 
 fs::path module_file() {
-    return find("provider module", "; --module FILE names it", "lib/libtavrin_fc_provider.so",
-                TVR_INSTALL_MODULE_DIR "/libtavrin_fc_provider.so");
+    return find("provider module", "; --module FILE names another", "lib/libtavrin_fc_provider.so",
+                TVR_INSTALLED_MODULES "/libtavrin_fc_provider.so");
 }
 
 fs::path mof_file() {
     return find("class model", "", "mof/tavrin_fc_schema.mof",
-                TVR_INSTALL_DATA_DIR "/mof/tavrin_fc_schema.mof");
+                TVR_INSTALLED_MOF "/tavrin_fc_schema.mof");
 }
 
 fs::path simulator_directory() {
-    return find("simulator", "", "sim/libtvrsim.so", TVR_INSTALL_SIM_DIR "/libtvrsim.so")
+    return find("simulator", "; the install component \"sim\" has it", "sim/libtvrsim.so",
+                TVR_INSTALLED_SIMULATOR "/libtvrsim.so")
         .parent_path();
 }
 

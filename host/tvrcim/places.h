@@ -7,8 +7,8 @@
 
 namespace tvrcim {
 
-// Each is sought in the build tree that this program is in, then where it is installed. Throws
-// Usage_Error that names the places tried.
+// Each is sought in the build tree that this program is in, or where it is installed, in most cases
+// at a place relative to this program. Throws Usage_Error that names the place.
 std::filesystem::path module_file();
 std::filesystem::path mof_file();
 std::filesystem::path simulator_directory();

@@ -11,6 +11,12 @@ namespace tvrtest {
 
 inline std::shared_ptr<const tvrmof::Schema> sample_model() {
     return std::make_shared<const tvrmof::Schema>(tvrmof::read_text(R"(
+        Qualifier Abstract : boolean = false, Scope(class);
+        Qualifier Association : boolean = false, Scope(association);
+        Qualifier Indication : boolean = false, Scope(indication);
+        Qualifier Key : boolean = false, Scope(property, reference);
+        Qualifier In : boolean = true, Scope(parameter);
+        Qualifier Out : boolean = false, Scope(parameter);
         [Abstract] class Test_Base {
             [Key] string Name;
         };
@@ -22,7 +28,7 @@ inline std::shared_ptr<const tvrmof::Schema> sample_model() {
             string Words[];
             datetime Since;
             uint32 Turn([In] uint16 Steps, [In] string Label, [In] Test_Thing REF Other,
-                        [Out] string Said, [In, Out] uint32 Total);
+                        [In(false), Out] string Said, [In, Out] uint32 Total);
         };
         class Test_Special : Test_Thing {
             string Extra;

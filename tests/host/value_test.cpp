@@ -151,8 +151,10 @@ TEST_F(Text, an_instance_file_gives_instances_or_one_line) {
               Cim_Path("root/y", "Test_Thing", {{"Name", "a"}, {"Slot", std::uint16_t{3}}}));
     EXPECT_EQ(instances[0]["Words"].elements()[1], Cim_Value::null(Cim_Type::string));
 
-    const std::pair<const char*, const char*> cases[] = {
-        {"{", "parse error"},
+    const std::pair<std::string, const char*> cases[] = {
+        {"{", "parse error at line 1, column 2"},
+        {R"([{"class": "Test_Other", "class": "Test_Thing"}])", "the name \"class\" stands twice"},
+        {std::string(1'000'000, '['), "nested deeper than 200 levels"},
         {R"([{"properties": {}}])", "[0]: an instance is an object"},
         {R"([{"class": "Test_Other", "properties": {}}])", "none of its keys"},
         {R"([{"class": "Test_Other", "properties": {"Id": 5}}])", "Test_Other.Id: takes string"},

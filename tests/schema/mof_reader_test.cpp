@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <sstream>
 #include <string>
 
 using namespace tvrmof;
@@ -25,8 +26,25 @@ template <class Read> std::string error_of(Read&& read) {
     return "no error";
 }
 
-std::string error_in(std::string_view text) {
-    return error_of([&] { read_text(text, "t.mof"); });
+// What the texts of these tests use, in one line.
+const std::string declarations =
+    "Qualifier Abstract : boolean = false, Scope(class, association), Flavor(Restricted);"
+    "Qualifier Association : boolean = false, Scope(association);"
+    "Qualifier Indication : boolean = false, Scope(class, indication);"
+    "Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride);"
+    "Qualifier Description : string = NULL, Scope(any), Flavor(Translatable);"
+    "Qualifier Level : sint8 = -1, Scope(any);"
+    "Qualifier ValueMap : string[], Scope(property, method, parameter);"
+    "Qualifier EmbeddedInstance : string, Scope(property, method, parameter);"
+    "Qualifier In : boolean = true, Scope(parameter);"
+    "Qualifier Out : boolean = false, Scope(parameter);";
+
+Schema read(const std::string& text) {
+    return read_text(declarations + text, "t.mof");
+}
+
+std::string error_in(const std::string& text) {
+    return error_of([&] { read(text); });
 }
 
 std::vector<std::string> names(const std::vector<const Feature*>& features) {
@@ -39,19 +57,19 @@ std::vector<std::string> names(const std::vector<const Feature*>& features) {
 }
 
 TEST(MofReader, ReadsEveryForm) {
-    const Schema schema = read_text(R"(
+    const Schema schema = read(R"(
         #pragma locale ("en_US")
         /* a comment
            of two lines */
         [Abstract, Description ("Some" " text \"quoted\" \x0041")]
         class A {
             [Key] string Id;                    // a comment
-            [Required, ValueMap {"1", "2"} : ToSubclass] uint16 Level = 0x10;
+            [Level(3), ValueMap {"1", "2"} : ToSubclass] uint16 Level = 0x10;
             sint8 Low = -128; boolean On = TRUE; real32 Ratio = 2.5e-1;
             datetime When = "00000000000500.000000:000";
             string Names[];
             [EmbeddedInstance("A")] string Inner;
-            [Static] uint32 Run([In] A REF Who, [Out] uint8 Data[], [In, Out] string Text);
+            [Description("x")] uint32 Run(A REF Who, [In(false), Out] uint8 Data[], [In, Out] string Text);
         };
     )");
     const Class& a = *schema.find("a");
@@ -70,10 +88,10 @@ TEST(MofReader, ReadsEveryForm) {
 }
 
 TEST(MofReader, InheritsFeaturesInTheirPlacesAndTheRole) {
-    const Schema schema = read_text("class A { [Key] string K; uint16 P = 1; uint32 M(); };"
-                                    "class B : A { uint8 New; uint16 p = NULL; string k; };"
-                                    "[Association] class L { A REF X; A REF Y; }; class M : L {};"
-                                    "[Indication] class I {}; class J : I {};");
+    const Schema schema = read("class A { [Key] string K; uint16 P = 1; uint32 M(); };"
+                               "class B : A { uint8 New; uint16 p = NULL; string k; };"
+                               "[Association] class L { A REF X; A REF Y; }; class M : L {};"
+                               "[Indication] class I {}; class J : I {};");
     const Class& b = *schema.find("B");
     EXPECT_THAT(names(b.features), ElementsAre("k", "p", "M", "New"));
     EXPECT_FALSE(b.find("P")->value.has_value());
@@ -103,6 +121,23 @@ TEST(MofReader, RefusesWithPositionAndReason) {
         {"class A { [Key] string P[]; };", "an array or a method cannot be a key"},
         {"class A {};\n/* no end", ":2: the comment is not closed"},
         {"#pragma include (\"no/such.mof\")", ":1: cannot open the included file"},
+        {"class A {\n [Kee] string P; };", ":2: the qualifier Kee is not declared before it"},
+        {"[Abstract] class A {};\nQualifier abstract : boolean, Scope(class);",
+         ":2: qualifier abstract: already declared at t.mof:1"},
+        {"class A { [Key(\"x\")] string P; };", "Key: a string is not a value of type boolean"},
+        {"class A { [Level(128)] string P; };", "Level: \"128\" is not a value of type sint8"},
+        {"class A { [Level] string P; };", "expected the value of Level and found \"]\""},
+        {"class A { [ValueMap(\"1\")] string P; };", "before the values of ValueMap"},
+        {"[Key]\nclass A {};", ":1: class A: the qualifier Key cannot stand here"},
+        {"class A { [Key] uint8 M(); };", "class A: M: the qualifier Key cannot stand here"},
+        {"class A { uint8 M([Key] string P); };", "parameter P: the qualifier Key cannot stand"},
+        {"class A {}; [Association, Indication] class B : A {};", "an association and an"},
+        {"class A { [Key] string P; };\nclass B : A { string P; };\n"
+         "class C : B { [Key(false)] string P; };",
+         ":3: class C: P: the qualifier Key cannot differ from its value at t.mof:1"},
+        {"Qualifier X : boolean, Scope(clas);", "\"clas\" is not a scope"},
+        {"Qualifier X : boolean, Flavor(Restricted);", "expected Scope"},
+        {"Qualifier X : uint8 = 256, Scope(any);", "X: \"256\" is not a value of type uint8"},
     };
     for (const auto& [text, message] : cases) {
         EXPECT_THAT(error_in(text),
@@ -111,9 +146,25 @@ TEST(MofReader, RefusesWithPositionAndReason) {
     }
 }
 
-// Object managers' compilers want a class to be known before it is referred to.
+std::string text_of(const char* file) {
+    std::ifstream stream(std::filesystem::path(TVR_MOF).parent_path() / file);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+// Object managers' compilers want a class to be known before it is referred to, and a schema that a
+// namespace has already is not to be enriched by qualifiers that nobody uses.
 TEST(MofReader, FindsTheClassModelInOrder) {
     const Schema schema = read_file(TVR_MOF);
+    std::istringstream qualifiers(text_of("cim_qualifiers.mof"));
+    const std::string classes = text_of("cim_base.mof") + text_of("tavrin_fc.mof");
+    unsigned declared_qualifiers = 0;
+    for (std::string word, name; qualifiers >> word;) {
+        if (word == "Qualifier" && qualifiers >> name) {
+            ++declared_qualifiers;
+            EXPECT_NE(classes.find(name), std::string::npos) << name;
+        }
+    }
+    EXPECT_EQ(declared_qualifiers, 17u);
     std::set<std::string> known = {""};
     for (const auto& declared : schema.classes()) {
         known.insert(declared->name);
@@ -128,13 +179,16 @@ TEST(MofReader, FindsTheClassModelInOrder) {
 
 // Whatever the text is cut to, there is one error or none, and no harm.
 TEST(MofReader, BearsAnyCut) {
-    std::ifstream file(std::filesystem::path(TVR_MOF).parent_path() / "cim_base.mof");
-    std::string text(std::istreambuf_iterator<char>(file), {});
+    const std::string qualifiers = text_of("cim_qualifiers.mof");
+    for (std::size_t size = 0; size < qualifiers.size(); ++size) {
+        error_of([&] { read_text(qualifiers.substr(0, size)); });
+    }
+    const std::string text = text_of("cim_base.mof");
     ASSERT_GT(text.size(), 30000u);
     for (std::size_t size = 0; size < text.size(); size += size < 2000 ? 1 : 997) {
-        error_in(std::string_view(text).substr(0, size));
+        error_of([&] { read_text(qualifiers + text.substr(0, size)); });
     }
-    error_in(std::string_view("class A {\0 };", 13));
+    error_in(std::string("class A {\0 };", 13));
 }
 
 TEST(MofFiles, AreReadWithWhatTheyInclude) {
@@ -152,7 +206,7 @@ TEST(MofFiles, AreReadWithWhatTheyInclude) {
     EXPECT_THAT(error(write("self.mof", "#pragma include (\"self.mof\")")),
                 HasSubstr("files include one another more than 16 deep"));
     // The table of providers has rules of its own.
-    const Schema schema = read_text("class C {}; [Indication] class I {};");
+    const Schema schema = read("class C {}; [Indication] class I {};");
     const std::pair<const char*, const char*> cases[] = {
         {"# classes\n\nC IM own # a comment\nI MN own\n", "no error"},
         {"C IM own\nX IM own", "providers.txt:2: class X is not"},
