@@ -1,8 +1,7 @@
 #include "agent/map_enumerate.h"
 
 #include "agent/locks.h"
-
-#include <cxxabi.h>
+#include "runtime/cancellation.h"
 
 namespace cimple {
 
@@ -59,12 +58,11 @@ template <class Enumeration>
 Enum_Instances_Status contain(const char* line, Enumeration&& enumeration) {
     try {
         enumeration();
-    } catch (const abi::__forced_unwind&) {
-        throw;
     } catch (const Refresh_Unavailable&) {
         TVR_LOG("%s", line);
         return ENUM_INSTANCES_FAILED;
     } catch (...) {
+        pass_cancellation();
         TVR_LOG("%s", line);
     }
     return ENUM_INSTANCES_OK;
