@@ -1,8 +1,8 @@
 #include "agent/map_enumerate.h"
 
 #include "agent/locks.h"
+#include "runtime/cancellation.h"
 
-#include <cxxabi.h>
 #include <optional>
 
 namespace cimple {
@@ -63,12 +63,11 @@ template <class Enumeration>
 Enum_Instances_Status contain(const char* line, Enumeration&& enumeration) {
     try {
         enumeration();
-    } catch (const abi::__forced_unwind&) {
-        throw;
     } catch (const Refresh_Unavailable&) {
         TVR_LOG("%s", line);
         return ENUM_INSTANCES_FAILED;
     } catch (...) {
+        pass_cancellation();
         TVR_LOG("%s", line);
     }
     return ENUM_INSTANCES_OK;

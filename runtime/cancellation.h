@@ -3,11 +3,22 @@
 // A request holds locks and library handles, and calls functions that end in nothing but a return.
 // So whoever comes in from outside is not cancelled for the duration, but where it does no more
 // than wait. A cancelled wait unwinds the whole request: what lies between it and the entry keeps
-// nothing that a destructor doesn't give back, is not noexcept, and lets abi::__forced_unwind pass.
+// nothing that a destructor doesn't give back, is not noexcept, and calls pass_cancellation() where
+// it catches whatever comes.
 #ifndef TVR_RUNTIME_CANCELLATION_H
 #define TVR_RUNTIME_CANCELLATION_H
 
+#include <exception>
+
 namespace cimple {
+
+// In a handler for all exceptions: goes on with the unwinding if it is that of a cancelled thread,
+// which is no exception of the language.
+inline void pass_cancellation() {
+    if (std::current_exception() == nullptr) {
+        throw;
+    }
+}
 
 // A scope in which the calling thread isn't cancelled; a cancellation that comes waits for its end.
 // Scopes nest.

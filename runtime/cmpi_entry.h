@@ -8,7 +8,6 @@
 #include "runtime/cmpi_thread_context.h"
 #include "runtime/log.h"
 
-#include <cxxabi.h>
 #include <exception>
 #include <mutex>
 
@@ -78,11 +77,10 @@ CMPIStatus answer(const char* function, Body&& body, Call_Site where = Call_Site
         const Outcome outcome = body();
         trace.set(outcome);
         rc = outcome.rc;
-    } catch (const abi::__forced_unwind&) {
-        throw; // the thread is being cancelled
     } catch (const std::exception& error) {
         log_exception(function, error.what());
     } catch (...) {
+        pass_cancellation();
         log_exception(function, "unknown");
     }
     return CMPIStatus{rc, nullptr};

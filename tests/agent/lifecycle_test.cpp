@@ -189,7 +189,7 @@ TEST_P(Origins, TakeTheirRefreshAlongAndWaitingRequestsStartAnother) {
         origin.run(unload_agent);
         return Origin::in_use.load();
     });
-    joining.get_future().wait();
+    EXPECT_EQ(joining.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
     const int entered = calls(GetParam());
     gate.open();
     EXPECT_EQ(unloaded.get(), 0) << "the thread is gone, and with it what it used";
@@ -229,7 +229,7 @@ TEST_F(With_Origin, WaitsForNoMethodThatTheRefreshWaitsFor) {
     const Full_Guard guard(*agent);
     agent->m_bForceAdapterRefresh = true;
     origin.run([this] { return agent->BuildCimpleInfo(); });
-    origin.run(unload_agent);
+    std::async(std::launch::async, [this] { origin.run(unload_agent); }).get();
     EXPECT_TRUE(agent->m_bForceAdapterRefresh);
     EXPECT_EQ(Origin::in_use, 0);
 }
