@@ -10,71 +10,20 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// What the provider does, and what was asked of it.
-struct Plan {
-    std::vector<Ref<>> links;
-    int names = ENUM_ASSOCIATOR_NAMES_UNSUPPORTED;
-    int references = ENUM_REFERENCES_UNSUPPORTED;
-    int associators = ENUM_ASSOCIATORS_UNSUPPORTED;
-    int instances = ENUM_INSTANCES_OK;
-    Ref<> direct; // a clone of this comes from all traversals of its own
-    bool use_selector = false;
-    int left_out = 0; // instances, by the selector
-    int enumerations = 0;
-};
-Plan plan;
-
-int provider(const Registration*, int operation, void* arg0, void*, void* arg2, void* arg3,
-             void* arg4, void* arg5, void* arg6, void*) {
-    const auto pass = [](const Ref<>& instance, void* proc, void* client_data) {
-        reinterpret_cast<Instance_Enumerator_Proc>(proc)(clone(instance.get()), 0, client_data);
-    };
-    const auto own = [&](int status, void* proc, void* client_data) {
-        if (plan.direct) {
-            pass(plan.direct, proc, client_data);
-        }
-        return status;
-    };
-    switch (operation) {
-    case OPERATION_GET_META_CLASS:
-        *static_cast<const Meta_Class**>(arg0) = &Link::static_meta_class;
-        return 0;
-    case OPERATION_GET_REPOSITORY:
-        *static_cast<const Meta_Repository**>(arg0) = &repository;
-        return 0;
-    case OPERATION_ENUM_INSTANCES:
-        ++plan.enumerations;
-        for (const Ref<>& link : plan.links) {
-            if (plan.use_selector && !static_cast<Instance_Selector*>(arg4)->accepts(link.get())) {
-                ++plan.left_out;
-            } else {
-                pass(link, arg2, arg3);
-            }
-        }
-        return plan.instances;
-    case OPERATION_ENUM_ASSOCIATOR_NAMES:
-        return own(plan.names, arg5, arg6);
-    case OPERATION_ENUM_REFERENCES:
-        EXPECT_TRUE(static_cast<Link*>(arg2)->Caption.is_null());
-        return own(plan.references, arg4, arg5);
-    case OPERATION_ENUM_ASSOCIATORS:
-        return own(plan.associators, arg5, arg6);
-    default:
-        return 0;
-    }
-}
-
-const Registration registration = {"fixture", "Link_Provider", provider, &Link::static_meta_class,
-                                   nullptr};
+// Of the same provider as the other entries', for the links of the sample classes.
+const Registration registration = {"fixture", "Link_Provider", fixture_registration.proc,
+                                   &Link::static_meta_class, nullptr};
 
 Ref<Device> named(const char* name) {
     return make_device(name, 1);
 }
 
-class Association_Entries_Test : public ::testing::Test {
+class Association_Entries_Test : public Adapter_Test {
 protected:
     Association_Entries_Test() {
-        plan = Plan();
+        script.status = {{OPERATION_ENUM_ASSOCIATOR_NAMES, ENUM_ASSOCIATOR_NAMES_UNSUPPORTED},
+                         {OPERATION_ENUM_REFERENCES, ENUM_REFERENCES_UNSUPPORTED},
+                         {OPERATION_ENUM_ASSOCIATORS, ENUM_ASSOCIATORS_UNSUPPORTED}};
         const Ref<Device> a = named("a"), b = named("b"), d = named("d"), e = named("e");
         b->__name_space = "root/own";
         link(a.get(), b.get());
@@ -92,13 +41,9 @@ protected:
                                          : std::make_shared<fake::Inst>(fake::Inst{path, {}});
         };
     }
-    ~Association_Entries_Test() override {
-        EXPECT_EQ(broker.of(result).done, 0);
-        static_cast<CMPI_Adapter*>(block.adapter)->cleanup(true);
-        plan = Plan();
-    }
+    ~Association_Entries_Test() override { EXPECT_EQ(broker.of(result).done, 0); }
     static void link(const Element* antecedent, const Device* dependent) {
-        plan.links.emplace_back(make_link(antecedent, dependent).release());
+        script.add(make_link(antecedent, dependent));
     }
     CMPIObjectPath* source(const char* name, const char* class_name = "Device") {
         fake::Path path{"root/test", class_name, {}};
@@ -141,10 +86,6 @@ protected:
         return mi->ft->referenceNames(mi, context, result, path, "Other", role).rc;
     }
 
-    fake::Broker broker;
-    CMPIContext* context = broker.context();
-    CMPIResult* result = broker.result();
-    CMPI_Static_Data block{};
     CMPIAssociationMI* mi = nullptr;
     std::string missing;
     const char** asked_properties = nullptr;
@@ -169,7 +110,7 @@ TEST_F(Association_Entries_Test, EndsAreChosenByClassRoleAndKeys) {
         {"a", "Element", "", "", "", {"!b", "c", "a", "e", "d"}, {"a!b", "ac", "da", "ee", "Ad"}},
     };
     for (const bool use_selector : {false, true}) {
-        plan.use_selector = use_selector;
+        script.use_selector = use_selector;
         for (const auto& row : cases) {
             SCOPED_TRACE(std::string(row.name) + " " + row.class_name);
             const CMPIObjectPath* path = source(row.name, row.class_name);
@@ -181,7 +122,7 @@ TEST_F(Association_Entries_Test, EndsAreChosenByClassRoleAndKeys) {
             EXPECT_EQ(sent(), row.links);
         }
     }
-    EXPECT_GT(plan.left_out, 0);
+    EXPECT_GT(script.left_out, 0);
 }
 
 TEST_F(Association_Entries_Test, AssociatorsComeFromTheirOwnProviders) {
@@ -203,14 +144,15 @@ TEST_F(Association_Entries_Test, AssociatorsComeFromTheirOwnProviders) {
 }
 
 TEST_F(Association_Entries_Test, AProviderMayTraverseByItself) {
-    plan.direct.reset(clone(named("own").get()));
-    plan.direct->__name_space = "root/own";
-    plan.names = plan.references = plan.associators = 0;
+    script.status.clear();
+    script.direct.reset(named("own").release());
+    script.direct->__name_space = "root/own";
     EXPECT_EQ(instances(source("z")) + names(source("z")), 0);
-    plan.direct = plan.links[0];
+    script.direct = script.instances[0];
     EXPECT_EQ(references(source("z")) + reference_names(source("z")), 0);
     EXPECT_EQ(sent(), (Texts{"!own", "!own", "a!b", "a!b"}));
-    EXPECT_EQ(plan.enumerations, 0);
+    EXPECT_EQ(script.calls[OPERATION_ENUM_INSTANCES], 0);
+    EXPECT_TRUE(static_cast<Link*>(script.model.get())->Caption.is_null());
     EXPECT_TRUE(broker.asked.empty());
 }
 
@@ -226,10 +168,10 @@ TEST_F(Association_Entries_Test, StatusesBecomeAnswers) {
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.names + row.instances);
-        plan.names = row.names;
-        plan.references = row.references;
-        plan.associators = row.associators;
-        plan.instances = row.instances;
+        script.status = {{OPERATION_ENUM_ASSOCIATOR_NAMES, row.names},
+                         {OPERATION_ENUM_REFERENCES, row.references},
+                         {OPERATION_ENUM_ASSOCIATORS, row.associators},
+                         {OPERATION_ENUM_INSTANCES, row.instances}};
         EXPECT_EQ(names(source("a")), row.for_names);
         EXPECT_EQ(references(source("a")), row.for_references);
         EXPECT_EQ(reference_names(source("a")), row.for_references);
@@ -261,7 +203,7 @@ TEST_F(Association_Entries_Test, AnUnknownClassHasNoAssociations) {
     const CMPIObjectPath* path = source("a", "Unheard_Of");
     EXPECT_EQ(instances(path) + names(path) + references(path) + reference_names(path), 0);
     EXPECT_TRUE(sent().empty());
-    EXPECT_EQ(plan.enumerations, 0);
+    EXPECT_EQ(script.calls[OPERATION_ENUM_INSTANCES], 0);
     EXPECT_EQ(log.count("return: associators(): CMPI_RC_OK"), 1);
     EXPECT_EQ(log.count("(): CMPI_RC_ERR_INVALID_CLASS"), 3);
 }

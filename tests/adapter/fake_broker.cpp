@@ -48,13 +48,6 @@ template <class Content> CMPIStatus release(typename Content::Type* object) {
     return ok;
 }
 
-template <class Content>
-typename Content::Type* no_clone(const typename Content::Type*, CMPIStatus* rc) {
-    ADD_FAILURE() << "an unexpected clone";
-    set(rc, failed);
-    return nullptr;
-}
-
 // A datum with a handle of its own.
 CMPIData data_of(Broker& broker, const Datum& datum) {
     CMPIData data{datum.type, datum.state, datum.scalar};
@@ -138,167 +131,144 @@ CMPIStatus set_entry(const typename Content::Type* object, const char* name, con
     return ok;
 }
 
+// The element of an array or enumeration; without a handle the call fails.
+template <class Content>
+CMPIData datum_at(const Handle<Content>* handle, std::size_t index, CMPIStatus* rc) {
+    if (handle == nullptr || index >= handle->content->elements.size()) {
+        set(rc, failed);
+        return CMPIData{};
+    }
+    return data_of(handle->broker, handle->content->elements[index]);
+}
+
+template <class Content, auto text, Call call>
+CMPIString* text_of(const typename Content::Type* object, CMPIStatus* rc) {
+    const auto* handle = enter<Content>(object, call.name, rc);
+    return handle == nullptr ? nullptr : handle->broker.add(Text{*handle->content.*text});
+}
+
 // Function tables; null where the adapter calls nothing.
 
-const CMPIStringFT string_ft{100, release<Text>, no_clone<Text>,
-                             [](const CMPIString* string, CMPIStatus* rc) -> const char* {
-                                 const auto* handle = enter<Text>(string, "getCharPtr", rc);
-                                 return handle == nullptr ? nullptr
-                                                          : handle->content->chars.c_str();
-                             }};
-
-const CMPIDateTimeFT datetime_ft{
-    100, release<When>, no_clone<When>, nullptr,
-    [](const CMPIDateTime* datetime, CMPIStatus* rc) -> CMPIString* {
-        const auto* handle = enter<When>(datetime, "getStringFormat", rc);
-        return handle == nullptr ? nullptr : handle->broker.add(Text{handle->content->chars});
+const CMPIStringFT string_ft{
+    .release = release<Text>, .getCharPtr = [](const CMPIString* string, CMPIStatus* rc) {
+        const auto* handle = enter<Text>(string, "getCharPtr", rc);
+        return handle == nullptr ? nullptr : handle->content->chars.c_str();
     }};
 
-const CMPIArrayFT array_ft{
-    100,
-    release<List>,
-    no_clone<List>,
-    [](const CMPIArray* array, CMPIStatus* rc) -> CMPICount {
-        const auto* handle = enter<List>(array, "getSize", rc);
-        return handle == nullptr ? 0 : static_cast<CMPICount>(handle->content->elements.size());
-    },
-    nullptr,
-    [](const CMPIArray* array, CMPICount index, CMPIStatus* rc) -> CMPIData {
-        const auto* handle = enter<List>(array, "getElementAt", rc);
-        if (handle == nullptr || index >= handle->content->elements.size()) {
-            set(rc, failed);
-            return CMPIData{};
-        }
-        return data_of(handle->broker, handle->content->elements[index]);
-    },
-    [](const CMPIArray* array, CMPICount index, const CMPIValue* value,
-       CMPIType type) -> CMPIStatus {
-        const auto* handle = enter<List>(array, "setElementAt", nullptr);
-        if (handle == nullptr || index >= handle->content->elements.size() ||
-            (type == CMPI_chars ? CMPIType{CMPI_string} : type) != handle->content->type) {
-            return failed;
-        }
-        handle->content->elements[index] = datum_of(value, type);
-        return ok;
-    }};
+const CMPIDateTimeFT datetime_ft{.release = release<When>,
+                                 .getStringFormat = text_of<When, &When::chars, "getStringFormat">};
+
+CMPIStatus set_element(const CMPIArray* array, CMPICount index, const CMPIValue* value,
+                       CMPIType type) {
+    const auto* handle = enter<List>(array, "setElementAt", nullptr);
+    if (handle == nullptr || index >= handle->content->elements.size() ||
+        (type == CMPI_chars ? CMPIType{CMPI_string} : type) != handle->content->type) {
+        return failed;
+    }
+    handle->content->elements[index] = datum_of(value, type);
+    return ok;
+}
+
+const CMPIArrayFT array_ft{.release = release<List>,
+                           .getSize = count_of<List, &List::elements, "getSize">,
+                           .getElementAt =
+                               [](const CMPIArray* array, CMPICount index, CMPIStatus* rc) {
+                                   const auto* handle = enter<List>(array, "getElementAt", rc);
+                                   return datum_at(handle, index, rc);
+                               },
+                           .setElementAt = set_element};
 
 const CMPIEnumerationFT enumeration_ft{
-    100, release<Enumeration>, no_clone<Enumeration>,
-    [](const CMPIEnumeration* enumeration, CMPIStatus* rc) -> CMPIData {
-        const auto* handle = enter<Enumeration>(enumeration, "getNext", rc);
-        if (handle == nullptr || handle->content->position >= handle->content->elements.size() ||
-            handle->content->position + 1 == handle->broker.fail_element) {
-            set(rc, failed);
-            return CMPIData{};
-        }
-        return data_of(handle->broker, handle->content->elements[handle->content->position++]);
-    },
-    [](const CMPIEnumeration* enumeration, CMPIStatus* rc) -> CMPIBoolean {
+    .release = release<Enumeration>,
+    .getNext =
+        [](const CMPIEnumeration* enumeration, CMPIStatus* rc) {
+            auto* handle = enter<Enumeration>(enumeration, "getNext", rc);
+            if (handle != nullptr && handle->content->position + 1 == handle->broker.fail_element) {
+                handle = nullptr;
+            }
+            return datum_at(handle, handle == nullptr ? 0 : handle->content->position++, rc);
+        },
+    .hasNext = [](const CMPIEnumeration* enumeration, CMPIStatus* rc) -> CMPIBoolean {
         const auto* handle = enter<Enumeration>(enumeration, "hasNext", rc);
         return handle != nullptr && handle->content->position < handle->content->elements.size();
     }};
 
 const CMPIInstanceFT instance_ft{
-    100,
-    release<Inst>,
-    no_clone<Inst>,
-    nullptr,
-    [](const CMPIInstance* instance, CMPICount index, CMPIString** name, CMPIStatus* rc) {
-        if (Broker::of(instance).throws) {
-            throw std::runtime_error("getPropertyAt");
-        }
-        return entry_at<Inst, &Inst::properties, "getPropertyAt">(instance, index, name, rc);
-    },
-    count_of<Inst, &Inst::properties, "getPropertyCount">,
-    [](const CMPIInstance* instance, const char* name, const CMPIValue* value, CMPIType type) {
-        const Inst& content = Broker::of(instance);
-        if (content.filtered && !content.allowed.contains(name) &&
-            content.path.keys.find(name) == nullptr) {
+    .release = release<Inst>,
+    .getPropertyAt =
+        [](const CMPIInstance* instance, CMPICount index, CMPIString** name, CMPIStatus* rc) {
+            if (Broker::of(instance).throws) {
+                throw std::runtime_error("getPropertyAt");
+            }
+            return entry_at<Inst, &Inst::properties, "getPropertyAt">(instance, index, name, rc);
+        },
+    .getPropertyCount = count_of<Inst, &Inst::properties, "getPropertyCount">,
+    .setProperty =
+        [](const CMPIInstance* instance, const char* name, const CMPIValue* value, CMPIType type) {
+            const Inst& content = Broker::of(instance);
+            if (content.filtered && !content.allowed.contains(name) &&
+                content.path.keys.find(name) == nullptr) {
+                return ok;
+            }
+            return set_entry<Inst, &Inst::properties, "setProperty">(instance, name, value, type);
+        },
+    .getObjectPath =
+        [](const CMPIInstance* instance, CMPIStatus* rc) {
+            const auto* handle = enter<Inst>(instance, "getObjectPath", rc);
+            return handle == nullptr ? nullptr : handle->broker.path(handle->content->path);
+        },
+    .setPropertyFilter =
+        [](const CMPIInstance* instance, const char** properties, const char**) {
+            const auto* handle = enter<Inst>(instance, "setPropertyFilter", nullptr);
+            if (handle == nullptr) {
+                return failed;
+            }
+            handle->content->filtered = true;
+            for (; *properties != nullptr; ++properties) {
+                handle->content->allowed.insert(*properties);
+            }
             return ok;
-        }
-        return set_entry<Inst, &Inst::properties, "setProperty">(instance, name, value, type);
-    },
-    [](const CMPIInstance* instance, CMPIStatus* rc) -> CMPIObjectPath* {
-        const auto* handle = enter<Inst>(instance, "getObjectPath", rc);
-        return handle == nullptr ? nullptr : handle->broker.path(handle->content->path);
-    },
-    [](const CMPIInstance* instance, const char** properties, const char**) {
-        const auto* handle = enter<Inst>(instance, "setPropertyFilter", nullptr);
-        if (handle == nullptr) {
-            return failed;
-        }
-        handle->content->filtered = true;
-        for (; *properties != nullptr; ++properties) {
-            handle->content->allowed.insert(*properties);
-        }
-        return ok;
-    }};
+        }};
 
-template <auto name, Call call> CMPIString* name_of(const CMPIObjectPath* path, CMPIStatus* rc) {
-    const auto* handle = enter<Path>(path, call.name, rc);
-    return handle == nullptr ? nullptr : handle->broker.add(Text{*handle->content.*name});
-}
+const CMPIObjectPathFT path_ft{.release = release<Path>,
+                               .getNameSpace = text_of<Path, &Path::name_space, "getNameSpace">,
+                               .getClassName = text_of<Path, &Path::class_name, "getClassName">,
+                               .addKey = set_entry<Path, &Path::keys, "addKey">,
+                               .getKeyAt = entry_at<Path, &Path::keys, "getKeyAt">,
+                               .getKeyCount = count_of<Path, &Path::keys, "getKeyCount">};
 
-const CMPIObjectPathFT path_ft{100,
-                               release<Path>,
-                               no_clone<Path>,
-                               nullptr,
-                               name_of<&Path::name_space, "getNameSpace">,
-                               nullptr,
-                               nullptr,
-                               nullptr,
-                               name_of<&Path::class_name, "getClassName">,
-                               set_entry<Path, &Path::keys, "addKey">,
-                               nullptr,
-                               entry_at<Path, &Path::keys, "getKeyAt">,
-                               count_of<Path, &Path::keys, "getKeyCount">};
+const CMPIArgsFT args_ft{.release = release<Args>,
+                         .addArg = set_entry<Args, &Args::arguments, "addArg">,
+                         .getArgAt = entry_at<Args, &Args::arguments, "getArgAt">,
+                         .getArgCount = count_of<Args, &Args::arguments, "getArgCount">};
 
-const CMPIArgsFT args_ft{100,
-                         release<Args>,
-                         no_clone<Args>,
-                         set_entry<Args, &Args::arguments, "addArg">,
-                         nullptr,
-                         entry_at<Args, &Args::arguments, "getArgAt">,
-                         count_of<Args, &Args::arguments, "getArgCount">};
-
-template <class Content>
-CMPIStatus return_datum(const CMPIResult* result, const typename Content::Type* object,
-                        CMPIType type) {
+CMPIStatus return_data(const CMPIResult* result, const CMPIValue* value, CMPIType type) {
     const auto* handle = enter<Result>(result, "returnData", nullptr);
     if (handle == nullptr) {
         return failed;
     }
-    Datum datum{type, CMPI_goodValue, {}, {}};
-    hold<Content>(datum, object);
-    handle->content->data.push_back(std::move(datum));
+    handle->content->data.push_back(datum_of(value, type));
     return ok;
 }
+template <class Object, CMPIType type>
+CMPIStatus return_object(const CMPIResult* result, const Object* object) {
+    CMPIValue value{};
+    std::memcpy(&value, &object, sizeof object);
+    return return_data(result, &value, type);
+}
 
-const CMPIResultFT result_ft{100,
-                             release<Result>,
-                             no_clone<Result>,
-                             [](const CMPIResult* result, const CMPIValue* value, CMPIType type) {
-                                 const auto* handle = enter<Result>(result, "returnData", nullptr);
-                                 if (handle == nullptr) {
-                                     return failed;
-                                 }
-                                 handle->content->data.push_back(datum_of(value, type));
-                                 return ok;
-                             },
-                             [](const CMPIResult* result, const CMPIInstance* instance) {
-                                 return return_datum<Inst>(result, instance, CMPI_instance);
-                             },
-                             [](const CMPIResult* result, const CMPIObjectPath* path) {
-                                 return return_datum<Path>(result, path, CMPI_ref);
-                             },
-                             [](const CMPIResult* result) {
+const CMPIResultFT result_ft{.release = release<Result>,
+                             .returnData = return_data,
+                             .returnInstance = return_object<CMPIInstance, CMPI_instance>,
+                             .returnObjectPath = return_object<CMPIObjectPath, CMPI_ref>,
+                             .returnDone = [](const CMPIResult* result) {
                                  ++Broker::of(result).done;
                                  return ok;
                              }};
 
 const CMPIContextFT context_ft{
-    100, release<Context>, no_clone<Context>,
-    [](const CMPIContext* context, const char* name, CMPIStatus* rc) -> CMPIData {
+    .release = release<Context>,
+    .getEntry = [](const CMPIContext* context, const char* name, CMPIStatus* rc) {
         const Handle<Context>& handle = handle_of<Context>(context);
         const Datum* datum = handle.content->entries.find(name);
         set(rc, datum == nullptr ? CMPIStatus{CMPI_RC_ERR_NOT_FOUND, nullptr} : ok);
@@ -422,59 +392,10 @@ void Entries::set(const std::string& name, Datum datum) {
     }
 }
 
-Datum string(const std::string& chars) {
-    return {CMPI_string, CMPI_goodValue, {}, std::make_shared<Text>(Text{chars})};
-}
-Datum datetime(const std::string& chars) {
-    return {CMPI_dateTime, CMPI_goodValue, {}, std::make_shared<When>(When{chars})};
-}
-Datum uint16(CMPIUint16 value) {
-    return scalar(CMPI_uint16, &CMPIValue::uint16, value);
-}
-Datum uint32(CMPIUint32 value) {
-    return scalar(CMPI_uint32, &CMPIValue::uint32, value);
-}
-Datum uint64(CMPIUint64 value) {
-    return scalar(CMPI_uint64, &CMPIValue::uint64, value);
-}
-Datum sint64(CMPISint64 value) {
-    return scalar(CMPI_sint64, &CMPIValue::sint64, value);
-}
-Datum boolean(bool value) {
-    return scalar(CMPI_boolean, &CMPIValue::boolean, static_cast<CMPIBoolean>(value));
-}
-Datum reference(Path path) {
-    return {CMPI_ref, CMPI_goodValue, {}, std::make_shared<Path>(std::move(path))};
-}
-Datum instance(Inst inst) {
-    return {CMPI_instance, CMPI_goodValue, {}, std::make_shared<Inst>(std::move(inst))};
-}
-Datum list(CMPIType type, std::vector<Datum> elements) {
-    return {static_cast<CMPIType>(type | CMPI_ARRAY),
-            CMPI_goodValue,
-            {},
-            std::make_shared<List>(List{type, std::move(elements)})};
-}
-Datum null_of(CMPIType type) {
-    return {type, CMPI_nullValue, {}, {}};
-}
-
 // Broker
 
 Broker::Broker() : _broker{this, &broker_ft, &enc_ft, nullptr} {}
 
-CMPIObjectPath* Broker::path(Path content) {
-    return add(std::move(content));
-}
-CMPIInstance* Broker::instance(Inst content) {
-    return add(std::move(content));
-}
-CMPIArgs* Broker::args(Args content) {
-    return add(std::move(content));
-}
-CMPIContext* Broker::context(Context content) {
-    return add(std::move(content));
-}
 CMPIResult* Broker::result() {
     return add(Result());
 }

@@ -103,22 +103,47 @@ struct Context {
 };
 
 // Makers of values.
+template <class Content> Datum object(CMPIType type, Content content) {
+    return {type, CMPI_goodValue, {}, std::make_shared<Content>(std::move(content))};
+}
 template <class T> Datum scalar(CMPIType type, T CMPIValue::*member, T value) {
     Datum datum{type, CMPI_goodValue, {}, {}};
     datum.scalar.*member = value;
     return datum;
 }
-Datum string(const std::string& chars);
-Datum datetime(const std::string& chars);
-Datum uint16(CMPIUint16 value);
-Datum uint32(CMPIUint32 value);
-Datum uint64(CMPIUint64 value);
-Datum sint64(CMPISint64 value);
-Datum boolean(bool value);
-Datum reference(Path path);
-Datum instance(Inst inst);
-Datum list(CMPIType type, std::vector<Datum> elements);
-Datum null_of(CMPIType type);
+inline Datum string(const std::string& chars) {
+    return object(CMPI_string, Text{chars});
+}
+inline Datum datetime(const std::string& chars) {
+    return object(CMPI_dateTime, When{chars});
+}
+inline Datum uint16(CMPIUint16 value) {
+    return scalar(CMPI_uint16, &CMPIValue::uint16, value);
+}
+inline Datum uint32(CMPIUint32 value) {
+    return scalar(CMPI_uint32, &CMPIValue::uint32, value);
+}
+inline Datum uint64(CMPIUint64 value) {
+    return scalar(CMPI_uint64, &CMPIValue::uint64, value);
+}
+inline Datum sint64(CMPISint64 value) {
+    return scalar(CMPI_sint64, &CMPIValue::sint64, value);
+}
+inline Datum boolean(bool value) {
+    return scalar(CMPI_boolean, &CMPIValue::boolean, static_cast<CMPIBoolean>(value));
+}
+inline Datum reference(Path path) {
+    return object(CMPI_ref, std::move(path));
+}
+inline Datum instance(Inst inst) {
+    return object(CMPI_instance, std::move(inst));
+}
+inline Datum list(CMPIType type, std::vector<Datum> elements) {
+    return object(static_cast<CMPIType>(type | CMPI_ARRAY), List{type, std::move(elements)});
+}
+inline Datum null_of(CMPIType type) {
+    return {type, CMPI_nullValue, {}, {}};
+}
 
 // What a handle points to.
 struct Object {
@@ -143,10 +168,10 @@ public:
     const CMPIBroker* get() const { return &_broker; }
 
     // Handles for the calls of a test; they belong to the scope.
-    CMPIObjectPath* path(Path content);
-    CMPIInstance* instance(Inst content);
-    CMPIArgs* args(Args content);
-    CMPIContext* context(Context content = {});
+    CMPIObjectPath* path(Path content) { return add(std::move(content)); }
+    CMPIInstance* instance(Inst content) { return add(std::move(content)); }
+    CMPIArgs* args(Args content) { return add(std::move(content)); }
+    CMPIContext* context(Context content = {}) { return add(std::move(content)); }
     CMPIResult* result();
     static Result& of(const CMPIResult* result) { return content<Result>(result); }
     static Args& of(const CMPIArgs* args) { return content<Args>(args); }

@@ -1,5 +1,6 @@
 #include "tests/adapter/fixture.h"
 
+#include "runtime/association.h"
 #include "tests/runtime/meta_records.h"
 
 namespace cimple {
@@ -58,17 +59,20 @@ void keep(Ref<>& to, void* instance) {
     to.reset(clone(static_cast<Instance*>(instance)));
 }
 
-int provider(const Registration*, int operation, void* arg0, void* arg1, void* arg2, void* arg3,
-             void*, void*, void*, void*) {
+void pass(const Ref<>& instance, void* proc, void* client_data) {
+    reinterpret_cast<Instance_Enumerator_Proc>(proc)(clone(instance.get()), 0, client_data);
+}
+
+int provider(const Registration* registration, int operation, void* arg0, void* arg1, void* arg2,
+             void* arg3, void* arg4, void* arg5, void* arg6, void*) {
     ++script.calls[operation];
-    const auto found = script.status.find(operation);
-    const int status = found == script.status.end() ? 0 : found->second;
+    const int status = script.status[operation];
     switch (operation) {
     case OPERATION_GET_META_CLASS:
-        *static_cast<const Meta_Class**>(arg0) = &Widget::static_meta_class;
+        *static_cast<const Meta_Class**>(arg0) = registration->meta_class;
         return 0;
     case OPERATION_GET_REPOSITORY:
-        *static_cast<const Meta_Repository**>(arg0) = &fixture_repository;
+        *static_cast<const Meta_Repository**>(arg0) = registration->meta_class->meta_repository;
         return 0;
     case OPERATION_CREATE_PROVIDER:
         ++script.alive;
@@ -90,16 +94,31 @@ int provider(const Registration*, int operation, void* arg0, void* arg1, void* a
             *static_cast<Instance**>(arg2) = clone(script.got.get());
         }
         return status;
-    case OPERATION_ENUM_INSTANCES: {
+    case OPERATION_ENUM_INSTANCES:
         keep(script.model, arg1);
-        const auto proc = reinterpret_cast<Instance_Enumerator_Proc>(arg2);
         for (const Ref<>& instance : script.instances) {
-            proc(clone(instance.get()), 0, arg3);
+            if (script.use_selector &&
+                !static_cast<Instance_Selector*>(arg4)->accepts(instance.get())) {
+                ++script.left_out;
+            } else {
+                pass(instance, arg2, arg3);
+            }
         }
-        proc(nullptr, status, arg3);
+        reinterpret_cast<Instance_Enumerator_Proc>(arg2)(nullptr, status, arg3);
         script.closed = true;
         return status;
-    }
+    case OPERATION_ENUM_REFERENCES:
+        keep(script.model, arg2);
+        if (script.direct) {
+            pass(script.direct, arg4, arg5);
+        }
+        return status;
+    case OPERATION_ENUM_ASSOCIATOR_NAMES:
+    case OPERATION_ENUM_ASSOCIATORS:
+        if (script.direct) {
+            pass(script.direct, arg5, arg6);
+        }
+        return status;
     case OPERATION_CREATE_INSTANCE:
         keep(script.instance, arg1);
         if (script.created) {

@@ -103,8 +103,11 @@ struct Script {
     std::map<int, int> status;    // answers by operation, 0 if not named
     std::vector<Ref<>> instances; // clones of these are enumerated
     Ref<> got;                    // a clone of this is what get_instance finds
+    Ref<> direct;                 // a clone of this comes from all traversals of its own
     Ref<> model;                  // copies of what came last
     Ref<> instance;
+    bool use_selector = false;
+    int left_out = 0;    // instances, by the selector
     bool closed = false; // the enumeration's closing call was made
     // Called in each operation but 0, 1, 2 and 13 before anything else.
     std::function<void(int operation)> hook;

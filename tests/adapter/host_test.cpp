@@ -85,12 +85,27 @@ TEST_P(Host_Test, InstancesAndArgumentsGoOutAndComeIn) {
     EXPECT_EQ(manager.enumerate_instance_names("root/test", "Widget").paths.size(), 101u);
     const Answer one = manager.get_instance(path, tvrhost::Properties{{"Text"}});
     EXPECT_EQ(one.instance()["Index"], Cim_Value(std::uint32_t{7}));
+    const Cim_Path other_case{"root/test", "Widget", {{"Name", "W"}, {"Index", std::uint32_t{7}}}};
+    EXPECT_EQ(manager.get_instance(other_case).rc, CMPI_RC_ERR_NOT_FOUND);
+    script.status[OPERATION_ENUM_INSTANCES] = ENUM_INSTANCES_FAILED;
+    EXPECT_EQ(manager.get_instance(path).rc, CMPI_RC_ERR_NOT_FOUND);
 
     script.created = [](Instance& made) { static_cast<Widget&>(made).Index.set(99u); };
     const Answer created = manager.create_instance(path, full);
     ASSERT_EQ(created.paths.size(), 1u);
     EXPECT_EQ(created.paths[0].keys["Name"], Cim_Value("full"));
     EXPECT_EQ(created.paths[0].keys["Index"], Cim_Value(std::uint32_t{99}));
+    const Ref<Widget> sent = full_widget();
+    const Ref<Widget> back(static_cast<Widget*>(script.instance.release()));
+#define X(name, type, code, sample, other)                                                         \
+    EXPECT_TRUE(back->name.value == sent->name.value) << #name;                                    \
+    EXPECT_TRUE(back->name##s.value == sent->name##s.value) << #name;
+    WIDGET_TYPES(X)
+#undef X
+    EXPECT_EQ(back->Owner->Slot.null, 1) << "a reference has keys alone";
+    ASSERT_EQ(back->Owners.value.size(), 2u);
+    EXPECT_TRUE(static_cast<Part*>(back->Owners.value[1])->Id.value.equal("o2"));
+    EXPECT_EQ(static_cast<Part*>(back->Inners.value[0])->Slot.value, 11u);
     EXPECT_EQ(manager.modify_instance(path, full, tvrhost::Properties{{"Text"}}).rc, 0);
     EXPECT_EQ(static_cast<Widget*>(script.instance.get())->Inner->Slot.value, 2u);
     EXPECT_EQ(manager.delete_instance(path).rc, 0);

@@ -157,17 +157,6 @@ TEST_F(Instance_Entries_Test, ModelsTellWhatIsWantedAndListsFilterWhatGoesOut) {
     EXPECT_EQ(model().Texts.null, 0) << "all is wanted";
 }
 
-TEST_F(Instance_Entries_Test, GetFallsBackToEnumeration) {
-    script.status[OPERATION_GET_INSTANCE] = GET_INSTANCE_UNSUPPORTED;
-    script.add(widget("a"));
-    script.add(widget("b"));
-    EXPECT_EQ(get(widget_path("b")), CMPI_RC_OK);
-    EXPECT_EQ(answer().data.size(), 1u);
-    EXPECT_EQ(get(widget_path("B")), CMPI_RC_ERR_NOT_FOUND);
-    script.status[OPERATION_ENUM_INSTANCES] = ENUM_INSTANCES_FAILED;
-    EXPECT_EQ(get(widget_path("b")), CMPI_RC_ERR_NOT_FOUND);
-}
-
 TEST_F(Instance_Entries_Test, ModifyTellsWhichPropertiesChange) {
     fake::Inst sent{fake_path("a"), {}};
     sent.properties.set("Name", fake::string("a"));

@@ -27,13 +27,10 @@ protected:
 };
 
 TEST_F(Lifecycle_Test, MisPointToTheBlockAndItsTables) {
-    CMPIInstanceMI* instance = instance_mi();
-    EXPECT_EQ(instance, &block.instance_mi);
-    EXPECT_EQ(instance->ft->ftVersion, 100);
+    EXPECT_EQ(instance_mi(), &block.instance_mi);
+    EXPECT_EQ(block.instance_mi.ft->ftVersion, 100);
     EXPECT_EQ(load('M'), &block.method_mi);
-    EXPECT_STREQ(block.method_mi.ft->miName, "methodWidget_Provider");
     EXPECT_EQ(load('A'), &block.association_mi);
-    EXPECT_STREQ(block.association_mi.ft->miName, "associationWidget_Provider");
     EXPECT_EQ(load('N'), &block.indication_mi);
     EXPECT_STREQ(block.indication_mi.ft->miName, "indicationWidget_Provider");
     EXPECT_EQ(block.magic, 0x5DE2B131u);
@@ -118,19 +115,17 @@ TEST_F(Lifecycle_Test, EntriesLogEnterAndReturnAndLetNoExceptionPass) {
     std::thread([&] { EXPECT_EQ(enum_instances(mi), CMPI_RC_OK); }).join(); // the mutex is free
     cleanup();
 
-    const std::vector<std::string> lines = log.lines();
-    auto at = lines.begin();
-    for (const char* text :
-         {"enter: CMPI_Adapter()", "return: CMPI_Adapter(): CMPI_RC_OK",
-          "return: enumInstanceNames(): CMPI_RC_ERR_ACCESS_DENIED", "enter: enumInstances()",
-          "return: enumInstances(): CMPI_RC_ERR_FAILED",
-          "exception: enumInstances(): provider gave up", "cleanup unload",
-          "return: cleanup(): CMPI_RC_OK"}) {
-        at = std::find_if(at, lines.end(), [&](const std::string& line) {
-            return line.find(text) != std::string::npos;
-        });
-        ASSERT_NE(at, lines.end()) << text;
+    std::string text;
+    for (const std::string& line : log.lines()) {
+        text += line + '\n';
     }
+    EXPECT_THAT(text, ::testing::ContainsRegex(
+                          "enter: CMPI_Adapter\\(\\)\n.*return: CMPI_Adapter\\(\\): CMPI_RC_OK\n.*"
+                          "return: enumInstanceNames\\(\\): CMPI_RC_ERR_ACCESS_DENIED\n.*enter: "
+                          "enumInstances\\(\\)\n.*"
+                          "return: enumInstances\\(\\): CMPI_RC_ERR_FAILED.*"
+                          "exception: enumInstances\\(\\): provider gave up\n.*cleanup unload.*"
+                          "return: cleanup\\(\\): CMPI_RC_OK\n"));
 }
 
 TEST_F(Lifecycle_Test, RequestsOfOneClassAreSerialisedButMayComeInAgain) {

@@ -2,7 +2,6 @@
 // doesn't take fails it.
 #include "tests/host/host_fixture.h"
 
-#include <cstring>
 #include <thread>
 
 namespace tvrtest {
@@ -50,7 +49,9 @@ TEST_F(Ownership, the_scope_collects_what_a_call_has_not_released) {
 TEST_F(Ownership, a_double_release_is_told_with_its_place) {
     in_call([](Request& r) {
         CMPIString* const text = CMNewString(r.broker, "a", nullptr);
+        const char* const chars = CMGetCharPtr(text);
         EXPECT_EQ(CMRelease(text).rc, CMPI_RC_OK);
+        EXPECT_STREQ(chars, "\xDD") << "the characters of an ended string are rubbish";
         EXPECT_EQ(CMRelease(text).rc, CMPI_RC_ERR_INVALID_HANDLE);
     });
     const std::vector<Fault> found = om().take_faults();
@@ -217,15 +218,6 @@ TEST_F(Ownership, an_element_belongs_to_its_array) {
     EXPECT_THAT(faults(), ElementsAre(borrowed_release));
 }
 
-TEST_F(Ownership, the_characters_of_an_ended_string_are_rubbish) {
-    in_call([](Request& r) {
-        CMPIString* const text = CMNewString(r.broker, "text", nullptr);
-        const char* const chars = CMGetCharPtr(text);
-        CMRelease(text);
-        EXPECT_STREQ(chars, "\xDD\xDD\xDD\xDD");
-    });
-}
-
 // ---- brokers
 
 TEST_F(Ownership, each_class_has_a_broker_until_its_last_cleanup) {
@@ -339,24 +331,10 @@ TEST_F(Ownership, attach_and_detach_belong_together) {
 
 // ---- data, as the module sees it
 
-TEST_F(Ownership, values_come_back_as_they_went_in) {
+TEST_F(Ownership, values_and_objects_that_make_no_sense_are_refused) {
     in_call([](Request& r) {
         CMPIArgs* const args = CMNewArgs(r.broker, nullptr);
-        const auto check = [&](CMPIType type, const auto& value) {
-            EXPECT_EQ(CMAddArg(args, "v", &value, type).rc, CMPI_RC_OK);
-            const CMPIData data = CMGetArg(args, "V", nullptr);
-            EXPECT_EQ(data.type, type);
-            EXPECT_EQ(data.state, CMPI_goodValue);
-            std::remove_cvref_t<decltype(value)> back;
-            std::memcpy(&back, &data.value, sizeof back);
-            EXPECT_EQ(back, value) << type;
-        };
-        check(CMPI_boolean, CMPIBoolean{1});
-        check(CMPI_char16, CMPIChar16{0x263A});
-        check(CMPI_uint64, CMPIUint64{~0ull});
-        check(CMPI_sint8, CMPISint8{-128});
-        check(CMPI_real32, CMPIReal32{1.5f});
-
+        CMAddArg(args, "v", "a", CMPI_chars);
         CMPIStatus rc;
         EXPECT_EQ(CMGetArgAt(args, 1, nullptr, &rc).state, CMPI_nullValue | CMPI_notFound);
         EXPECT_EQ(rc.rc, CMPI_RC_ERR_NOT_FOUND);

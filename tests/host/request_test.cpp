@@ -48,32 +48,6 @@ TEST_F(Requests, a_call_may_name_the_provider_to_go_through) {
     EXPECT_THROW(answer.instance(), Value_Error);
 }
 
-TEST_F(Requests, the_instance_operations_carry_their_arguments) {
-    Scripted_Class& thing = module.add("Test_Thing");
-    const Cim_Path path = thing_path("a", 7);
-    thing.get = [](Request& r) {
-        const CMPIData key = CMGetKey(r.path, "slot", nullptr);
-        EXPECT_EQ(key.state, CMPI_keyValue);
-        CMReturnInstance(r.result, new_thing(r, "a", key.value.uint16));
-        return CMPI_RC_OK;
-    };
-    const Answer got = om().get_instance(path, std::vector<std::string>{"Count"});
-    EXPECT_EQ(got.instance()["Count"], Cim_Value(std::uint32_t{70}));
-    EXPECT_EQ(got.instance().path, path);
-
-    const Cim_Instance instance(path, {{"Slot", std::uint16_t{7}}});
-    thing.modify = [](Request& r) {
-        EXPECT_EQ(CMGetProperty(r.instance, "Slot", nullptr).value.uint16, 7);
-        EXPECT_STREQ(r.properties[0], "Slot");
-        EXPECT_EQ(r.properties[1], nullptr);
-        return CMPI_RC_OK;
-    };
-    EXPECT_TRUE(om().modify_instance(path, instance, std::vector<std::string>{"Slot"}).ok());
-
-    EXPECT_EQ(om().delete_instance(path).rc, CMPI_RC_ERR_NOT_SUPPORTED) << "the module's answer";
-    EXPECT_EQ(om().get_instance(Cim_Path("root/x", "Test_Other")).rc, CMPI_RC_ERR_NOT_FOUND);
-}
-
 TEST_F(Requests, given_instances_are_read_changed_and_deleted) {
     const Cim_Path path = thing_path("given", 3);
     options.instances = {Cim_Instance(path, {{"Name", "given"},
@@ -89,6 +63,7 @@ TEST_F(Requests, given_instances_are_read_changed_and_deleted) {
     EXPECT_EQ(answer.instance().properties.size(), 3u) << "the keys come along";
     EXPECT_TRUE(om().delete_instance(path).ok());
     EXPECT_EQ(om().get_instance(path).rc, CMPI_RC_ERR_NOT_FOUND);
+    EXPECT_EQ(om().get_instance(Cim_Path("root/x", "Test_Other")).rc, CMPI_RC_ERR_NOT_FOUND);
 }
 
 TEST_F(Requests, methods_take_and_give) {

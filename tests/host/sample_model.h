@@ -44,9 +44,6 @@ inline std::shared_ptr<const tvrmof::Schema> sample_model() {
             [Key] Test_Other REF Left;
             [Key] Test_Other REF Right;
         };
-        [Indication] class Test_Alert {
-            string Text;
-        };
     )",
                                                                     "sample"));
 }

@@ -5,6 +5,7 @@
 #include "runtime/thread.h"
 #include "runtime/value.h"
 #include "tests/runtime/failing_allocations.h"
+#include "tests/runtime/plain_context.h"
 #include "tests/runtime/sample_classes.h"
 
 #include <cerrno>
@@ -138,13 +139,22 @@ TEST(Allocation, failure_never_reaches_the_caller_of_the_log_or_of_a_thread) {
     ::setenv("CIMPLE_HOME", "/a/directory/that/no/machine/has/and/with/some/length", 1);
     allocations_left = 0;
     log(LL_FATAL, "f.cpp", 1, "lost");
-    Thread thread;
-    const int error = Thread::create_joinable(
-        thread, [](void* arg) { return arg; }, nullptr);
     allocations_left = -1;
     ::unsetenv("CIMPLE_HOME");
     close_log();
-    EXPECT_EQ(error, ENOMEM);
+
+    Plain_Context context;
+    Thread_Context::push(&context);
+    Thread thread;
+    const auto body = [](void* arg) { return arg; };
+    for (const long left : {0, 1}) { // the record of the start fails, then the thread's context
+        allocations_left = left;
+        const int error = Thread::create_joinable(thread, body, nullptr);
+        allocations_left = -1;
+        EXPECT_EQ(error, ENOMEM);
+        EXPECT_EQ(Thread_Context::top(), &context);
+    }
+    Thread_Context::pop();
 }
 
 } // namespace

@@ -80,20 +80,6 @@ TEST(Instance, a_clone_shares_texts_and_nothing_else) {
     EXPECT_EQ(static_cast<Device*>(device->Members.value[0])->Number.value, 3u);
     ASSERT_EQ(copy->Members.value.size(), 2u);
     EXPECT_EQ(copy->Members.value[1], nullptr);
-
-    Ref<Values> values = make<Values>();
-#define X(code, type, sample, other)                                                               \
-    values->scalar_##code.set(sample);                                                             \
-    values->array_##code.set(Array<type>{(sample), (other)});
-    SAMPLE_TYPES(X)
-#undef X
-    const Ref<Values> again(clone_of(values.get()));
-    values.reset();
-#define X(code, type, sample, other)                                                               \
-    EXPECT_TRUE(again->scalar_##code.value == (sample) && !again->scalar_##code.is_null());        \
-    EXPECT_TRUE((again->array_##code.value == Array<type>{(sample), (other)}));
-    SAMPLE_TYPES(X)
-#undef X
 }
 
 TEST(Instance, lives_until_its_last_count) {

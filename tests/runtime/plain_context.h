@@ -7,6 +7,7 @@ namespace cimple {
 
 class Plain_Context : public Thread_Context {
 public:
+    Thread_Context* thread_create_hook() override { return new Plain_Context; }
     void thread_start_hook() override {}
     void thread_exit_hook() override {}
     Instance_Enumerator_State* instance_enumerator_create(const char*, const Instance*) override {

@@ -17,9 +17,6 @@ constexpr const char* delay_values[] = {"00000000000001.000000:000"};
 constexpr Default_Array delays = {delay_values, std::size(delay_values)};
 
 SCALAR(Element, Caption, STRING, 0);
-SCALAR(Reset, Force, BOOLEAN, FLAG_IN);
-REFERENCE(Reset, Target, Device, FLAG_IN, 0);
-ARRAY_OF(Reset, Lines, STRING, FLAG_OUT);
 SCALAR(Reset, return_value, UINT32, FLAG_OUT);
 SCALAR(Device, SystemName, STRING, FLAG_KEY);
 SCALAR(Device, Number, UINT32, FLAG_KEY);
@@ -56,8 +53,7 @@ using Features = const Meta_Feature* const[];
 // NOLINTEND(bugprone-macro-parentheses)
 
 constexpr Features Element_features = {&Element_Caption};
-constexpr Features Reset_features = {&Reset_Force, &Reset_Target, &Reset_Lines,
-                                     &Reset_return_value};
+constexpr Features Reset_features = {&Reset_return_value};
 constexpr Features Device_features = {DEVICE_FEATURES(Device_Number)};
 constexpr Features Port_features = {DEVICE_FEATURES(Device_Number), &Port_Slot};
 constexpr Features Odd_features = {DEVICE_FEATURES(Odd_Number)};

@@ -58,9 +58,6 @@ struct Device : Element {
 
 // A call of Device::Reset.
 struct Reset : Instance {
-    Property<bool> Force;          // in
-    Device* Target;                // in
-    Property<Array<String>> Lines; // out
     Property<uint32> return_value;
 
     static const Meta_Method static_meta_class;

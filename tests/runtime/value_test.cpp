@@ -11,8 +11,9 @@ namespace {
 
 using testing::EndsWith;
 
-const Meta_Feature* feature(const Meta_Structure& structure, const char* name) {
-    const Meta_Feature* found = find_feature(&structure, name, ALL_FEATURES);
+// Of the class Device.
+const Meta_Feature* feature(const char* name) {
+    const Meta_Feature* found = find_feature(&Device::static_meta_class, name, ALL_FEATURES);
     EXPECT_NE(found, nullptr) << name;
     return found;
 }
@@ -68,8 +69,8 @@ TEST(Value, holds_a_count_on_each_instance) {
 TEST(Value, references_get_counts_of_their_own) {
     const Ref<Device> device = make_device("host", 1);
     const Ref<Port> port = make_device<Port>("host", 2);
-    const Meta_Feature* peer = feature(Device::static_meta_class, "Peer");
-    const Meta_Feature* members = feature(Device::static_meta_class, "Members");
+    const Meta_Feature* peer = feature("Peer");
+    const Meta_Feature* members = feature("Members");
 
     Value value;
     ref(port.get());
@@ -106,19 +107,20 @@ TEST(Value, refusals_are_logged_and_change_nothing) {
 
     Value text;
     text.set(String("text"));
-    EXPECT_EQ(Value::set(text, nullptr, feature(Device::static_meta_class, "Label")), -1);
-    EXPECT_EQ(Value::set(text, device.get(), feature(Device::static_meta_class, "number")), -1);
-    EXPECT_EQ(Value::set(text, device.get(), feature(Device::static_meta_class, "Peer")), -1);
-    EXPECT_EQ(Value::set(text, device.get(), &Reset::static_meta_class), -1);
+    const auto set = [&](const Value& value, const Meta_Feature* to) {
+        return Value::set(value, device.get(), to);
+    };
+    EXPECT_EQ(Value::set(text, nullptr, feature("Label")), -1);
+    EXPECT_EQ(set(text, feature("number")), -1);
+    EXPECT_EQ(set(text, feature("Peer")), -1);
+    EXPECT_EQ(set(text, &Reset::static_meta_class), -1);
     Value stranger;
     stranger.set(make<Stranger>().release());
-    EXPECT_EQ(Value::set(stranger, device.get(), feature(Device::static_meta_class, "Peer")), -1);
-    EXPECT_EQ(Value::set(stranger, device.get(), feature(Device::static_meta_class, "Anything")),
-              0);
+    EXPECT_EQ(set(stranger, feature("Peer")), -1);
+    EXPECT_EQ(set(stranger, feature("Anything")), 0);
     Value strangers;
     strangers.set(Array<Instance*>{nullptr, make<Stranger>().release()});
-    EXPECT_EQ(Value::set(strangers, device.get(), feature(Device::static_meta_class, "Members")),
-              -1);
+    EXPECT_EQ(set(strangers, feature("Members")), -1);
     EXPECT_EQ(device->Number.value, 1u);
     EXPECT_EQ(device->Peer, nullptr);
     ASSERT_EQ(device->Members.value.size(), 1u);
