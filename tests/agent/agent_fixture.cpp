@@ -2,6 +2,7 @@
 
 #include "access/libraries.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <dlfcn.h>
@@ -233,11 +234,23 @@ void With_Agent::unload() {
 void With_Agent::refresh() {
     agent->m_bForceAdapterRefresh = true;
     agent->BuildCimpleInfo();
-    // Its last stage done, the thread needs nothing but m_ThreadMutex to end.
+    wait_for_end();
+}
+
+// Its last stage done, the thread needs nothing but m_ThreadMutex to end.
+void With_Agent::wait_for_end() {
     for (bool running = true; running; std::this_thread::yield()) {
         const Lock lock(agent->m_ThreadMutex);
         running = agent->m_bIsThreadRunning;
     }
+}
+
+void With_Agent::stop_at(Gate& gate, const std::string& entry_point) {
+    libraries.entered = [&gate, entry_point](const std::string& entered) {
+        if (entered == entry_point) {
+            gate.pass();
+        }
+    };
 }
 
 int With_Agent::calls(const char* entry_point) {
@@ -249,6 +262,19 @@ std::size_t With_Agent::logged(const std::string& text) {
     return static_cast<std::size_t>(
         std::count_if(lines.begin(), lines.end(),
                       [&](const LogCapture::Line& line) { return line.text == text; }));
+}
+
+std::vector<std::string> With_Agent::sequence(const std::vector<std::string>& lines) {
+    std::vector<std::string> found;
+    for (const LogCapture::Line& line : log.lines()) {
+        if (std::find(lines.begin(), lines.end(), line.text) != lines.end()) {
+            found.push_back(line.text);
+        }
+        if (line.text == lines.back()) {
+            break;
+        }
+    }
+    return found;
 }
 
 } // namespace cimple

@@ -126,6 +126,7 @@ TEST_F(Port_Refresh, CountersThatTheAdapterLacksAreNotToldOrKept) {
     EXPECT_EQ(bare.count("NOSCount"), 0u);
     EXPECT_EQ(bare.count("DumpedFrames"), 0u);
     EXPECT_EQ(bare["LIPCount"], "4294967295");
+    EXPECT_EQ(bare["BytesReceived"], "17179869180");
     fed[1037] = bytes_of(0xFFFFFFFE);
     EXPECT_EQ(describe(statistics()[0])["NOSCount"], "4294967294");
     for (const uint64 missing : {0xFFFFFFFFull, 0x100000000ull, ~0ull}) {

@@ -21,6 +21,11 @@ TEST_F(Client, SettingsAreThoseOfTheFile) {
                                                    "TVR_PROVIDER_REFRESH_SANDATA = FALSE\n");
     EXPECT_THAT(plain(enumerate("TVRHBA_ProviderConfigSetting"), "current"),
                 ElementsAre("3", "1", "0"));
+    stop();
+    EXPECT_THAT(directory.read("etc/tavrin_fc_provider.conf"),
+                testing::AllOf(testing::HasSubstr("TVR_PROVIDER_CACHE_TIMEOUT = 3\n"),
+                               testing::HasSubstr("TVR_PROVIDER_REFRESH_ADAPTERDATA = TRUE\n"),
+                               testing::HasSubstr("TVR_PROVIDER_REFRESH_SANDATA = FALSE\n")));
 }
 
 TEST_F(Client, ThePortalIsAnAccessPointOfTheHost) {

@@ -125,17 +125,5 @@ TEST_F(Client, NothingIsLeftOfTheModuleOnceItIsClosed) {
     EXPECT_EQ(threads(), threads_before);
 }
 
-// Each class of the catalogue answers, whether its instances are built yet or not.
-TEST_F(Client, EveryServedClassCanBeEnumerated) {
-    std::size_t served = 0;
-    for (const std::unique_ptr<tvrmof::Class>& one : manager().schema()->classes()) {
-        if (manager().serves(one->name, tvrhost::Kind::instance)) {
-            ++served;
-            EXPECT_EQ(enumerate(one->name).rc, 0) << one->name;
-        }
-    }
-    EXPECT_EQ(served, 136u);
-}
-
 } // namespace
 } // namespace client

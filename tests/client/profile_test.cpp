@@ -55,19 +55,21 @@ TEST_F(Client, AProfileIsFoundByItsKeyToTheLetter) {
     EXPECT_EQ(narrow.instance()["RegisteredVersion"].as_string(), "1.2.0");
 }
 
-TEST_F(Client, WhatAProfileDoesntOfferIsRefused) {
-    Named_Values keys;
-    keys.set("InstanceID", "TVR:FC HBA");
-    const Cim_Path path(interop, "TVRHBA_RegisteredProfile", keys);
-    const Cim_Instance instance(path, keys);
-    EXPECT_EQ(manager().create_instance(path, instance).rc, 7);
-    EXPECT_EQ(manager().modify_instance(path, instance).rc, 7);
-    EXPECT_EQ(manager().delete_instance(path).rc, 7);
-    EXPECT_EQ(manager().exec_query(interop, "TVRHBA_RegisteredProfile", "SELECT *").rc, 7);
-    for (const char* method : {"CloseConformantInstances", "openCONFORMANTinstances"}) {
-        EXPECT_EQ(manager().invoke_method(path, method).rc, 7) << method;
+// By profiles, which need no agent, and by ports, which need one.
+TEST_F(Client, WhatIsntOfferedIsRefused) {
+    for (const auto& [name_space, class_name, method] :
+         {std::tuple{interop, "TVRHBA_RegisteredProfile", "openCONFORMANTinstances"},
+          {client::name_space, "TVRHBA_FCPort", "requestSTATEchange"}}) {
+        SCOPED_TRACE(class_name);
+        const Cim_Instance instance =
+            manager().enumerate_instances(name_space, class_name).instances.at(0);
+        EXPECT_EQ(manager().create_instance(instance.path, instance).rc, 7);
+        EXPECT_EQ(manager().modify_instance(instance.path, instance).rc, 7);
+        EXPECT_EQ(manager().delete_instance(instance.path).rc, 7);
+        EXPECT_EQ(manager().exec_query(name_space, class_name, "SELECT *").rc, 7);
+        EXPECT_EQ(manager().invoke_method(instance.path, method).rc, 7);
+        EXPECT_EQ(manager().invoke_method(instance.path, "NoSuchMethod").rc, 17);
     }
-    EXPECT_EQ(manager().invoke_method(path, "NoSuchMethod").rc, 17);
 }
 
 } // namespace

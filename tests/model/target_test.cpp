@@ -134,6 +134,14 @@ TEST_F(Scan, AsksForAMappingUntilItFits) {
          {256, 256, 256},
          {retry, refreshed, retry, again, refreshed, retry, again, refreshed, fetched}},
         {2,
+         {8, 8},
+         {},
+         2,
+         {256, 256, 256},
+         {retry, refreshed, retry, again, refreshed, retry, again, "All Ok ...break ", fetched}},
+        {2, {7}, 0, 0, {256, 256}, {retry, usual, retry, again, "All Ok ...break ", fetched, none}},
+        {2, {}, 1, 1, {256}, {retry, "All Ok ...break ", fetched}},
+        {2,
          {7, 7, 7},
          100,
          0,
@@ -163,12 +171,15 @@ TEST_F(Scan, AsksForAMappingUntilItFits) {
         see(c.units);
         libraries->statuses["HBA_GetFcpTargetMapping"] = c.statuses;
         libraries->toldTargets = c.told;
+        libraries->calls["HBA_RefreshInformation"] = 0;
         const Lines lines = scan();
         // From the first line of the mapping up to what follows it.
         const auto begin = std::find(lines.begin(), lines.end(), retry);
         const auto end = std::find(begin, lines.end(), "Creating Target...");
         EXPECT_THAT(Lines(begin, end), ElementsAreArray(c.lines));
         EXPECT_EQ(units().size(), c.found);
+        EXPECT_EQ(libraries->calls["HBA_RefreshInformation"],
+                  std::count(c.lines.begin(), c.lines.end(), refreshed));
         Lines rooms;
         for (const uint32 room : c.rooms) {
             rooms.push_back("HBA_GetFcpTargetMapping " + std::to_string(room));
