@@ -34,29 +34,22 @@ private:
 
 TEST_F(Lifecycle, ConcurrentLoadsMakeOneAgent) {
     open_libraries();
-    constexpr int count = 8;
-    std::vector<std::thread> threads;
-    threads.reserve(count);
-    std::atomic<int> loaded{0};
-    std::atomic<ProviderAgent*> seen{nullptr};
-    std::atomic<bool> one{true};
-    for (int i = 0; i < count; ++i) {
-        threads.emplace_back([&] {
-            ProviderAgent& found = ProviderAgent::getInstance();
-            ProviderAgent* expected = nullptr;
-            if (!seen.compare_exchange_strong(expected, &found) && expected != &found) {
-                one = false;
-            }
-            loaded += load_agent() == LOAD_OK;
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
+    constexpr std::size_t count = 8;
+    std::vector<ProviderAgent*> seen(count);
+    std::atomic<std::size_t> loaded{0};
+    {
+        std::vector<std::jthread> threads;
+        for (ProviderAgent*& one : seen) {
+            threads.emplace_back([&] {
+                one = &ProviderAgent::getInstance();
+                loaded += load_agent() == LOAD_OK;
+            });
+        }
     }
     EXPECT_EQ(loaded, count);
-    EXPECT_TRUE(one);
+    EXPECT_THAT(seen, testing::Each(seen.front()));
     EXPECT_EQ(calls("LRM_InitLib"), 1);
-    for (int i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         EXPECT_NE(ProviderAgent::instance(), nullptr);
         unload_agent();
     }

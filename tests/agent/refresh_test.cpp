@@ -253,6 +253,7 @@ TEST_F(Refresh, KeepsAForceRequestMadeBetweenItsStages) {
     EXPECT_FALSE(agent->m_bForceAdapterRefresh);
 }
 
+// A method makes such requests under its guard.
 TEST_F(Refresh, TakesAForceRequestWhenItsStageBegins) {
     load();
     refresh();
@@ -268,10 +269,12 @@ TEST_F(Refresh, TakesAForceRequestWhenItsStageBegins) {
         // The thread stands before the guard's first mutex, so its data will be of after this.
         libraries.adapters = {adapter(9)};
         agent->m_bForceAdapterRefresh = true;
-        agent->BuildCimpleInfo();
+        EXPECT_EQ(agent->BuildCimpleInfo(), 0u);
+        EXPECT_EQ(agent->maps.m_TVRHBA_FCPort_map.size(), 3u);
     }
     wait_for_end();
     EXPECT_FALSE(agent->m_bForceAdapterRefresh);
+    EXPECT_EQ(logged("PERF: Waiting for m_AdapterDataReadyMutex"), 0u);
     EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 1u);
     EXPECT_EQ(logged(begin_line), 2u);
 }
@@ -417,23 +420,6 @@ TEST_P(SAN_Scan, LetsPassWhoseRequestStartedIt) {
         }
         expect_ports();
     }
-}
-
-TEST_F(Refresh, AMethodMayForceARefreshUnderItsGuard) {
-    load();
-    refresh();
-    libraries.adapters = {adapter(9)};
-    {
-        const Full_Guard guard(*agent);
-        EXPECT_FALSE(agent->m_ProviderDataMutex.try_lock());
-        agent->m_bForceAdapterRefresh = true;
-        EXPECT_EQ(agent->BuildCimpleInfo(), 0u);
-        EXPECT_TRUE(agent->m_bIsThreadRunning);
-        EXPECT_EQ(agent->maps.m_TVRHBA_FCPort_map.size(), 3u);
-    }
-    wait_for_end();
-    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 1u);
-    EXPECT_EQ(logged("PERF: Waiting for m_AdapterDataReadyMutex"), 0u);
 }
 
 TEST_F(Refresh, AMethodTellsOfItsWaits) {

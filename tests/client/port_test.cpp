@@ -12,13 +12,7 @@ using testing::UnorderedElementsAre;
 class Ports : public Client {
 protected:
     Answer ports() { return enumerate("TVRHBA_FCPort"); }
-    std::vector<std::string> ids() {
-        std::vector<std::string> out;
-        for (const Cim_Instance& port : ports().instances) {
-            out.push_back(port["DeviceID"].as_string());
-        }
-        return out;
-    }
+    std::vector<std::string> ids() { return plain(ports(), "DeviceID"); }
 };
 
 TEST_F(Ports, ComeInTheOrderOfTheAdaptersWithTheirOwnStates) {
