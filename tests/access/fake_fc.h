@@ -22,6 +22,16 @@ struct Attribute {
 };
 using Attributes = std::map<uint16_t, Attribute>;
 
+// An integer, or a counter, as it stands in an attribute buffer.
+template <class Number> Attribute valueOf(Number number) {
+    return {std::string(reinterpret_cast<const char*>(&number), sizeof number)};
+}
+
+// Without an end if the text fills the field.
+template <std::size_t size> void put(char (&field)[size], const std::string& text) {
+    text.copy(field, size);
+}
+
 struct Port {
     HBA_PORTATTRIBUTES record{};
     Attributes attributes;

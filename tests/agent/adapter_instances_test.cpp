@@ -4,30 +4,13 @@
 #include "agent/locks.h"
 #include "agent/port_lookup.h"
 
-#include <algorithm>
-
 namespace cimple {
 namespace {
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-class Rebuild : public With_Agent {
-protected:
-    // The log's lines that are among `lines`, in the order in which they came, up to the last one.
-    std::vector<std::string> sequence(const std::vector<std::string>& lines) {
-        std::vector<std::string> found;
-        for (const LogCapture::Line& line : log.lines()) {
-            if (std::find(lines.begin(), lines.end(), line.text) != lines.end()) {
-                found.push_back(line.text);
-            }
-            if (line.text == lines.back()) {
-                break;
-            }
-        }
-        return found;
-    }
-};
+class Rebuild : public With_Agent {};
 
 TEST_F(Rebuild, GoesFromTheHostDownToThePorts) {
     libraries.adapters.resize(1);

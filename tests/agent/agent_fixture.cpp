@@ -2,6 +2,7 @@
 
 #include "access/libraries.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <dlfcn.h>
@@ -80,14 +81,6 @@ bool collect(Instance* instance, int, void* client_data) {
 HBA_WWN wwn(uint8 kind, uint32 adapter, uint32 port) {
     return {
         {kind, 0, 0xAA, 0xBB, 0xCC, 0xDD, static_cast<uint8>(adapter), static_cast<uint8>(port)}};
-}
-
-template <std::size_t size> void put(char (&out)[size], const std::string& text) {
-    std::strncpy(out, text.c_str(), size - 1);
-}
-
-fake::Attribute number(uint32 value) {
-    return {std::string(reinterpret_cast<const char*>(&value), sizeof value)};
 }
 
 } // namespace
@@ -169,21 +162,21 @@ fake::Adapter With_Host::adapter(uint32 index, uint32 ports) {
     const std::string digits = std::to_string(index);
     fake::Adapter adapter;
     adapter.name = "Tavrin-F" + digits;
-    put(adapter.record.Manufacturer, "Tavrin Corporation");
-    put(adapter.record.SerialNumber, "SN" + digits);
-    put(adapter.record.Model, "TV" + digits);
-    put(adapter.record.ModelDescription, "Tavrin TV" + digits + " 16Gb");
-    put(adapter.record.NodeSymbolicName, "TV" + digits + " node");
-    put(adapter.record.DriverVersion, "1.2.3");
-    put(adapter.record.FirmwareVersion, "2.82a4");
-    put(adapter.record.DriverName, "tvfc");
+    fake::put(adapter.record.Manufacturer, "Tavrin Corporation");
+    fake::put(adapter.record.SerialNumber, "SN" + digits);
+    fake::put(adapter.record.Model, "TV" + digits);
+    fake::put(adapter.record.ModelDescription, "Tavrin TV" + digits + " 16Gb");
+    fake::put(adapter.record.NodeSymbolicName, "TV" + digits + " node");
+    fake::put(adapter.record.DriverVersion, "1.2.3");
+    fake::put(adapter.record.FirmwareVersion, "2.82a4");
+    fake::put(adapter.record.DriverName, "tvfc");
     adapter.record.NodeWWN = wwn(0x20, index, 0);
     adapter.record.NumberOfPorts = ports;
     adapter.driverType = 3;
     adapter.attributes = {{RM_HA_OPERATIONAL_FIRMWARE, {"Overlay 3"}},
                           {RM_HA_IEEE_ADDRESS, {std::string("\x00\x11\x22\x33\x44\x55", 6)}},
-                          {RM_HA_DIAG_VERSION, number(5)},
-                          {RM_HA_PORT_NUMBER, number(index)}};
+                          {RM_HA_DIAG_VERSION, fake::valueOf(uint32{5})},
+                          {RM_HA_PORT_NUMBER, fake::valueOf(index)}};
     for (uint32 i = 0; i < ports; ++i) {
         fake::Port port;
         port.record.NodeWWN = adapter.record.NodeWWN;
@@ -193,13 +186,13 @@ fake::Adapter With_Host::adapter(uint32 index, uint32 ports) {
         port.record.PortSupportedClassofService = 0x08;
         port.record.PortSupportedFc4Types.bits[2] = 0x01;
         port.record.PortActiveFc4Types.bits[2] = 0x01;
-        put(port.record.OSDeviceName, "/sys/host" + digits);
+        fake::put(port.record.OSDeviceName, "/sys/host" + digits);
         port.record.PortSupportedSpeed = 0x38;
         port.record.PortSpeed = 0x10;
         port.record.PortMaxFrameSize = 2112;
         port.record.FabricName = wwn(0x30, index, i);
         port.record.NumberofDiscoveredPorts = 4;
-        port.attributes = {{RM_PA_PHYSICAL_STATE, number(HBA_PORTSTATE_ONLINE)}};
+        port.attributes = {{RM_PA_PHYSICAL_STATE, fake::valueOf<uint32>(HBA_PORTSTATE_ONLINE)}};
         adapter.ports.push_back(port);
     }
     return adapter;
@@ -233,11 +226,23 @@ void With_Agent::unload() {
 void With_Agent::refresh() {
     agent->m_bForceAdapterRefresh = true;
     agent->BuildCimpleInfo();
-    // Its last stage done, the thread needs nothing but m_ThreadMutex to end.
+    wait_for_end();
+}
+
+// Its last stage done, the thread needs nothing but m_ThreadMutex to end.
+void With_Agent::wait_for_end() {
     for (bool running = true; running; std::this_thread::yield()) {
         const Lock lock(agent->m_ThreadMutex);
         running = agent->m_bIsThreadRunning;
     }
+}
+
+void With_Agent::stop_at(Gate& gate, const std::string& entry_point) {
+    libraries.entered = [&gate, entry_point](const std::string& entered) {
+        if (entered == entry_point) {
+            gate.pass();
+        }
+    };
 }
 
 int With_Agent::calls(const char* entry_point) {
@@ -249,6 +254,19 @@ std::size_t With_Agent::logged(const std::string& text) {
     return static_cast<std::size_t>(
         std::count_if(lines.begin(), lines.end(),
                       [&](const LogCapture::Line& line) { return line.text == text; }));
+}
+
+std::vector<std::string> With_Agent::sequence(const std::vector<std::string>& lines) {
+    std::vector<std::string> found;
+    for (const LogCapture::Line& line : log.lines()) {
+        if (std::find(lines.begin(), lines.end(), line.text) != lines.end()) {
+            found.push_back(line.text);
+        }
+        if (line.text == lines.back()) {
+            break;
+        }
+    }
+    return found;
 }
 
 } // namespace cimple

@@ -44,6 +44,12 @@ template <class C> Collected enumerated() {
     return collected;
 }
 
+template <class C> Collected enumerated_SAN() {
+    Collected collected;
+    enumerate_SAN<C>(collected.handler());
+    return collected;
+}
+
 // Calls a function when a certain line is logged, on the thread that logs it. The function must not
 // log.
 class Log_Hook final : public TVR_LoggerInterface {
@@ -121,8 +127,13 @@ protected:
     void unload();
     // Enumerates to the end of a refresh.
     void refresh();
+    void wait_for_end();
+    // Holds a refresh at the gate, in an entry point.
+    void stop_at(Gate& gate, const std::string& entry_point = "HBA_GetNumberOfAdapters");
     int calls(const char* entry_point);
     std::size_t logged(const std::string& text);
+    // The log's lines that are among `lines`, in the order in which they came, up to the last one.
+    std::vector<std::string> sequence(const std::vector<std::string>& lines);
 
     ProviderAgent* agent = nullptr;
     LogCapture log;

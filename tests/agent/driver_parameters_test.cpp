@@ -51,13 +51,6 @@ protected:
 TEST_F(Driver_Parameters, AreInstancesJoinedWithServiceAndPort) {
     load();
     refresh();
-    EXPECT_EQ(one_line(enumerated<TVRHBA_DriverParams>()[1]),
-              "=root/tavrin; InstanceID=1000AABBCCDD0100:Topology; current=23; def=22; "
-              "deviceID=1000aabbccdd0100; dynamic=5; exportFlag=1; help=About Topology; "
-              "highRange=21; lowRange=20; paramname=Topology; paramno=1; ");
-    EXPECT_EQ(one_line(enumerated<TVRHBA_DriverParamGlobal>()[0]),
-              "=root/tavrin; InstanceID=log-mask; current=33; dynamic=5; exportFlag=1; glbl=32; "
-              "help=About log-mask; highRange=31; lowRange=30; paramname=log-mask; paramno=0; ");
     EXPECT_EQ(enumerated<TVRHBA_DriverParams>().size(), 6u);
     const Collected effects = enumerated<TVRHBA_DriverParameterAffectsFCPort>();
     ASSERT_EQ(effects.size(), 6u);

@@ -2,6 +2,8 @@
 // itself.
 #include "tests/agent/agent_fixture.h"
 
+#include "tests/runtime/plain_context.h"
+
 #include <algorithm>
 
 namespace cimple {
@@ -15,7 +17,7 @@ using testing::IsEmpty;
 using Properties = std::map<std::string, std::string>;
 
 // Stands for the object manager: the instances that up-calls find, by namespace.
-class Fake_Manager final : public Thread_Context {
+class Fake_Manager final : public Plain_Context {
 public:
     using Instances = std::multimap<std::string, Ref<Instance>>;
     explicit Fake_Manager(const Instances& instances) : _instances(instances) {}
@@ -23,8 +25,6 @@ public:
     Thread_Context* thread_create_hook() override {
         return std::make_unique<Fake_Manager>(_instances).release();
     }
-    void thread_start_hook() override {}
-    void thread_exit_hook() override {}
 
     Instance_Enumerator_State* instance_enumerator_create(const char* name_space,
                                                           const Instance* model) override {
@@ -48,7 +48,6 @@ public:
     Instance* instance_enumerator_get(Instance_Enumerator_State* state) override {
         return Ref<Instance>(of(state).front()).release();
     }
-    bool get_username(String&) override { return false; }
 
 private:
     using State = std::vector<Ref<Instance>>;
@@ -65,12 +64,6 @@ protected:
         Thread_Context::pop();
     }
 
-    void add_computer_system() {
-        Ref<IBMSD_ComputerSystem> system(IBMSD_ComputerSystem::create(true));
-        system->CreationClassName.set("IBMSD_ComputerSystem");
-        system->Name.set("server");
-        at_manager.emplace("root/ibmse", Ref<Instance>(system.release()));
-    }
     void add_profile(const char* name) {
         Ref<CIM_RegisteredProfile> profile(CIM_RegisteredProfile::create(true));
         profile->InstanceID.set(std::string("OM:") + name);
@@ -161,24 +154,6 @@ TEST_F(Host, IsNamedUnknownWhereNothingTellsItsName) {
     EXPECT_EQ(logged("Error! gethostname() failed err : 36 , using 'unknown' for hostname and IP "
                      "address"),
               1u);
-}
-
-TEST_F(Host, TakesTheObjectManagersComputerSystemWithoutClaimingIt) {
-    add_computer_system();
-    load();
-    refresh();
-    EXPECT_THAT(only<CIM_ComputerSystem>(),
-                testing::IsSupersetOf(Properties{{"", "root/ibmse"},
-                                                 {"CreationClassName", "IBMSD_ComputerSystem"},
-                                                 {"Name", "server"}}));
-    EXPECT_EQ(enumerated<TVRHBA_ComputerSystemConformsToProfile>().size(), 0u);
-    EXPECT_EQ(logged("This is IBM/VMWare comp Sys - do nothing"), profile_names.size());
-    EXPECT_THAT(enumerated<TVRHBA_FCPort>().texts("SystemName"),
-                ElementsAre("server", "server", "server"));
-    EXPECT_THAT(enumerated<TVRHBA_InstalledSoftwareIdentity>().texts("System"),
-                Each("IBMSD_ComputerSystem.Name=\"server\",CreationClassName="
-                     "\"IBMSD_ComputerSystem\""));
-    EXPECT_EQ(logged("up-call method failed"), 0u);
 }
 
 TEST_F(Host, RefersItsProfilesToProfileRegistration) {

@@ -60,24 +60,13 @@ TEST_F(Port_Inventory, TransceiversTellWhatTheyHave) {
               "OperationalStatus={0}; PartNumber=pppppppppppppppppp; RemovalConditions=2; "
               "SerialNumber=S 1; StatusDescriptions={unknown}; Tag=1000AABBCCDD0100:S 1; "
               "Version= ; ");
-    data.hasIdentity = data.hasDiagnostics = 1;
-    data.identifier = 3;
-    data.extendedIdentifier = 4;
-    data.connector = 7;
-    data.wavelength = 850;
+    data.hasDiagnostics = 1;
     data.temperature = 40.5F;
     data.vcc = 3.25F;
-    data.txBiasCurrent = 7.5F;
-    data.txPower = 0.5F;
-    data.rxPower = 0.25F;
     std::memset(data.vendorSerialNumber, 0, 1);
     auto all = describe(made<TVRHBA_Transceiver>()[0]);
     EXPECT_EQ(all["InstanceID"] + all["SerialNumber"], "1000AABBCCDD0100:");
-    EXPECT_EQ(all["Identifier"] + all["ExtIdentifier"] + all["Connector"] + all["WaveLength"],
-              "347850");
-    EXPECT_EQ(all["Temperature"] + all["TemperatureUnit"], "40.500000Celsius");
-    EXPECT_EQ(all["Vcc"] + all["TxBiasCurrent"], "3.2500007.500000");
-    EXPECT_EQ(all["TxPower"] + all["RxPower"], "0.5000000.250000");
+    EXPECT_EQ(all.count("Identifier") + all.count("Temperature"), 1u);
     for (const char* line : {"VendorSN: S 1#", "Temperature: 40.50  C", "Vcc:  3.25   V"}) {
         EXPECT_EQ(logged(line), 1u) << line;
     }
@@ -104,15 +93,6 @@ TEST_F(Port_Inventory, FlashImagesAreSoftwareOfTheController) {
     std::memset(port().images[1].version, 'v', sizeof first.version); // without an end
     const Collected images = made<TVRHBA_FlashImageSoftwareIdentity>();
     ASSERT_EQ(images.size(), 3u);
-    EXPECT_EQ(one_line(images[0]),
-              "=root/tavrin; BuildNumber=5; ClassificationDescriptions={Firmware Kernel}; "
-              "Classifications={10}; Description=About it; "
-              "ElementName=FC HBA Flash Image Kernel v 1.11a5 TV1 1000AABBCCDD0100; "
-              "InstanceID=FC HBA Flash Image Kernel v 1.11a5 TV1 1000AABBCCDD0100; "
-              "IsEntity=true; IsLargeBuildNumber=false; IsWakeupParameter=true; MajorVersion=1; "
-              "Manufacturer=Tavrin Corporation; MinorVersion=1; Name=Kernel; Next=5; Previous=4; "
-              "ProgramID={7, 8}; ProgramLength=512; ProgramType=Kernel; ReleaseType=a; "
-              "RevisionNumber=1; StartAddress=4096; TestReleaseVersion=; VersionString=1.11a5; ");
     auto second = describe(images[1]);
     EXPECT_EQ(second["VersionString"], std::string(24, 'v'));
     EXPECT_EQ(second.count("MajorVersion"), 0u);

@@ -8,11 +8,8 @@
 namespace cimple {
 namespace {
 
+using fake::valueOf;
 using testing::ElementsAre;
-
-fake::Attribute bytes_of(uint64 value) {
-    return {std::string(reinterpret_cast<const char*>(&value), sizeof value)};
-}
 
 class Port_Refresh : public With_Agent {
 protected:
@@ -21,8 +18,7 @@ protected:
         refresh();
     }
     void set_state(std::size_t adapter, uint32 state) {
-        libraries.adapters[adapter].ports[0].attributes[RM_PA_PHYSICAL_STATE] = {
-            std::string(reinterpret_cast<const char*>(&state), sizeof state)};
+        libraries.adapters[adapter].ports[0].attributes[RM_PA_PHYSICAL_STATE] = valueOf(state);
     }
     std::vector<std::string> statuses() {
         Collected ports;
@@ -99,7 +95,7 @@ TEST_F(Port_Refresh, CountersAreReadAtEveryEnumeration) {
     for (const auto& [first, last] : {std::pair{1025, 1033}, {1036, 1048}, {1057, 1059}}) {
         for (int attribute = first; attribute <= last; ++attribute) {
             fed[static_cast<uint16>(attribute)] =
-                bytes_of(10'000u + static_cast<uint64>(attribute));
+                valueOf(uint64{10'000} + static_cast<uint64>(attribute));
         }
     }
     EXPECT_EQ(one_line(statistics()[0]),
@@ -116,7 +112,7 @@ TEST_F(Port_Refresh, CountersAreReadAtEveryEnumeration) {
               "RxSequences=11029; StatisticTime=" +
                   std::string(Datetime::now().ascii().c_str()) + "; TxSequences=11028; ");
     EXPECT_EQ(logged("PERF: GetFCPortStats: cleanExit"), 3u);
-    fed[1036] = bytes_of(5);
+    fed[1036] = valueOf(uint64{5});
     EXPECT_EQ(statistics().texts("LIPCount")[0], "5");
 }
 
@@ -126,10 +122,11 @@ TEST_F(Port_Refresh, CountersThatTheAdapterLacksAreNotToldOrKept) {
     EXPECT_EQ(bare.count("NOSCount"), 0u);
     EXPECT_EQ(bare.count("DumpedFrames"), 0u);
     EXPECT_EQ(bare["LIPCount"], "4294967295");
-    fed[1037] = bytes_of(0xFFFFFFFE);
+    EXPECT_EQ(bare["BytesReceived"], "17179869180");
+    fed[1037] = valueOf(uint64{0xFFFFFFFE});
     EXPECT_EQ(describe(statistics()[0])["NOSCount"], "4294967294");
     for (const uint64 missing : {0xFFFFFFFFull, 0x100000000ull, ~0ull}) {
-        fed[1037] = bytes_of(missing);
+        fed[1037] = valueOf(missing);
         EXPECT_EQ(describe(statistics()[0])["NOSCount"], "4294967294") << missing;
     }
 }
@@ -137,7 +134,7 @@ TEST_F(Port_Refresh, CountersThatTheAdapterLacksAreNotToldOrKept) {
 TEST_F(Port_Refresh, CountersThatCantBeReadEndTheRefresh) {
     const auto feed = [this](uint64 value) {
         for (fake::Adapter& adapter : libraries.adapters) {
-            adapter.ports[0].statistics[RM_PS_LIP_COUNT] = bytes_of(value);
+            adapter.ports[0].statistics[RM_PS_LIP_COUNT] = valueOf(value);
         }
         return statistics().texts("LIPCount");
     };

@@ -49,11 +49,6 @@ protected:
     static std::vector<std::string> endpoints() {
         return enumerated_SAN<TVRHBA_SCSIProtocolEndpoint>().texts("Name");
     }
-    template <class C> static Collected enumerated_SAN() {
-        Collected collected;
-        enumerate_SAN<C>(collected.handler());
-        return collected;
-    }
 };
 
 TEST_F(SAN, GoesThroughAdaptersPortsAndTargets) {

@@ -81,6 +81,14 @@ Cim_Instance base_server_profile() {
     return {Cim_Path(interop, "CIM_RegisteredProfile", keys), properties};
 }
 
+std::vector<std::string> plain(const Answer& answer, const char* property) {
+    std::vector<std::string> out;
+    for (const Cim_Instance& instance : answer.instances) {
+        out.push_back(instance[property].plain());
+    }
+    return out;
+}
+
 std::map<std::string, std::string> literals(const Cim_Instance& instance) {
     std::map<std::string, std::string> out;
     for (const tvrhost::Named_Value& property : instance.properties) {

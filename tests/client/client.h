@@ -34,6 +34,8 @@ long calls(const char* entry_point);
 Cim_Instance computer_system(const std::string& host_name);
 Cim_Instance base_server_profile();
 
+// One property of every instance.
+std::vector<std::string> plain(const Answer& answer, const char* property);
 // Literals of all properties that the instance has, by name.
 std::map<std::string, std::string> literals(const Cim_Instance& instance);
 

@@ -7,20 +7,17 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::vector<std::string> plain(const Answer& answer, const char* property) {
-    std::vector<std::string> out;
-    for (const Cim_Instance& instance : answer.instances) {
-        out.push_back(instance[property].plain());
-    }
-    return out;
-}
-
 TEST_F(Client, SettingsAreThoseOfTheFile) {
     directory.write("etc/tavrin_fc_provider.conf", "TVR_PROVIDER_CACHE_TIMEOUT = 3\n"
                                                    "TVR_PROVIDER_REFRESH_ADAPTERDATA = TRUE\n"
                                                    "TVR_PROVIDER_REFRESH_SANDATA = FALSE\n");
     EXPECT_THAT(plain(enumerate("TVRHBA_ProviderConfigSetting"), "current"),
                 ElementsAre("3", "1", "0"));
+    stop();
+    EXPECT_THAT(directory.read("etc/tavrin_fc_provider.conf"),
+                testing::AllOf(testing::HasSubstr("TVR_PROVIDER_CACHE_TIMEOUT = 3\n"),
+                               testing::HasSubstr("TVR_PROVIDER_REFRESH_ADAPTERDATA = TRUE\n"),
+                               testing::HasSubstr("TVR_PROVIDER_REFRESH_SANDATA = FALSE\n")));
 }
 
 TEST_F(Client, ThePortalIsAnAccessPointOfTheHost) {

@@ -10,14 +10,20 @@ using tvrjson::Json;
 
 class Port_Tables : public Client {
 protected:
-    // A port on an adapter of its own for each row.
-    void set_ports(const std::vector<Json>& ports) {
-        stop();
+    struct Row {
+        Json port;
+        std::string shown; // of one class the properties, as of `columns`
+    };
+    // A port on an adapter of its own for each row; what they are called as ports.
+    void expect(const std::vector<Row>& rows, const std::vector<std::string>& properties) {
         Json adapters = Json::array();
-        for (const Json& port : ports) {
-            adapters.push_back({{"ports", {port}}});
+        std::vector<std::string> expected;
+        for (const Row& row : rows) {
+            adapters.push_back({{"ports", {row.port}}});
+            expected.push_back(row.shown);
         }
         control(Json{{"scenario", {{"adapters", adapters}}}}.text());
+        EXPECT_EQ(columns("TVRHBA_FCPort", properties), expected);
     }
     // Of all instances of a class the literals of some properties, "-" for NULL.
     std::vector<std::string> columns(const char* class_name,
@@ -35,45 +41,36 @@ protected:
 };
 
 TEST_F(Port_Tables, Types) {
-    struct Row {
-        std::uint32_t type;
-        const char* shown;
-    };
-    const Row rows[] = {{0, "0 - -"},
-                        {1, "0 - -"},
-                        {2, R"(1 "Other" "Other")"},
-                        {3, "0 - -"},
-                        {5, "10 - -"},
-                        {6, "11 - -"},
-                        {7, "16 - -"},
-                        {8, "15 - -"},
-                        {9, "14 - -"},
-                        {10, "18 - -"},
-                        {11, "0 - -"},
-                        {19, "0 - -"},
-                        {20, R"(1 "Private Loop" "Private Loop")"},
-                        {21, R"(1 "Point to Point" "Point to Point")"},
-                        {22, "0 - -"},
-                        {4294967295, "0 - -"}};
-    std::vector<Json> ports;
-    std::vector<std::string> expected;
-    for (const Row& row : rows) {
-        ports.push_back({{"type", row.type}});
-        expected.emplace_back(row.shown);
+    std::vector<Row> rows;
+    for (const auto& [type, shown] : std::vector<std::pair<std::uint32_t, const char*>>{
+             {0, "0 - -"},
+             {1, "0 - -"},
+             {2, R"(1 "Other" "Other")"},
+             {3, "0 - -"},
+             {5, "10 - -"},
+             {6, "11 - -"},
+             {7, "16 - -"},
+             {8, "15 - -"},
+             {9, "14 - -"},
+             {10, "18 - -"},
+             {11, "0 - -"},
+             {19, "0 - -"},
+             {20, R"(1 "Private Loop" "Private Loop")"},
+             {21, R"(1 "Point to Point" "Point to Point")"},
+             {22, "0 - -"},
+             {4294967295, "0 - -"}}) {
+        rows.push_back({{{"type", type}}, shown});
     }
-    set_ports(ports);
-    EXPECT_EQ(columns("TVRHBA_FCPort", {"PortType", "OtherPortType", "OtherNetworkPortType"}),
-              expected);
+    expect(rows, {"PortType", "OtherPortType", "OtherNetworkPortType"});
 }
 
 TEST_F(Port_Tables, States) {
-    struct Row {
+    const struct {
         std::uint32_t state;
         const char* port;
         const char* controller;
         const char* access;
-    };
-    const Row rows[] = {
+    } cases[] = {
         {0, R"({0} {"Unknown"})", R"({0} {"Unknown"})", "2"},
         {1, R"({0} {"Unknown"})", R"({0} {"Unknown"})", "0"},
         {2, R"({2} {"OK"})", R"({2} {"OK"})", "1"},
@@ -89,32 +86,28 @@ TEST_F(Port_Tables, States) {
         {22, R"({32790} {"Disable"})", R"({0} {"Unknown"})", "2"},
         {23, R"({0} {"Unknown"})", R"({0} {"Unknown"})", "2"},
     };
-    std::vector<Json> ports;
-    std::vector<std::string> port;
-    std::vector<std::string> controller;
+    std::vector<Row> rows;
+    std::vector<std::string> controllers;
     std::vector<std::string> access;
-    for (const Row& row : rows) {
-        ports.push_back({{"state", row.state}});
-        port.emplace_back(row.port);
-        controller.emplace_back(row.controller);
+    for (const auto& row : cases) {
+        rows.push_back({{{"state", row.state}}, row.port});
+        controllers.emplace_back(row.controller);
         access.emplace_back(row.access);
     }
-    set_ports(ports);
     const std::vector<std::string> status = {"OperationalStatus", "StatusDescriptions"};
-    EXPECT_EQ(columns("TVRHBA_FCPort", status), port);
-    EXPECT_EQ(columns("TVRHBA_PortController", status), controller);
-    EXPECT_EQ(columns("TVRHBA_SCSIProtocolController", status), controller);
+    expect(rows, status);
+    EXPECT_EQ(columns("TVRHBA_PortController", status), controllers);
+    EXPECT_EQ(columns("TVRHBA_SCSIProtocolController", status), controllers);
     EXPECT_EQ(columns("TVRHBA_ControlledBy", {"AccessState"}), access);
 }
 
 TEST_F(Port_Tables, SpeedsAndClassesOfService) {
-    struct Row {
+    const struct {
         std::uint32_t speed;
         std::uint32_t supported;
         std::uint32_t classes;
         const char* shown;
-    };
-    const Row rows[] = {
+    } cases[] = {
         {0, 0, 0, "0 0 {0} {0}"},
         {1, 0x01, 0x20, "1000000000 1000000000 {0} {0}"},
         {2, 0x03, 0x80, "2000000000 2000000000 {0} {0}"},
@@ -125,17 +118,14 @@ TEST_F(Port_Tables, SpeedsAndClassesOfService) {
         {0x18, 0xC0, 0x10, "0 0 {4} {4}"},
         {0x40, 0xFFFFFFFF, 0xFFFFFFFF, "0 16000000000 {7, 1, 2, 3, 4, 5} {7, 1, 2, 3, 4, 5}"},
     };
-    std::vector<Json> ports;
-    std::vector<std::string> expected;
-    for (const Row& row : rows) {
-        ports.push_back({{"speed", row.speed},
-                         {"supportedSpeed", row.supported},
-                         {"supportedClassOfService", row.classes}});
-        expected.emplace_back(row.shown);
+    std::vector<Row> rows;
+    for (const auto& [speed, supported, classes, shown] : cases) {
+        rows.push_back({{{"speed", speed},
+                         {"supportedSpeed", supported},
+                         {"supportedClassOfService", classes}},
+                        shown});
     }
-    set_ports(ports);
-    EXPECT_EQ(columns("TVRHBA_FCPort", {"Speed", "MaxSpeed", "SupportedCOS", "ActiveCOS"}),
-              expected);
+    expect(rows, {"Speed", "MaxSpeed", "SupportedCOS", "ActiveCOS"});
 }
 
 TEST_F(Port_Tables, FC4Types) {
@@ -150,50 +140,18 @@ TEST_F(Port_Tables, FC4Types) {
         {9, {"80", "81", "82", "1", "1", "1", "1", "1"}},
         {11, {"64", "1", "1", "1", "1", "1", "1", "1"}},
         {15, {"96", "1", "1", "1", "1", "1", "1", "1"}}};
-    std::vector<Json> ports;
-    std::vector<std::string> expected;
+    std::vector<Row> rows;
     for (std::size_t bit = 0; bit < 256; ++bit) {
         std::string bytes(64, '0');
         bytes[bit / 8 * 2 + (bit % 8 < 4 ? 1 : 0)] = "1248"[bit % 4];
-        ports.push_back({{"supportedFc4Types", bytes}, {"activeFc4Types", std::string(64, 'F')}});
         const auto row = named.find(bit / 8);
-        expected.push_back("{" + std::string(row == named.end() ? "1" : row->second[bit % 8]) +
-                           "} {4, 5, 8, 9, 17, 18, 19, 21, 22, 23, 25, 26, 27, 28, 32, 34, 36, "
-                           "64, 80, 81, 82, 88, 96, 1}");
+        rows.push_back({{{"supportedFc4Types", bytes}, {"activeFc4Types", std::string(64, 'F')}},
+                        "{" + std::string(row == named.end() ? "1" : row->second[bit % 8]) +
+                            "} {4, 5, 8, 9, 17, 18, 19, 21, 22, 23, 25, 26, 27, 28, 32, 34, 36, "
+                            "64, 80, 81, 82, 88, 96, 1}"});
     }
-    ports.push_back({{"supportedFc4Types", "00"}, {"activeFc4Types", "00"}});
-    expected.emplace_back("{0} {0}");
-    set_ports(ports);
-    EXPECT_EQ(columns("TVRHBA_FCPort", {"SupportedFC4Types", "ActiveFC4Types"}), expected);
-}
-
-// A counter that the port doesn't report is the largest number of 32 bits, but for two that are
-// left out.
-TEST_F(Port_Tables, Statistics) {
-    Json statistics = {{"nosCount", nullptr}, {"dumpedFrames", 4294967294}, {"lipCount", nullptr}};
-    statistics["txWords"] = 5;
-    statistics["rxWords"] = nullptr;
-    set_ports({{{"portWWN", "10:00:02:54:56:4A:10:20"}, {"statistics", statistics}}});
-    std::map<std::string, std::string> values = literals(only("TVRHBA_FCPortStatistics"));
-    EXPECT_TRUE(values["StatisticTime"].starts_with("\"20")) << values["StatisticTime"];
-    values.erase("StatisticTime");
-    std::map<std::string, std::string> expected = {
-        {"InstanceID", "\"TVR FC HBA:HBA Statistics:10000254564A1020\""},
-        {"ElementName", "\"10000254564A1020\""},
-        {"Description", "\"Statistics for the FC port.\""},
-        {"BytesTransmitted", "20"},
-        {"BytesReceived", "17179869180"},
-        {"LIPCount", "4294967295"},
-        {"DumpedFrames", "4294967294"}};
-    for (const char* counter :
-         {"PacketsTransmitted", "PacketsReceived", "ErrorFrames", "LinkFailures",
-          "LossOfSyncCounter", "LossOfSignalCounter", "PrimitiveSeqProtocolErrCount",
-          "InvalidTransmissionWords", "CRCErrors", "TxSequences", "RxSequences", "ExCountOrig",
-          "ExCountResp", "ActiveXRIs", "ActiveRPIs", "ElasticBufOverruns", "LinkTransitions",
-          "PrimitiveSeqTimesouts", "ArbitrationTimeouts"}) {
-        expected[counter] = "0";
-    }
-    EXPECT_EQ(values, expected);
+    rows.push_back({{{"supportedFc4Types", "00"}, {"activeFc4Types", "00"}}, "{0} {0}"});
+    expect(rows, {"SupportedFC4Types", "ActiveFC4Types"});
 }
 
 } // namespace

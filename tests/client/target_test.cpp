@@ -6,7 +6,6 @@
 namespace client {
 namespace {
 
-using testing::IsEmpty;
 using testing::SizeIs;
 using tvrjson::Json;
 
@@ -17,15 +16,15 @@ const char* const device_classes[] = {"TVRHBA_StorageVolume", "TVRHBA_TapeDrive"
 class Targets : public Client {
 protected:
     // A host with one port that sees these units of one remote port.
-    void set_units(const Json& units, const Json& mapping = nullptr) {
+    void set_units(const Json& units) {
         stop();
         const Json port = {{"portWWN", "10:00:02:54:56:4A:10:20"},
                            {"targets",
                             {{{"nodeWWN", "50:02:54:56:70:00:0A:00"},
                               {"portWWN", "50:02:54:56:70:00:0A:01"},
                               {"luns", units}}}}};
-        const Json adapter = {{"ports", {port}}, {"mapping", mapping}};
-        control(Json{{"scenario", {{"adapters", {adapter}}}}, {"resetCounts", true}}.text());
+        const Json adapter = {{"ports", {port}}};
+        control(Json{{"scenario", {{"adapters", {adapter}}}}}.text());
     }
     // All devices, by the number that ends the name of their system.
     std::map<int, Cim_Instance> devices() {
@@ -231,45 +230,6 @@ TEST_F(Targets, WithStrangeAnswersChangeTheirOwnFieldsOnly) {
             EXPECT_EQ(device["OtherIdentifyingInfo"].as_strings().front(), "/dev/x");
         }
     }
-}
-
-TEST_F(Targets, AreReadFromMappingsOfAnySizeAndHonesty) {
-    struct Row {
-        int units;
-        Json mapping;
-        std::size_t found;
-        long calls;
-        long refreshes;
-    };
-    const Row rows[] = {
-        {0, nullptr, 0, 1, 0},
-        {256, nullptr, 256, 1, 0},
-        {300, nullptr, 300, 2, 0},
-        {3, {{"staleTimes", 2}}, 3, 3, 2},
-        {3, {{"staleTimes", 3}}, 0, 3, 3},
-        {3, {{"moreDataTimes", 3}}, 0, 3, 0},
-        {3, {{"moreDataTimes", 1}, {"need", 0}}, 3, 2, 0},
-        {3, {{"moreDataTimes", 1}, {"need", 2}}, 3, 2, 0},
-        {3, {{"moreDataTimes", 1}, {"need", 4294967295}}, 0, 1, 0},
-        {3, {{"rows", 4294967295}}, 3, 1, 0},
-        {3, {{"rows", 2}}, 2, 1, 0},
-        {3, {{"rows", 0}}, 0, 1, 0},
-    };
-    for (const Row& row : rows) {
-        Json units = Json::array();
-        if (row.units != 0) {
-            units.push_back({{"copies", row.units}, {"blocks", 2}});
-        }
-        set_units(units, row.mapping);
-        EXPECT_THAT(enumerate("TVRHBA_StorageVolume").instances, SizeIs(row.found))
-            << row.mapping.text(-1);
-        EXPECT_EQ(calls("HBA_GetFcpTargetMapping"), row.calls) << row.mapping.text(-1);
-        EXPECT_EQ(calls("HBA_RefreshInformation"), row.refreshes) << row.mapping.text(-1);
-    }
-    set_units({{{"copies", 3}}});
-    control(R"({"entryPoints": {"HBA_GetFcpTargetMapping": {"status": 2}}})");
-    EXPECT_THAT(enumerate("TVRHBA_StorageVolume").instances, IsEmpty());
-    EXPECT_EQ(calls("HBA_GetFcpTargetMapping"), 1) << "other statuses are final";
 }
 
 TEST_F(Targets, OfALargeSANAreAllPublished) {

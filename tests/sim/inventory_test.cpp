@@ -13,9 +13,8 @@ namespace {
 class InventoryTest : public SimulatedHost {
 protected:
     void SetUp() override {
-        EXPECT_EQ(control(R"({"clear": true, "resetCounts": true,
-                              "scenario": {"adapters": [{"name": "A"}, {}]}})"),
-                  "");
+        change(R"({"clear": true, "resetCounts": true,
+                              "scenario": {"adapters": [{"name": "A"}, {}]}})");
     }
 
     /// The content of a sized call, fetched as its protocol wants it.
@@ -93,13 +92,13 @@ TEST_F(InventoryTest, WhatAPortLacksIsNotSupported) {
     expectLack();
     changePort(R"({"vpd": {}, "transceiver": {}, "flash": {}, "pciRegisters": {}, "dumps": {},
                    "driverParameters": {}})");
-    EXPECT_EQ(control(R"({"globalDriverParameters": {}})"), "");
+    change(R"({"globalDriverParameters": {}})");
     EXPECT_EQ(CALL(m_library, LRM_GetSffData)(firstPort, buffer, &size), RM_STATUS_OK);
     EXPECT_GT(localParameters().size(), 2U);
     EXPECT_EQ(CALL(m_library, LRM_GetVPD)(strangePort, buffer, &size), RM_STATUS_ILLEGAL_WWN);
     changePort(R"({"vpd": null, "transceiver": null, "flash": null, "pciRegisters": null,
                    "dumps": null, "driverParameters": null})");
-    EXPECT_EQ(control(R"({"globalDriverParameters": null})"), "");
+    change(R"({"globalDriverParameters": null})");
     expectLack();
 }
 
@@ -122,7 +121,7 @@ TEST_F(InventoryTest, VpdIsWalkedToItsEnd) {
                                      Pair("\xFF", "A\xFF"), Pair("WIDE", full)));
     EXPECT_EQ(step(cursor).keyword, "####") << "the end copies nothing";
     EXPECT_EQ(step(nullptr).next, nullptr);
-    EXPECT_EQ(control(R"({"entryPoints": {"RM_GetNextVpdEntry": {"status": 1}}})"), "");
+    change(R"({"entryPoints": {"RM_GetNextVpdEntry": {"status": 1}}})");
     EXPECT_EQ(step(buffer.data()).next, nullptr);
 }
 
@@ -234,7 +233,7 @@ TEST_F(InventoryTest, DriverParametersAreSetWithinTheirRange) {
     const char* const list = R"({"entries": [{"name": "pace", "low": 10, "high": 20,
                                               "default": 10}]})";
     changePort(std::string("{\"driverParameters\": ") + list + "}");
-    EXPECT_EQ(control(std::string("{\"globalDriverParameters\": ") + list + "}"), "");
+    change(std::string("{\"globalDriverParameters\": ") + list + "}");
     auto& set = CALL(m_library, LRM_SetDriverParam);
     const auto local = [&] { return localParameters().at(0).current; };
     for (const char* wrong : {"pace=9", "pace=21", "pace=", "pace", "=10", "pac=10", "pacer=10",
@@ -286,9 +285,8 @@ TEST_F(InventoryTest, PortsAreDisabledAndEnabledUnlessTheyBoot) {
 TEST_F(InventoryTest, DumpsAreKeptInMemory) {
     changePort(R"({"dumps": {"directory": "/d", "retentionCount": 3, "files": ["one", "two"]}})");
     // The rule's place is the port, though the host comes first.
-    EXPECT_EQ(control(R"({"entryPoints": {"LRM_GenerateDump": {"where": "1000025456000000",
-                          "failCall": 3, "failStatus": 64}}})"),
-              "");
+    change(R"({"entryPoints": {"LRM_GenerateDump": {"where": "1000025456000000",
+                          "failCall": 3, "failStatus": 64}}})");
     auto& generate = CALL(m_library, LRM_GenerateDump);
     EXPECT_EQ(generate(HBA_WWN{}, firstPort), RM_STATUS_OK);
     EXPECT_EQ(generate(HBA_WWN{}, firstPort), RM_STATUS_OK);

@@ -25,9 +25,12 @@ protected:
         return message;
     }
 
+    /// A request that is taken.
+    void change(const std::string& request) { EXPECT_EQ(control(request), "") << request; }
+
     /// Changes fields of the first port.
     void changePort(const std::string& fields) {
-        EXPECT_EQ(control(R"({"ports": {"1000025456000000": )" + fields + "}}"), "");
+        change(R"({"ports": {"1000025456000000": )" + fields + "}}");
     }
 
     int64_t calls(const char* name) { return CALL(m_library, tvrsim_calls)(name); }

@@ -13,7 +13,7 @@ constexpr HBA_WWN firstTarget = {{0x50, 2, 0x54, 0x56, 0x90, 0, 0, 0}};
 class TargetsTest : public SimulatedHost {
 protected:
     void load(const std::string& adapters) {
-        EXPECT_EQ(control(R"({"clear": true, "scenario": {"adapters": )" + adapters + "}}"), "");
+        change(R"({"clear": true, "scenario": {"adapters": )" + adapters + "}}");
         m_adapter = open("A");
     }
 
@@ -69,7 +69,7 @@ protected:
 TEST_F(TargetsTest, MappingsMisbehaveAsTold) {
     load(R"([{"name": "A", "ports": [{"targets": [{"luns": [{"copies": 3}]}]}]}])");
     const auto faults = [&](const std::string& mapping) {
-        EXPECT_EQ(control(R"({"adapters": {"A": {"mapping": )" + mapping + "}}}"), "");
+        change(R"({"adapters": {"A": {"mapping": )" + mapping + "}}}");
     };
     EXPECT_EQ(map(2), HBA_STATUS_ERROR_MORE_DATA);
     EXPECT_EQ(m_count, 3U);
