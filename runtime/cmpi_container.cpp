@@ -1,12 +1,12 @@
 #include "runtime/cmpi_container.h"
 
+#include "runtime/cancellation.h"
 #include "runtime/log.h"
 
 #include <cmpimacs.h>
 
 #include <cstdlib>
 #include <cstring>
-#include <cxxabi.h>
 #include <strings.h>
 
 namespace cimple {
@@ -347,9 +347,8 @@ bool CMPIInstance_Container::read(uint32 index, CMPIString** name, CMPIData& dat
             log(LL_WARN, source, __LINE__, "CMGetPropertyAt() failed");
         }
         return status.rc == CMPI_RC_OK;
-    } catch (const abi::__forced_unwind&) {
-        throw; // the thread is being cancelled
     } catch (...) {
+        pass_cancellation();
         log(LL_WARN, source, __LINE__, "CMGetPropertyAt() threw exception: index=%u size=%u", index,
             get_size());
         return false;

@@ -170,7 +170,7 @@ TEST_P(Origins, TakeTheirRefreshAlongAndWaitingRequestsStartAnother) {
         origin.run(unload_agent);
         return Origin::in_use.load();
     });
-    EXPECT_EQ(joining.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    joining.wait();
     const int entered = calls(GetParam());
     gate.open();
     EXPECT_EQ(unloaded.get(), 0) << "the thread is gone, and with it what it used";
