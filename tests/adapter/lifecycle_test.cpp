@@ -86,22 +86,6 @@ TEST_F(Lifecycle_Test, UnloadMayBeForbiddenUntilTermination) {
     EXPECT_EQ(block.magic, 0xDDDDDDDDu);
 }
 
-TEST_F(Lifecycle_Test, ProviderRunsUnderTheContextOfItsCall) {
-    std::vector<const CMPIContext*> seen;
-    script.hook = [&](int) {
-        const CMPI_Thread_Context* top = CMPI_Thread_Context::top();
-        ASSERT_NE(top, nullptr);
-        EXPECT_EQ(top->broker(), broker.get());
-        seen.push_back(top->context());
-    };
-    CMPIInstanceMI* mi = instance_mi();
-    CMPIContext* other = broker.context();
-    mi->ft->enumerateInstances(mi, other, result, class_path(), nullptr);
-    cleanup();
-    EXPECT_THAT(seen, ::testing::ElementsAre(context, other, context));
-    EXPECT_EQ(Thread_Context::top(), nullptr);
-}
-
 TEST_F(Lifecycle_Test, EntriesLogEnterAndReturnAndLetNoExceptionPass) {
     const Runtime_Log log;
     CMPIInstanceMI* mi = instance_mi();

@@ -19,14 +19,6 @@ CMPIIndicationMI* create(const CMPIBroker* broker, const CMPIContext* context, C
     return static_cast<CMPIIndicationMI*>(mi);
 }
 
-TEST(Cmpi_Edition, TablesHaveTheOlderNamesAndEnd) {
-    EXPECT_EQ(sizeof(CMPIInstanceMIFT), 80u);
-    EXPECT_EQ(sizeof(CMPIIndicationMIFT), 72u);
-    EXPECT_EQ(offsetof(CMPIInstanceMIFT, enumInstances), 32u);
-    EXPECT_EQ(offsetof(CMPIBrokerFT, enumInstances), 96u);
-    EXPECT_EQ(sizeof(CMPI_Static_Data), 2048u);
-}
-
 TEST(Cmpi_Edition, FilterCallsWithTheOlderArgumentsAreAnswered) {
     script = Script();
     tvrhost::Options options;

@@ -33,21 +33,6 @@ TEST_F(Requests, a_deep_enumeration_asks_each_served_class_and_the_given_instanc
     EXPECT_EQ(om().enumerate_instances("root/z", "Test_Base").rc, CMPI_RC_ERR_INVALID_CLASS);
 }
 
-TEST_F(Requests, a_call_may_name_the_provider_to_go_through) {
-    module.add("Test_Thing", "I").enumerate = [](Request& r) {
-        EXPECT_STREQ(CMGetCharPtr(CMGetClassName(r.path, nullptr)), "Unheard_Of");
-        CMReturnInstance(r.result, new_thing(r, "b", 2));
-        CMReturnInstance(r.result, new_thing(r, "a", 1));
-        return CMPI_RC_ERR_FAILED;
-    };
-    const Answer answer =
-        om().enumerate_instances("root/x", "Unheard_Of", {}, {"Test_Thing", {}, 0});
-    EXPECT_EQ(answer.rc, CMPI_RC_ERR_FAILED);
-    EXPECT_FALSE(answer.done);
-    EXPECT_THAT(names(answer), ElementsAre("b", "a"));
-    EXPECT_THROW(answer.instance(), Value_Error);
-}
-
 TEST_F(Requests, given_instances_are_read_changed_and_deleted) {
     const Cim_Path path = thing_path("given", 3);
     options.instances = {Cim_Instance(path, {{"Name", "given"},
