@@ -67,10 +67,7 @@ TEST_F(Driver_Parameters, AreInstancesJoinedWithServiceAndPort) {
 }
 
 TEST_F(Driver_Parameters, TakeWhatTheLibraryTells) {
-    of_port(0).clear();
-    for (uint32 i = 0; i < 60; ++i) {
-        of_port(0).push_back(param("p" + std::to_string(i), i));
-    }
+    of_port(0).resize(1);
     of_port(1).clear();
     std::memset(&of_port(2)[0], 'x', sizeof(RM_DRIVERPARAM));
     of_port(2)[1] = param("depth", 0);
@@ -80,12 +77,9 @@ TEST_F(Driver_Parameters, TakeWhatTheLibraryTells) {
     load();
     refresh();
     const Collected all = enumerated<TVRHBA_DriverParams>();
-    ASSERT_EQ(all.size(), 62u);
-    for (std::size_t i = 0; i < 60; ++i) {
-        EXPECT_EQ(describe(all[i])["paramno"], std::to_string(i));
-    }
-    EXPECT_EQ(describe(all[60])["paramname"], std::string(32, 'x'));
-    EXPECT_EQ(describe(all[60])["help"], std::string(80, 'x'));
+    ASSERT_EQ(all.size(), 3u);
+    EXPECT_EQ(describe(all[1])["paramname"], std::string(32, 'x'));
+    EXPECT_EQ(describe(all[1])["help"], std::string(80, 'x'));
     EXPECT_EQ(logged("Insert Failed : m_TVRHBA_DriverParams_map"), 1u);
     EXPECT_EQ(enumerated<TVRHBA_DriverParamGlobal>().size(), 0u);
     for (const char* line :

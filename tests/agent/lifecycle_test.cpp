@@ -108,6 +108,17 @@ TEST_F(Lifecycle, NobodyFindsTheAgentOnceItEnds) {
     EXPECT_TRUE(ended);
     EXPECT_FALSE(found);
     EXPECT_EQ(ProviderAgent::instance(), nullptr);
+    const std::vector<std::string> order = {"ProviderAgent::releaseRef[1]",
+                                            "Entering the function ~ProviderAgent()",
+                                            "Deleting Data pointer",
+                                            "Data Pointer deleted.",
+                                            "MethodWrapper",
+                                            "Destructor",
+                                            "RMLIB uninitialzed",
+                                            "Entered ClearMaps()",
+                                            "Exiting ClearMaps()",
+                                            "Tavrin Provider Unloaded"};
+    EXPECT_EQ(sequence(order), order);
 }
 
 // Services that a class may have for its own. A thread uses them until its context ends.
@@ -236,23 +247,6 @@ TEST_F(Ends_In_Refresh, SeveralLastReleasesEndTheAgentOnce) {
     gate.open();
     unloader.join();
     EXPECT_EQ(ProviderAgent::instance(), nullptr);
-}
-
-TEST_F(Lifecycle, DestructionGoesInOrder) {
-    load();
-    refresh();
-    unload();
-    const std::vector<std::string> order = {"ProviderAgent::releaseRef[1]",
-                                            "Entering the function ~ProviderAgent()",
-                                            "Deleting Data pointer",
-                                            "Data Pointer deleted.",
-                                            "MethodWrapper",
-                                            "Destructor",
-                                            "RMLIB uninitialzed",
-                                            "Entered ClearMaps()",
-                                            "Exiting ClearMaps()",
-                                            "Tavrin Provider Unloaded"};
-    EXPECT_EQ(sequence(order), order);
 }
 
 TEST_F(Lifecycle, ASecondLifeStartsAfresh) {

@@ -558,15 +558,11 @@ TEST_F(Refresh, RecordsAndJobsOfTestsOutliveIt) {
     refresh();
     {
         const Full_Guard guard(*agent);
-        auto* job = TVRHBA_ConcreteJob::create(true);
-        job->InstanceID.set("job");
-        agent->maps.m_TVRHBA_ConcreteJob_map.insert(job);
-        auto* record = TVRHBA_DiagnosticServiceRecord::create(true);
-        record->InstanceID.set("record");
-        agent->maps.m_TVRHBA_DiagnosticServiceRecord_map.insert(record);
-        auto* test = TVRHBA_FCHBADiagnosticTest::create(true);
-        test->Name.set("test");
-        agent->maps.m_TVRHBA_FCHBADiagnosticTest_map.insert(test);
+        agent->maps.m_TVRHBA_ConcreteJob_map.insert(TVRHBA_ConcreteJob::create(true));
+        agent->maps.m_TVRHBA_DiagnosticServiceRecord_map.insert(
+            TVRHBA_DiagnosticServiceRecord::create(true));
+        agent->maps.m_TVRHBA_FCHBADiagnosticTest_map.insert(
+            TVRHBA_FCHBADiagnosticTest::create(true));
     }
     refresh();
     EXPECT_EQ(agent->maps.m_TVRHBA_ConcreteJob_map.size(), 1u);

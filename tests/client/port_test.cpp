@@ -54,18 +54,6 @@ TEST_F(Ports, AreFoundByKey) {
     EXPECT_EQ(paths.paths[2], path);
 }
 
-// A get shows the state of the moment, though the maps are from before.
-TEST_F(Ports, TellTheirStateAnewWhenOneIsAskedFor) {
-    const Cim_Path port =
-        enumerate("TVRHBA_FCPortSystemDevice").instances.at(0)["PartComponent"].as_path();
-    control(R"({"ports": {"10000254564A1020": {"state": "linkDown"}}})");
-    const Cim_Instance now = manager().get_instance(port).instance();
-    EXPECT_EQ(now["OperationalStatus"].literal(), "{1}");
-    EXPECT_EQ(now["StatusDescriptions"].plain(), "Other");
-    EXPECT_EQ(now["Speed"].plain(), "16000000000") << "only its status is read";
-    EXPECT_EQ(enumerate("TVRHBA_ControlledBy").instances.at(0)["AccessState"].plain(), "1");
-}
-
 TEST_F(Ports, AnswerRequestsFromSeveralThreadsWithOneWholeSet) {
     control(R"({"entryPoints": {"HBA_GetAdapterAttributes": {"latencyMs": 5}}})");
     manager();
