@@ -230,14 +230,18 @@ CMPIrc Books::keep(const CMPIValue* value, CMPIType type, Cim_Value& plain_value
                    const char* operation) {
     const bool array = (type & CMPI_ARRAY) != 0;
     const Cim_Type wanted = plain_type(type & ~static_cast<unsigned>(CMPI_ARRAY));
+    // Of other values no more than their own bytes may be looked at.
+    const bool is_object = array || wanted == Cim_Type::string || wanted == Cim_Type::datetime ||
+                           wanted == Cim_Type::reference || wanted == Cim_Type::instance;
+    if (wanted == Cim_Type::none || !is_object || type == CMPI_chars || value == nullptr ||
+        value->string == nullptr) {
+        return plain(value, type, plain_value, operation);
+    }
     const auto alive = [&]<class O>(const typename O::Pair* pair, O*) {
         return argument<O>(*this, pair, operation) != nullptr;
     };
-    bool live = true;
-    if (value == nullptr || value->string == nullptr || type == CMPI_chars) {
-        return plain(value, type, plain_value, operation);
-    }
-    if (array && wanted != Cim_Type::none) {
+    bool live = false;
+    if (array) {
         const auto* const object = argument<Array_Object>(*this, value->array, operation);
         live = object != nullptr;
         if (live && object->content->type != wanted) {
@@ -249,16 +253,15 @@ CMPIrc Books::keep(const CMPIValue* value, CMPIType type, Cim_Value& plain_value
         live = alive(value->dateTime, static_cast<Datetime_Object*>(nullptr));
     } else if (wanted == Cim_Type::reference) {
         live = alive(value->ref, static_cast<Path_Object*>(nullptr));
-    } else if (wanted == Cim_Type::instance) {
-        live = alive(value->inst, static_cast<Instance_Object*>(nullptr));
     } else {
-        return plain(value, type, plain_value, operation);
+        live = alive(value->inst, static_cast<Instance_Object*>(nullptr));
     }
     if (!live) {
         return CMPI_RC_ERR_INVALID_HANDLE;
     }
     plain_value = Cim_Value::null(wanted, array);
-    kept = {type, *value};
+    kept.type = type;
+    kept.value.string = value->string; // the pointer, of whatever kind
     return CMPI_RC_OK;
 }
 

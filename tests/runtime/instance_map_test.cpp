@@ -175,7 +175,7 @@ TEST(Instance_Map, a_cursor_reads_the_map_as_it_was_whatever_becomes_of_it) {
             }
             const auto cursor = std::make_unique<Instance_Cursor>(*map);
             Instance_Cursor given_up(*map);
-            given_up.next();
+            const Ref<> first(given_up.next());
             const auto read = [&](uint32 from, uint32 to) {
                 for (uint32 number = from; number < to; ++number) {
                     const Ref<Device> next(static_cast<Device*>(cursor->next()));
