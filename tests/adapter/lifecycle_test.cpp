@@ -27,11 +27,8 @@ protected:
 };
 
 TEST_F(Lifecycle_Test, MisPointToTheBlockAndItsTables) {
-    EXPECT_EQ(instance_mi(), &block.instance_mi);
-    EXPECT_EQ(block.instance_mi.ft->ftVersion, 100);
-    EXPECT_EQ(load('M'), &block.method_mi);
-    EXPECT_EQ(load('A'), &block.association_mi);
     EXPECT_EQ(load('N'), &block.indication_mi);
+    EXPECT_EQ(block.indication_mi.ft->ftVersion, 100);
     EXPECT_STREQ(block.indication_mi.ft->miName, "indicationWidget_Provider");
     EXPECT_EQ(block.magic, 0x5DE2B131u);
 
@@ -39,7 +36,7 @@ TEST_F(Lifecycle_Test, MisPointToTheBlockAndItsTables) {
     cimple_cmpi_adapter(block, &fixture_registration, broker.get(), context, provider_name, 'x',
                         untouched);
     EXPECT_EQ(untouched, &block);
-    EXPECT_EQ(block.adapter.load()->load_count(), 5u);
+    EXPECT_EQ(block.adapter.load()->load_count(), 2u);
 
     CMPI_Static_Data other{};
     void* mi = nullptr;

@@ -118,8 +118,7 @@ TEST_F(Lifecycle, requests_and_unloads_from_many_threads) {
         return CMPI_RC_OK; // refused while the class is being cleaned up
     };
     om();
-    std::vector<std::thread> threads;
-    threads.reserve(4);
+    std::vector<std::jthread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&, t] {
             for (int i = 0; i < 50; ++i) {
@@ -133,9 +132,7 @@ TEST_F(Lifecycle, requests_and_unloads_from_many_threads) {
             }
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    threads.clear();
     om().shutdown();
     EXPECT_EQ(thing.made, thing.cleaned_up);
 }
