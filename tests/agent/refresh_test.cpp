@@ -439,23 +439,6 @@ TEST_F(Refresh, ScansTheSANBesideReadersOfMaps) {
     EXPECT_EQ(passed, 3u);
 }
 
-TEST_F(Refresh, AMethodMayForceARefreshUnderItsGuard) {
-    load();
-    refresh();
-    libraries.adapters = {adapter(9)};
-    {
-        const Full_Guard guard(*agent);
-        EXPECT_FALSE(agent->m_ProviderDataMutex.try_lock());
-        agent->m_bForceAdapterRefresh = true;
-        EXPECT_EQ(agent->BuildCimpleInfo(), 0u);
-        EXPECT_TRUE(agent->m_bIsThreadRunning);
-        EXPECT_EQ(agent->maps.m_TVRHBA_FCPort_map.size(), 3u);
-    }
-    wait_for_end();
-    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 1u);
-    EXPECT_EQ(logged("PERF: Waiting for m_AdapterDataReadyMutex"), 0u);
-}
-
 TEST_F(Refresh, AMethodTellsOfItsWaits) {
     Gate gate;
     stop_at(gate);
