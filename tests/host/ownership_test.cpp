@@ -9,8 +9,14 @@ namespace {
 
 using enum tvrhost::Fault_Kind;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using Kinds = std::vector<Fault_Kind>;
+
+// The place of an enumeration as faults tell it; a sanitizer's library may pass for a module.
+std::string in_scope(const std::string& class_name) {
+    return "\\(enumerateInstances " + class_name + "(, [a-z_.0-9]+\\+0x[0-9a-f]+)?\\)";
+}
 
 class Ownership : public Host_Fixture {
 protected:
@@ -57,10 +63,9 @@ TEST_F(Ownership, a_double_release_is_told_with_its_place) {
     const std::vector<Fault> found = om().take_faults();
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].kind, double_release);
-    EXPECT_THAT(
-        found[0].text,
-        MatchesRegex("CMPIString \"a\" released \\(enumerateInstances Test_Thing\\) after its "
-                     "release \\(enumerateInstances Test_Thing, host_test\\+0x[0-9a-f]+\\)"));
+    EXPECT_THAT(found[0].text, MatchesRegex("CMPIString \"a\" released " + in_scope("Test_Thing") +
+                                            " after its release " + in_scope("Test_Thing")));
+    EXPECT_THAT(found[0].text, HasSubstr(", host_test+0x")) << "the code that released it";
 }
 
 TEST_F(Ownership, a_use_after_release_or_scope_fails_and_is_told) {
@@ -250,8 +255,9 @@ TEST_F(Ownership, each_class_has_a_broker_until_its_last_cleanup) {
     const std::vector<Fault> found = om().take_faults();
     ASSERT_EQ(found.size(), 2u);
     EXPECT_EQ(found[0].kind, ended_broker);
-    EXPECT_EQ(found[0].text, "newString at the broker of Test_Thing (enumerateInstances "
-                             "Test_Other) after the last cleanup of that class");
+    EXPECT_THAT(found[0].text,
+                MatchesRegex("newString at the broker of Test_Thing " + in_scope("Test_Other") +
+                             " after the last cleanup of that class"));
     in_call([&](Request& r) { EXPECT_NE(r.broker, first) << "a new life, a new broker"; });
 }
 
