@@ -12,7 +12,7 @@ namespace cimple {
 
 namespace {
 
-constexpr int attempts = 3;
+constexpr int command_attempts = 3;
 constexpr char unknown[] = "Unknown";
 
 // Vital product data pages of the Inquiry command.
@@ -31,7 +31,7 @@ public:
         std::memset(m_response, 0, sizeof m_response);
         std::memset(m_sense, 0, sizeof m_sense);
         HBA_STATUS status = HBA_STATUS_OK;
-        for (int attempt = 0; attempt < attempts; ++attempt) {
+        for (int attempt = 0; attempt < command_attempts; ++attempt) {
             status = command(m_response, m_sense);
             if (status != HBA_STATUS_SCSI_CHECK_CONDITION) {
                 break;

@@ -11,7 +11,7 @@ namespace cimple {
 namespace {
 
 constexpr uint32 usualRows = 256;
-constexpr int attempts = 3;
+constexpr int mapping_attempts = 3;
 
 } // namespace
 
@@ -52,7 +52,7 @@ uint32 TargetMapping::size() const noexcept {
 HBA_STATUS fetchTargetMapping(HBA_HANDLE handle, TargetMapping& mapping) {
     uint32 rows = usualRows;
     HBA_STATUS status = HBA_STATUS_ERROR;
-    for (int attempt = 0; attempt < attempts; ++attempt) {
+    for (int attempt = 0; attempt < mapping_attempts; ++attempt) {
         TVR_LOG("To retry the HBA_GetFcpTargetMapping command");
         if (mapping) {
             TVR_LOG("Deleting the allocated memory");

@@ -61,12 +61,12 @@ private:
     fs::path _path;
 };
 
-volatile std::sig_atomic_t child = 0;
+volatile std::sig_atomic_t child_process = 0;
 
 // What a terminal sends, it sends to the child as well.
 void pass_on(int signal, siginfo_t* info, void*) {
-    if (child > 0 && info->si_code <= 0) {
-        kill(static_cast<pid_t>(child), signal);
+    if (child_process > 0 && info->si_code <= 0) {
+        kill(static_cast<pid_t>(child_process), signal);
     }
 }
 
@@ -95,7 +95,7 @@ public:
     Signals_To_Child& operator=(const Signals_To_Child&) = delete;
 
     void pass_to(pid_t process) const {
-        child = process;
+        child_process = process;
         sigprocmask(SIG_SETMASK, &_mask_before, nullptr);
     }
     void restore() const {
@@ -215,7 +215,7 @@ int run_again(char** arguments, const Signals_To_Child& signals) {
     int status = 0;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
-    child = 0;
+    child_process = 0;
     remove_module_names(pid);
     return status;
 }
