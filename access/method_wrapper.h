@@ -3,6 +3,7 @@
 #define TVR_ACCESS_METHOD_WRAPPER_H
 
 #include "access/rm/rm_api.h"
+#include "runtime/instance.h"
 #include "runtime/type.h"
 
 #include <string>
@@ -100,6 +101,45 @@ public:
     static constexpr std::size_t driverParamTextSize = 256;
     static uint32 tvrcimSetDriverParam(const std::string& deviceId, const HBA_WWN& port, uint8 cw1,
                                        uint8 cw2, const char* parameter, const char* value);
+
+    // ---- world wide names ----
+    //
+    // `result` is always set: 0, or 40000 and the library's status. A change or restoration that
+    // comes to 0 leaves the data of the adapters stale: the caller has them read anew. What is not
+    // told of an output leaves it as it was.
+
+    static void GetWWNCapability(const HBA_WWN& port, Property<uint32>& capability,
+                                 Property<uint32>& result);
+    // The names of a bank (RM_WWN_VOLATILE and so on) in the colon form, lower case. Without names
+    // when there are none, which is no failure for the configured bank.
+    static void ReadWWN(const HBA_WWN& port, uint32 bank, Property<String>& wwpn,
+                        Property<String>& wwnn, Property<uint16>& state, Property<uint32>& result);
+    // Also 40005 for a new name that isn't valid, and wwnInUse, with a DuplicateWWN as the state,
+    // for one that a virtual port of this host has. Waits for a busy library for up to 300 s, like
+    // RestoreWWN, which knows other banks: 0 is the factory default, 1 the non-volatile names.
+    static constexpr uint32 wwnInUse = 91;
+    static void ChangeWWN(const HBA_WWN& port, const HBA_WWN& newWwpn, const HBA_WWN& newWwnn,
+                          uint32 bank, Property<uint16>& state, Property<uint32>& result);
+    static void RestoreWWN(const HBA_WWN& port, uint32 bank, Property<uint16>& state,
+                           Property<uint32>& result);
+
+    // ---- virtual ports ----
+    //
+    // 4 for a null output, and 1 for any other failure; first of all for a port that is not of
+    // this host. The output is set with 0 only. Longer lists than maxVirtualPorts and
+    // maxVirtualMachines are failures.
+
+    static constexpr uint32 noOutput = 4;
+    static constexpr uint32 maxVirtualPorts = 65536;
+    static constexpr uint32 maxVirtualMachines = 4096;
+    static uint32 ListVPorts(const HBA_WWN& port, std::vector<RM_VPORTENTRY>* list);
+    static uint32 ListVPortAttributes(const HBA_WWN& port, const HBA_WWN& virtualPort,
+                                      RM_VPORTATTRIBUTES* attributes);
+    // Only tells the log how it went: nobody has asked for the rows yet.
+    static uint32 ListVPortTargets(const HBA_WWN& port, const HBA_WWN& virtualPort);
+    // 0 without an output for a port that doesn't tell that it maps virtual ports to machines.
+    static uint32 ListVMfromVPort(const HBA_WWN& port, const RM_VPORTENTRY& virtualPort,
+                                  std::vector<RM_VMINFO>* machines);
 };
 
 // How long a construction waits for another one of the same process, in milliseconds; one minute at

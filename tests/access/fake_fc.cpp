@@ -353,7 +353,101 @@ RM_STATUS LRM_GenerateEfdDump(HBA_WWN, uint32_t type, uint32_t flags) {
 }
 
 RM_STATUS LRM_GetDumpFileNames(HBA_WWN, RM_DUMPFILENAMES* names) {
-    return putNumber(request(__func__, names->count), &names->count);
+    const uint32_t room = names->count;
+    const uint32_t status = putNumber(request(__func__, room), &names->count);
+    if (status != 0 || libraries.dumpFiles.empty()) {
+        return status;
+    }
+    names->count = static_cast<uint32_t>(libraries.dumpFiles.size());
+    if (room < names->count) {
+        return RM_STATUS_BUFFER_TOO_SMALL;
+    }
+    char* name = reinterpret_cast<char*>(names) + offsetof(RM_DUMPFILENAMES, name);
+    for (const std::string& file : libraries.dumpFiles) {
+        std::strncpy(name, file.c_str(), sizeof names->name[0]);
+        name += sizeof names->name[0];
+    }
+    return RM_STATUS_OK;
+}
+
+RM_STATUS LRM_GetWWNCapability(HBA_WWN, uint32_t* capability) {
+    return putNumber(request(__func__, *capability), capability);
+}
+
+RM_STATUS LRM_ReadWWN(HBA_WWN port, uint32_t bank, HBA_WWN* wwpn, HBA_WWN* wwnn, uint32_t* state) {
+    *wwpn = port;
+    *wwnn = portOf(port).second->record.NodeWWN;
+    return putNumber(request(__func__, bank), state);
+}
+
+RM_STATUS LRM_ChangeWWN(HBA_WWN, HBA_WWN wwpn, HBA_WWN wwnn, uint32_t bank, uint32_t* state) {
+    return putNumber(
+        request(__func__, static_cast<int>(wwpn.wwn[7]), static_cast<int>(wwnn.wwn[7]), bank),
+        state);
+}
+
+RM_STATUS LRM_RestoreWWN(HBA_WWN, uint32_t bank, uint32_t* state) {
+    return putNumber(request(__func__, bank), state);
+}
+
+RM_STATUS RM_ValidateWwn(const HBA_WWN*) {
+    return enter(__func__);
+}
+
+uint32_t RM_GetNumberOfLocalAdapters() {
+    enter(__func__);
+    return static_cast<uint32_t>(libraries.adapters.size());
+}
+
+RM_STATUS RM_GetLocalHBAInfo(RM_LOCALHBAARGUMENT* argument, RM_LOCALHBAINFO* info) {
+    const uint32_t status = enter(__func__);
+    info->port = libraries.adapters.at(argument->adapterIndex).ports.at(0).record.PortWWN;
+    return status;
+}
+
+RM_STATUS LRM_VPList(HBA_WWN port, RM_VPORTLIST* list) {
+    const uint32_t status = enter(__func__);
+    if (status != 0) {
+        return status;
+    }
+    const auto& entries = portOf(port).second->virtualPorts;
+    const bool fits = entries.size() <= list->count;
+    if (fits) {
+        RM_VPORTENTRY* const room = list->entry;
+        std::copy(entries.begin(), entries.end(), room);
+    }
+    list->count = libraries.toldVirtualPorts.value_or(static_cast<uint32_t>(entries.size()));
+    return fits ? RM_STATUS_OK : RM_STATUS_MORE_DATA;
+}
+
+// The name has no end.
+RM_STATUS LRM_VPGetAttributes(HBA_WWN, HBA_WWN virtualPort, RM_VPORTATTRIBUTES* attributes) {
+    if (attributes->version != RM_VPORT_ATTRIBUTES_VERSION) {
+        return RM_STATUS_ERROR;
+    }
+    std::memset(attributes, 'a' + virtualPort.wwn[7], sizeof *attributes);
+    return enter(__func__);
+}
+
+RM_STATUS LRM_VPListTargets(HBA_WWN, HBA_WWN, HBA_FCPTARGETMAPPING* targets) {
+    return request(__func__, targets->NumberOfEntries);
+}
+
+RM_STATUS LRM_GetVMFromVPort(const RM_VPORTENTRY*, RM_VMENTRY* firstEntry) {
+    auto* count = reinterpret_cast<uint32_t*>(firstEntry) - 1;
+    const bool fits = libraries.machines.size() <= *count;
+    if (fits) {
+        std::copy(libraries.machines.begin(), libraries.machines.end(), firstEntry);
+    }
+    *count = static_cast<uint32_t>(libraries.machines.size());
+    const uint32_t status = enter(__func__);
+    return status != 0 ? status : fits ? RM_STATUS_OK : RM_STATUS_MORE_DATA;
+}
+
+RM_STATUS LRM_GetVMInfo(const RM_VMENTRY* machine, RM_VMINFO* info) {
+    std::memcpy(info->machineName, machine->machine, sizeof info->machineName);
+    info->memorySize = 512;
+    return enter(__func__);
 }
 
 RM_STATUS LRM_SetBootBiosState(HBA_WWN, uint32_t enable) {

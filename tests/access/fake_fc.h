@@ -40,6 +40,7 @@ struct Port {
     std::vector<std::pair<std::string, std::string>> vpd; // keywords and values
     std::optional<RM_SFFDATA> transceiver;
     std::vector<RM_LOADENTRY> images;
+    std::vector<RM_VPORTENTRY> virtualPorts;
 };
 
 struct Adapter {
@@ -79,6 +80,9 @@ struct Libraries {
     std::vector<std::string> requests;
     std::string dumpDirectory;
     std::optional<uint32_t> number; // a count or state
+    std::vector<std::string> dumpFiles;
+    std::optional<uint32_t> toldVirtualPorts; // in place of their number
+    std::vector<RM_VMENTRY> machines;         // of every virtual port
 
     // Statuses for the next calls of an entry point, one a call; 0 lets a call through.
     std::map<std::string, std::deque<uint32_t>, std::less<>> statuses;
