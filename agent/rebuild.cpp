@@ -5,6 +5,8 @@
 #include "agent/computer_system.h"
 #include "agent/creation.h"
 #include "agent/driver_parameters.h"
+#include "agent/dump_instances.h"
+#include "agent/port_virtualization.h"
 #include "agent/profiles.h"
 #include "agent/record_log.h"
 #include "agent/remote_access_point.h"
@@ -41,6 +43,22 @@ void create_from_adapters(const Rebuild& rebuild) {
     TVR_LOG("Done with the Driver Parameter fetching");
 }
 
+// What an adapter has beside its ports. None of it keeps the rest from being made.
+void create_features(Instance_Maps& maps) {
+    TVR_LOG("Calling FC_CreateDumpClasses");
+    if (const uint32 status = FC_CreateDumpClasses(maps); status == 0) {
+        TVR_LOG("FC_CreateDumpClasses succesful");
+    } else {
+        TVR_LOG("FC_CreateDumpClasses failed");
+        TVR_LOG("tvrstatus = %d", status);
+    }
+    if (const uint32 status = CreatePortVirtualizationClasses(maps); status == 0) {
+        TVR_LOG("FC Port Virtualization classes are successfully created");
+    } else {
+        TVR_LOG("CreatePortVirtualizationClasses failed: %d", status);
+    }
+}
+
 } // namespace
 
 uint32 updateAdapterMaps(const Rebuild& rebuild) {
@@ -57,6 +75,7 @@ uint32 updateAdapterMaps(const Rebuild& rebuild) {
     create_profiles(maps, host);
     try {
         create_from_adapters(rebuild);
+        create_features(maps);
     } catch (const Rebuild_Ended&) {
         return TVR_FAILURE;
     } catch (...) {
