@@ -102,6 +102,22 @@ public:
     static uint32 tvrcimSetDriverParam(const std::string& deviceId, const HBA_WWN& port, uint8 cw1,
                                        uint8 cw2, const char* parameter, const char* value);
 
+    // ---- firmware ----
+
+    // Brings an image to the adapter of the port; returns when the download has ended. 1 for a port
+    // that is not of this host and for a file that isn't there, else the library's status.
+    static uint32 tvrcimDownloadFW(const HBA_WWN& port, const std::string& file);
+
+    // The local file that a URI stands for: itself, if there is such a file. Else it is fetched
+    // with libcurl into the working directory, under the name behind its last "/"; the answer is
+    // that name, or the URI where nothing could come of it. `removeFile` turns true once a transfer
+    // was tried, whatever came of it, and the file is then the caller's to remove. `status` is set
+    // to 4 if libcurl lacks a function or refuses an option, and else left alone: only the file
+    // tells if there is one. Servers are not asked for certificates. A transfer ends when it can't
+    // be begun, or hardly anything has come, for as long as setTransferPatience says.
+    static std::string downloadFileUsingCurl(const std::string& uri, Property<uint32>& status,
+                                             bool& removeFile);
+
     // ---- world wide names ----
     //
     // `result` is always set: 0, or 40000 and the library's status. A change or restoration that
@@ -145,6 +161,10 @@ public:
 // How long a construction waits for another one of the same process, in milliseconds; one minute at
 // start. Returns what was set before.
 uint32 setInitLibWait(uint32 milliseconds) noexcept;
+
+// How long a transfer waits for a server that does nothing, in seconds; one minute at start.
+// Returns what was set before.
+uint32 setTransferPatience(uint32 seconds) noexcept;
 
 } // namespace cimple
 

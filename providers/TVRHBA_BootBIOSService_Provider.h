@@ -13,11 +13,15 @@ public:
     Load_Status load();
     Enum_Instances_Status enum_instances(const Class* model, const Enum_Instances_Handler& handler);
 
-    // Not carried out.
-    static constexpr Unsupported_Method StartService{};
-    static constexpr Unsupported_Method EnableBootBIOS{};
-    static constexpr Unsupported_Method DisableBootBIOS{};
-    static constexpr Unsupported_Method GetBootBIOSStatus{};
+    Invoke_Method_Status StartService(const Class* self, Property<uint32>& return_value);
+    Invoke_Method_Status EnableBootBIOS(const Class* self, const TVRHBA_FCPort* Target,
+                                        Property<uint32>& return_value);
+    Invoke_Method_Status DisableBootBIOS(const Class* self, const TVRHBA_FCPort* Target,
+                                         Property<uint32>& return_value);
+    // `nBootBIOSStatus` is not 0 while the boot BIOS is enabled.
+    Invoke_Method_Status GetBootBIOSStatus(const Class* self, const TVRHBA_FCPort* Target,
+                                           Property<uint32>& nBootBIOSStatus,
+                                           Property<uint32>& return_value);
 
     // Declared by the schema, without a meaning for this class.
     static constexpr Unsupported_Method RequestStateChange{};

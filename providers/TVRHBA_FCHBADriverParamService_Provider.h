@@ -13,9 +13,15 @@ class TVRHBA_FCHBADriverParamService_Provider
 public:
     Enum_Instances_Status enum_instances(const Class* model, const Enum_Instances_Handler& handler);
 
-    // Not carried out.
-    static constexpr Unsupported_Method StartService{};
-    static constexpr Unsupported_Method SetDriverParameter{};
+    Invoke_Method_Status StartService(const Class* self, Property<uint32>& return_value);
+    // A parameter of the driver as a whole needs a target too. The new value shows with the next
+    // enumeration of the parameters.
+    Invoke_Method_Status SetDriverParameter(const Class* self, const TVRHBA_FCPort* Target,
+                                            const Property<boolean>& bPermanent,
+                                            const Property<boolean>& bGlobal,
+                                            const Property<String>& strParam,
+                                            const Property<String>& strValue,
+                                            Property<uint32>& return_value);
 
     // Declared by the schema, without a meaning for this class.
     static constexpr Unsupported_Method RequestStateChange{};

@@ -12,11 +12,25 @@ class TVRHBA_FCHBAWWNService_Provider : public Agent_Provider<TVRHBA_FCHBAWWNSer
 public:
     Enum_Instances_Status enum_instances(const Class* model, const Enum_Instances_Handler& handler);
 
-    // Not carried out.
-    static constexpr Unsupported_Method ChangeWWN{};
-    static constexpr Unsupported_Method RestoreWWN{};
-    static constexpr Unsupported_Method ReadWWN{};
-    static constexpr Unsupported_Method GetWWNCapability{};
+    // New names are texts of 16 digits. A `Type` that the client leaves out is 0, the volatile
+    // names, which end with the adapter's power. `WWNOperationStatus` is 65535 until the adapter
+    // was asked.
+    Invoke_Method_Status ChangeWWN(const Class* self, const TVRHBA_FCPort* Target,
+                                   const Property<String>& NewWWPN, const Property<String>& NewWWNN,
+                                   const Property<uint16>& Type,
+                                   Property<uint16>& WWNOperationStatus,
+                                   Property<uint32>& return_value);
+    Invoke_Method_Status RestoreWWN(const Class* self, const TVRHBA_FCPort* Target,
+                                    const Property<uint16>& Type,
+                                    Property<uint16>& WWNOperationStatus,
+                                    Property<uint32>& return_value);
+    Invoke_Method_Status ReadWWN(const Class* self, const TVRHBA_FCPort* Target,
+                                 const Property<uint16>& Type, Property<String>& WWPN,
+                                 Property<String>& WWNN, Property<uint16>& WWNOperationStatus,
+                                 Property<uint32>& return_value);
+    Invoke_Method_Status GetWWNCapability(const Class* self, const TVRHBA_FCPort* Target,
+                                          Property<uint32>& WWNCapability,
+                                          Property<uint32>& return_value);
 
     // Declared by the schema, without a meaning for this class.
     static constexpr Unsupported_Method RequestStateChange{};

@@ -12,6 +12,9 @@ class TVRHBA_FCPort_Provider : public Agent_Provider<TVRHBA_FCPort> {
 public:
     Unload_Status unload();
     Enum_Instances_Status enum_instances(const Class* model, const Enum_Instances_Handler& handler);
+    // Switches the locate beacon, which stays so at the adapter: `LocationIndicator` is the one
+    // property that can be changed.
+    Modify_Instance_Status modify_instance(const Class* model, const Class* instance);
 
     // Declared by the schema, without a meaning for this class.
     static constexpr Unsupported_Method RequestStateChange{};

@@ -1,4 +1,6 @@
-// Firmware of the adapters.
+// Firmware of the adapters, their reset, and the enabling of ports.
+//
+// Each method has done its work when it returns: there are no jobs.
 #ifndef TVR_PROVIDERS_TVRHBA_SOFTWAREINSTALLATIONSERVICE_PROVIDER_H
 #define TVR_PROVIDERS_TVRHBA_SOFTWAREINSTALLATIONSERVICE_PROVIDER_H
 
@@ -13,12 +15,30 @@ class TVRHBA_SoftwareInstallationService_Provider
 public:
     Enum_Instances_Status enum_instances(const Class* model, const Enum_Instances_Handler& handler);
 
-    // Not carried out.
-    static constexpr Unsupported_Method StartService{};
-    static constexpr Unsupported_Method InstallFromByteStream{};
-    static constexpr Unsupported_Method InstallFromURI{};
-    static constexpr Unsupported_Method ResetHBA{};
-    static constexpr Unsupported_Method SetPortEnabled{};
+    Invoke_Method_Status StartService(const Class* self, Property<uint32>& return_value);
+    // `URI` may be the path of a local file, which is used in place. Any other is fetched into the
+    // object manager's working directory; that file goes after a good download and stays after a
+    // failed one.
+    Invoke_Method_Status InstallFromURI(const Class* self, CIM_ConcreteJob*& Job,
+                                        const Property<String>& URI,
+                                        const CIM_ManagedElement* Target,
+                                        const Property<Array<uint16>>& InstallOptions,
+                                        const Property<Array<String>>& InstallOptionsValues,
+                                        Property<uint32>& return_value);
+    // The image is written to the file that the client names, with the object manager's rights and
+    // wherever that is, and removed after the download. Only what is or becomes a regular file is
+    // written. An image that can't be written whole is removed at once and never used.
+    Invoke_Method_Status InstallFromByteStream(const Class* self, CIM_ConcreteJob*& Job,
+                                               const Property<Array<uint8>>& Image,
+                                               const CIM_ManagedElement* Target,
+                                               const Property<Array<uint16>>& InstallOptions,
+                                               const Property<Array<String>>& InstallOptionsValues,
+                                               Property<uint32>& return_value);
+    Invoke_Method_Status ResetHBA(const Class* self, const TVRHBA_FCPort* Target,
+                                  Property<uint32>& return_value);
+    Invoke_Method_Status SetPortEnabled(const Class* self, const TVRHBA_FCPort* Target,
+                                        const Property<boolean>& PortEnabled,
+                                        Property<uint32>& return_value);
 
     // Declared by the schema, without a meaning for this class.
     static constexpr Unsupported_Method RequestStateChange{};

@@ -1,7 +1,7 @@
 #include "host/tvrcim/not_served.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 #include <string_view>
 
 namespace tvrcim {
@@ -28,18 +28,11 @@ constexpr std::string_view always_empty[] = {
     "TVRHBA_DiagnosticSettingDataRecord",
     "TVRHBA_DiagnosticsLog",
     "TVRHBA_DriverRecordLogManagesRecord",
-    "TVRHBA_DumpData",
-    "TVRHBA_DumpService",
-    "TVRHBA_DumpServiceAffectsElement",
-    "TVRHBA_ElementAllocatedFromPool",
-    "TVRHBA_ElementDumpData",
     "TVRHBA_FCDriverLogEntry",
     "TVRHBA_FCHBADiagnosticServiceCapabilities",
     "TVRHBA_FCHBADiagnosticSettingData",
     "TVRHBA_FCHBADiagnosticTest",
     "TVRHBA_HelpService",
-    "TVRHBA_HostedDumpService",
-    "TVRHBA_HostedResourcePool",
     "TVRHBA_HostedService",
     "TVRHBA_JobElementSettingData",
     "TVRHBA_JobSettingData",
@@ -48,17 +41,33 @@ constexpr std::string_view always_empty[] = {
     "TVRHBA_OwningJobElement",
     "TVRHBA_RecordAppliesToElement",
     "TVRHBA_RecordLogManagesRecord",
-    "TVRHBA_ResourcePool",
     "TVRHBA_ServiceAffectsElement",
     "TVRHBA_ServiceAvailableToElement",
     "TVRHBA_UseOfLog",
     "TVRHBA_VMSystemDevice",
-    "TVRHBA_VPortHostedDependency",
-    "TVRHBA_VirtualFCPort",
 };
 
 // Of all methods these are carried out, each as "CLASS.METHOD".
-constexpr std::array<std::string_view, 0> carried_out = {};
+constexpr std::string_view carried_out[] = {
+    "TVRHBA_BootBIOSService.DisableBootBIOS",
+    "TVRHBA_BootBIOSService.EnableBootBIOS",
+    "TVRHBA_BootBIOSService.GetBootBIOSStatus",
+    "TVRHBA_BootBIOSService.StartService",
+    "TVRHBA_DumpService.DeleteDump",
+    "TVRHBA_DumpService.GenerateDump",
+    "TVRHBA_DumpService.GetDumpFileNames",
+    "TVRHBA_FCHBADriverParamService.SetDriverParameter",
+    "TVRHBA_FCHBADriverParamService.StartService",
+    "TVRHBA_FCHBAWWNService.ChangeWWN",
+    "TVRHBA_FCHBAWWNService.GetWWNCapability",
+    "TVRHBA_FCHBAWWNService.ReadWWN",
+    "TVRHBA_FCHBAWWNService.RestoreWWN",
+    "TVRHBA_SoftwareInstallationService.InstallFromByteStream",
+    "TVRHBA_SoftwareInstallationService.InstallFromURI",
+    "TVRHBA_SoftwareInstallationService.ResetHBA",
+    "TVRHBA_SoftwareInstallationService.SetPortEnabled",
+    "TVRHBA_SoftwareInstallationService.StartService",
+};
 
 } // namespace
 
@@ -69,8 +78,8 @@ bool is_always_empty(const tvrmof::Class& model) {
 
 bool is_unsupported(const tvrmof::Class& model, const tvrmof::Feature& method) {
     return model.name.starts_with(own_classes) &&
-           std::find(carried_out.begin(), carried_out.end(), model.name + "." + method.name) ==
-               carried_out.end();
+           std::find(std::begin(carried_out), std::end(carried_out),
+                     model.name + "." + method.name) == std::end(carried_out);
 }
 
 } // namespace tvrcim

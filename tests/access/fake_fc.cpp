@@ -454,6 +454,18 @@ RM_STATUS LRM_SetBootBiosState(HBA_WWN, uint32_t enable) {
     return request(__func__, enable);
 }
 
+RM_STATUS RM_ImportHBAFileA(const char* path) {
+    return request(__func__, path);
+}
+
+RM_STATUS RM_VerifyFirmwareA(HBA_WWN host, HBA_WWN port, const char* path) {
+    return request(__func__, static_cast<int>(host.wwn[0]), static_cast<int>(port.wwn[0]), path);
+}
+
+RM_STATUS LRM_DownloadFirmware(HBA_WWN, const char* path, uint32_t flags) {
+    return request(__func__, path, flags);
+}
+
 RM_STATUS LRM_ResetHBA(HBA_WWN, uint32_t mode) {
     return request(__func__, mode);
 }

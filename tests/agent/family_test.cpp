@@ -4,6 +4,7 @@
 #include "runtime/provider.h"
 
 #include <map>
+#include <set>
 
 namespace cimple {
 namespace {
@@ -48,6 +49,19 @@ bool collect(Instance* instance, int, void* collected) {
     return true;
 }
 
+// Of the latter, what clients can change, and what the methods that they have come to without
+// arguments.
+const std::map<std::string, int> modifiable = {{"DumpData", MODIFY_INSTANCE_FAILED},
+                                               {"FCPort", MODIFY_INSTANCE_INVALID_PARAMETER},
+                                               {"ProviderConfigSetting", MODIFY_INSTANCE_FAILED}};
+const std::set<std::string> callable = {
+    "DeleteDump",        "DisableBootBIOS",  "EnableBootBIOS",       "GenerateDump",
+    "GetBootBIOSStatus", "GetDumpFileNames", "GetWWNCapability",     "ChangeWWN",
+    "ReadWWN",           "RestoreWWN",       "SetDriverParameter",   "InstallFromURI",
+    "ResetHBA",          "SetPortEnabled",   "InstallFromByteStream"};
+const std::set<std::string> startable = {"BootBIOSService", "FCHBADriverParamService",
+                                         "SoftwareInstallationService"};
+
 class Providers : public With_Agent {};
 
 TEST_F(Providers, LoadEnumerateRefuseAndUnload) {
@@ -85,12 +99,17 @@ TEST_F(Providers, LoadEnumerateRefuseAndUnload) {
         EXPECT_EQ(provider.call(OPERATION_DELETE_INSTANCE, model.get()),
                   DELETE_INSTANCE_UNSUPPORTED);
         EXPECT_EQ(provider.call(OPERATION_MODIFY_INSTANCE, model.get(), model.get()),
-                  MODIFY_INSTANCE_UNSUPPORTED);
+                  modifiable.contains(name) ? modifiable.at(name)
+                                            : int{MODIFY_INSTANCE_UNSUPPORTED});
         for (const Meta_Feature* feature : *at->meta_class) {
             if (feature->has(FLAG_METHOD)) {
                 const Ref<Instance> call(create(&as_method(*feature), true));
                 EXPECT_EQ(provider.call(OPERATION_INVOKE_METHOD, model.get(), call.get()),
-                          INVOKE_METHOD_UNSUPPORTED)
+                          callable.contains(feature->name) ||
+                                  (startable.contains(name) &&
+                                   std::string(feature->name) == "StartService")
+                              ? INVOKE_METHOD_OK
+                              : INVOKE_METHOD_UNSUPPORTED)
                     << feature->name;
             }
         }

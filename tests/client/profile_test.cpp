@@ -40,11 +40,11 @@ TEST_F(Client, AProfileIsFoundByItsKeyToTheLetter) {
     EXPECT_EQ(manager().get_instance(path("TVR:storage hba")).rc, 6);
 }
 
-// By profiles, which need no agent, and by ports, which need one.
+// By profiles, which need no agent, and by controllers, which need one.
 TEST_F(Client, WhatIsntOfferedIsRefused) {
     for (const auto& [name_space, class_name, method] :
          {std::tuple{interop, "TVRHBA_RegisteredProfile", "openCONFORMANTinstances"},
-          {client::name_space, "TVRHBA_FCPort", "requestSTATEchange"}}) {
+          {client::name_space, "TVRHBA_PortController", "requestSTATEchange"}}) {
         SCOPED_TRACE(class_name);
         const Cim_Instance instance =
             manager().enumerate_instances(name_space, class_name).instances.at(0);

@@ -1,0 +1,43 @@
+#include "providers/service_call.h"
+
+#include "access/method_wrapper.h"
+#include "agent/port_lookup.h"
+#include "common/logger.h"
+
+namespace cimple {
+
+bool is_known(const Instance_Map& map, const Instance* instance) {
+    return map.empty() || map.find(instance) >= 0;
+}
+
+bool is_first(const Instance_Map& map, const Instance* instance) {
+    return map.empty() || key_eq(map.get(0), instance);
+}
+
+const TVRHBA_FCPort* find_target(const Instance_Maps& maps, const Instance* target) {
+    if (!is_a<TVRHBA_FCPort>(target)) {
+        return nullptr;
+    }
+    const auto* port = static_cast<const TVRHBA_FCPort*>(target);
+    return IsValidFCPort(maps, port->DeviceID.value) ? port : nullptr;
+}
+
+bool read_name(HBA_WWN& name, const String& device_id, const Name_Lines& lines) {
+    char text[TVR_MethodWrapper::hbaNameTextSize];
+    if (TVR_MethodWrapper::Id2HBAName(text, device_id.c_str()) != 0) {
+        TVR_LOG("%s", lines.no_text);
+        return false;
+    }
+    if (TVR_MethodWrapper::str2HBAName(&name, text) != 0) {
+        TVR_LOG("%s", lines.no_name);
+        return false;
+    }
+    return true;
+}
+
+void request_rebuild(ProviderAgent& agent) {
+    agent.m_bForceAdapterRefresh = true;
+    agent.BuildCimpleInfo();
+}
+
+} // namespace cimple
