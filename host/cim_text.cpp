@@ -74,6 +74,20 @@ std::optional<bool> boolean(std::string_view text) {
     return std::nullopt;
 }
 
+// Where nothing but a boolean is meant, in further words of people.
+Cim_Value boolean_of(std::string_view text) {
+    constexpr std::pair<const char*, bool> words[] = {
+        {"true", true},   {"yes", true}, {"on", true},   {"1", true},
+        {"false", false}, {"no", false}, {"off", false}, {"0", false}};
+    for (const auto& [word, value] : words) {
+        if (same_name(text, word)) {
+            return value;
+        }
+    }
+    throw Value_Error("takes true or false (or yes, no, on, off, 1, 0), not \"" +
+                      std::string(text) + "\"");
+}
+
 Cim_Value untyped_key(std::string_view text, bool quoted) {
     if (quoted) {
         return Cim_Value(text);
@@ -174,6 +188,24 @@ std::string key_list(const tvrmof::Class& model) {
     return list.empty() ? "none" : list;
 }
 
+// The elements between commas; none for an empty text.
+Cim_Value array_of_words(std::string_view text, const tvrmof::Typed& declared,
+                         const tvrmof::Schema* schema, const std::string& name_space) {
+    tvrmof::Typed element = declared;
+    element.is_array = false;
+    std::vector<Cim_Value> elements;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find(',', at), text.size());
+        elements.push_back(
+            parse_value(trimmed(text.substr(at, end - at)), element, schema, name_space));
+        at = end + 1;
+        if (at == text.size()) {
+            throw Value_Error("ends with a comma");
+        }
+    }
+    return Cim_Value::array(declared_type(declared), std::move(elements));
+}
+
 } // namespace
 
 Cim_Value parse_value(std::string_view text, const tvrmof::Typed& declared,
@@ -181,6 +213,10 @@ Cim_Value parse_value(std::string_view text, const tvrmof::Typed& declared,
     const Cim_Type type = declared_type(declared);
     if (text == "NULL") {
         return Cim_Value::null(type, declared.is_array);
+    }
+    const bool has_commas = type == Cim_Type::reference || type == Cim_Type::instance;
+    if (declared.is_array && !has_commas && !trimmed(text).starts_with('[')) {
+        return array_of_words(text, declared, schema, name_space);
     }
     if (declared.is_array || type == Cim_Type::instance) {
         Json json;
@@ -202,10 +238,7 @@ Cim_Value parse_value(std::string_view text, const tvrmof::Typed& declared,
     case Cim_Type::reference:
         return parse_path(text, schema, name_space);
     case Cim_Type::boolean:
-        if (const auto value = boolean(text)) {
-            return *value;
-        }
-        throw Value_Error("takes TRUE or FALSE, not \"" + std::string(text) + "\"");
+        return boolean_of(text);
     case Cim_Type::real32:
     case Cim_Type::real64: {
         double value = 0;

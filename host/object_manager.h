@@ -294,9 +294,10 @@ private:
 Cim_Path parse_path(std::string_view text, const tvrmof::Schema* schema,
                     const std::string& name_space);
 
-// Reads a value of a declared type from what a person writes: a number, TRUE, text without quotes,
-// a datetime, a path; for an array a JSON array such as [1, 2]; NULL for no value. Throws
-// Value_Error that names what would be right.
+// Reads a value of a declared type from what a person writes: a number, true or yes or on, text
+// without quotes, a datetime, a path; NULL for no value. An array is its elements with commas
+// between them, or a JSON array such as ["a, b", "c"]; one of paths or instances is the latter.
+// Throws Value_Error that names what would be right.
 Cim_Value parse_value(std::string_view text, const tvrmof::Typed& declared,
                       const tvrmof::Schema* schema, const std::string& name_space);
 

@@ -7,6 +7,8 @@
 #include "host/tvrcim/not_served.h"
 #include "host/tvrcim/output.h"
 #include "host/tvrcim/progress.h"
+#include "host/tvrcim/result_codes.h"
+#include "host/tvrcim/value_names.h"
 
 #include <algorithm>
 
@@ -236,7 +238,8 @@ void change_instance(Session& session, const std::string& text,
             throw Usage_Error("property " + property.name + " stands there twice");
         }
         instance.properties.set(property.name,
-                                session.read_value(value, property, path.name_space));
+                                session.read_value(number_of_name(&model, property.name, value),
+                                                   property, path.name_space));
         changed.push_back(property.name);
     }
     const Progress progress("changing " + text);
@@ -276,18 +279,27 @@ void call_method(Session& session, const std::string& text, const std::string& m
         answer = session.manager.invoke_method(path, method.name, in);
     }
     Session::check(answer, path.text() + " " + method.name);
+    const tvrhost::Cim_Value& result = answer.return_value();
+    const std::string meaning = result_meaning(model, method.name, result);
+    session.status = result.literal() == "0" ? success : cim_error;
     if (session.format == Format::json) {
         Json out = Json::object();
         for (const Named_Value& value : answer.out) {
             out[value.name] = to_json(value.value);
         }
-        print_json(session, {{"method", method.name},
-                             {"returnValue", to_json(answer.return_value())},
-                             {"out", std::move(out)}});
+        Json json = {{"method", method.name}, {"returnValue", to_json(result)}};
+        if (!meaning.empty()) {
+            json["meaning"] = meaning;
+        }
+        json["out"] = std::move(out);
+        print_json(session, json);
         return;
     }
-    session.out << method.name << " returned " << answer.return_value().literal() << '\n';
-    print_values(session, answer.out);
+    session.out << method.name << " returned " << result.literal()
+                << (meaning.empty() ? "" : " (" + meaning + ")") << '\n';
+    print_values(session, answer.out, [&](const Named_Value& argument) {
+        return output_literal(model, method.name, argument);
+    });
 }
 
 } // namespace tvrcim

@@ -1,5 +1,19 @@
 # bash completion for tvrcim
 
+# The methods of a class, or the arguments of one behind its name.
+_tvrcim_method() {
+    local class=$1 position=$2 method=$3 current=$4 words=()
+    mapfile -t words < <("${COMP_WORDS[0]}" classes "$class" 2>/dev/null | sed -n 's/^  \([A-Za-z]*([^)]*)\).*/\1/p')
+    if [[ $position -eq 2 ]]; then
+        words=("${words[@]%%(*}")
+    else
+        mapfile -t words < <(printf '%s\n' "${words[@]}" | sed -n "s/^$method(\\(.*\\))\$/\\1/Ip" |
+            tr ',' '\n' | sed -n '/^ *out /!s/.* \([A-Za-z]*\)\(\[\]\)*$/\1=/p')
+        compopt -o nospace 2>/dev/null
+    fi
+    mapfile -t COMPREPLY < <(compgen -W "${words[*]}" -- "$current")
+}
+
 _tvrcim() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local commands='list tree classes enum get set call assoc refs graph shell help'
@@ -62,6 +76,16 @@ _tvrcim() {
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
         ;;
     enum | classes | get | set | call | assoc | refs | graph)
+        # Behind the path of an instance; bash has broken that into words of its own.
+        if [[ $command == call ]]; then
+            local line=${COMP_LINE:0:COMP_POINT} typed=()
+            read -ra typed <<<"${line#* call }"
+            [[ $line == *' ' ]] && typed+=('')
+            if [[ ${#typed[@]} -ge 2 ]]; then
+                _tvrcim_method "${typed[0]%%.*}" "${#typed[@]}" "${typed[1]}" "$current"
+                return
+            fi
+        fi
         # The first word behind the command is a class, or a path that begins with one.
         if [[ $behind -eq 0 && $current != *.* ]]; then
             mapfile -t words < <("${COMP_WORDS[0]}" classes 2>/dev/null | awk 'NR > 1 { print $1 }')

@@ -107,15 +107,49 @@ Words path_words(Session& session, const std::string& word) {
     return words;
 }
 
-Words argument_words(const tvrmof::Class* model, const std::string& method_name) {
+// Names of instances of a class, as a reference takes them.
+Words instance_names(Session& session, const tvrmof::Class& model) {
+    Words words;
+    for (const tvrmof::Feature* key : model.keys()) {
+        if (!names_system_or_class(key->name) && !key->is_reference) {
+            const Words values = key_values(session, model, key->name);
+            words.insert(words.end(), values.begin(), values.end());
+        }
+    }
+    return words;
+}
+
+// NAME=, then NAME=VALUE where the declaration tells the values.
+Words argument_words(Session& session, const tvrmof::Class* model, const std::string& method_name,
+                     const std::string& word) {
     const tvrmof::Feature* const method =
         model == nullptr ? nullptr : model->find(method_name, Feature_Kind::method);
     Words words;
-    if (method != nullptr) {
+    if (method == nullptr) {
+        return words;
+    }
+    const std::size_t equals = word.find('=');
+    if (equals == std::string::npos) {
         for (const tvrmof::Parameter& parameter : method->parameters) {
             if (parameter.in()) {
                 words.push_back(parameter.name + "=");
             }
+        }
+        return words;
+    }
+    const tvrmof::Parameter* const parameter = method->parameter(word.substr(0, equals));
+    Words values;
+    if (parameter != nullptr && parameter->is_reference && !parameter->is_array) {
+        const tvrmof::Class* const target = session.class_meant(*parameter);
+        values = target == nullptr ? values : instance_names(session, *target);
+    } else if (parameter != nullptr && parameter->type == tvrmof::Type::boolean) {
+        values = {"true", "false"};
+    }
+    const std::string typed = word.substr(equals + 1);
+    const std::optional<std::string> digits = wwn_digits(typed);
+    for (const std::string& value : values) {
+        if (begins(value, typed) || (digits && value.starts_with(*digits))) {
+            words.push_back(word.substr(0, equals + 1) + value);
         }
     }
     return words;
@@ -165,7 +199,8 @@ Words candidates(Session& session, const Words& words) {
         return feature_words(model, false, "=");
     }
     if (name == "call") {
-        return words.size() == 3 ? feature_words(model, true, "") : argument_words(model, words[2]);
+        return words.size() == 3 ? feature_words(model, true, "")
+                                 : argument_words(session, model, words[2], word);
     }
     return {};
 }

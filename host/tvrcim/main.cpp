@@ -60,7 +60,7 @@ int run(const Program& program) {
         return run_shell(session);
     }
     program.command(session);
-    return success;
+    return session.status;
 }
 
 int start(int argc, char** argv) {

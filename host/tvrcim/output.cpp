@@ -43,7 +43,7 @@ void print_json(Session& session, const Json& json) {
 }
 
 void print_values(Session& session, const tvrhost::Named_Values& values,
-                  const tvrmof::Class* model) {
+                  const std::function<std::string(const Named_Value&)>& text) {
     std::size_t width = 0;
     for (const Named_Value& value : values) {
         width = std::max(width, value.name.size());
@@ -51,16 +51,17 @@ void print_values(Session& session, const tvrhost::Named_Values& values,
     for (const Named_Value& value : values) {
         const std::string before =
             "  " + value.name + std::string(width - value.name.size(), ' ') + " = ";
-        print_wrapped(session, before, std::string(before.size(), ' '),
-                      model == nullptr ? value.value.literal() : named_literal(model, value));
+        print_wrapped(session, before, std::string(before.size(), ' '), text(value));
     }
 }
 
 void print_instance(Session& session, const Cim_Instance& instance) {
     session.out << instance.path.text() << '\n';
     const tvrmof::Schema* const schema = session.manager.schema();
+    const tvrmof::Class* const model =
+        schema == nullptr ? nullptr : schema->find(instance.path.class_name);
     print_values(session, instance.properties,
-                 schema == nullptr ? nullptr : schema->find(instance.path.class_name));
+                 [model](const Named_Value& value) { return named_literal(model, value); });
 }
 
 void print_answer(Session& session, const tvrhost::Answer& answer) {

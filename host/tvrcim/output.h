@@ -9,10 +9,9 @@ namespace tvrcim {
 
 void print_json(Session& session, const tvrhost::Json& json);
 
-// A line per value: its name, padded, and its literal; where `model` is given, with the meaning of
-// numbers.
+// A line per value: its name, padded, and what `text` makes of it.
 void print_values(Session& session, const tvrhost::Named_Values& values,
-                  const tvrmof::Class* model = nullptr);
+                  const std::function<std::string(const tvrhost::Named_Value&)>& text);
 void print_instance(Session& session, const tvrhost::Cim_Instance& instance);
 
 // The paths and instances of an answer: a JSON array, or paths a line each and instances with an

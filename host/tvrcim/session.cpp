@@ -1,5 +1,7 @@
 #include "host/tvrcim/session.h"
 
+#include "host/declared_type.h"
+#include "host/tvrcim/byte_file.h"
 #include "host/tvrcim/errors.h"
 #include "host/tvrcim/near_names.h"
 #include "host/tvrcim/progress.h"
@@ -46,20 +48,29 @@ template <class Fits> auto as_wwn(Fits fits) {
     };
 }
 
-template <class Fits>
-std::vector<Cim_Path> fitting(const std::vector<Cim_Path>& paths, const Cim_Path& wanted,
-                              Fits fits) {
-    std::vector<Cim_Path> result;
-    for (const Cim_Path& path : paths) {
-        if (std::all_of(wanted.keys.begin(), wanted.keys.end(), [&](const Named_Value& key) {
-                const Cim_Value* const value = path.keys.find(key.name);
-                return value != nullptr && fits(*value, key.value);
-            })) {
-            result.push_back(path);
-        }
+// The paths that are chosen by equal keys, else by a WWN, else by the beginning of a key.
+template <class Chooses>
+std::vector<Cim_Path> fitting(const std::vector<Cim_Path>& paths, Chooses chooses) {
+    const auto is_equal = [](const Cim_Value& value, const Cim_Value& key) { return value == key; };
+    const auto all = [&](auto fits) {
+        std::vector<Cim_Path> result;
+        std::copy_if(paths.begin(), paths.end(), std::back_inserter(result),
+                     [&](const Cim_Path& path) { return chooses(path, fits); });
+        return result;
+    };
+    std::vector<Cim_Path> found = all(is_equal);
+    if (found.empty()) {
+        found = all(as_wwn(is_equal));
     }
-    return result;
+    if (found.empty()) {
+        found = all(begins_with);
+    }
+    return found.empty() ? all(as_wwn(begins_with)) : found;
 }
+
+// What the module takes where its methods are declared for elements of any class.
+constexpr std::pair<const char*, const char*> meant_classes[] = {
+    {"Target", "TVRHBA_FCPort"}, {"ManagedElement", "TVRHBA_PortController"}};
 
 // "KEY=value, value, ..." for the key whose values differ most among the paths.
 std::string telling_key(const std::vector<Cim_Path>& paths) {
@@ -210,42 +221,59 @@ Cim_Path Session::find_path(const std::string& text) {
         return wanted;
     }
 
-    tvrhost::Answer answer;
-    {
-        const Progress progress("looking for " + text);
-        answer = manager.enumerate_instance_names(wanted.name_space, wanted.class_name);
-        if (!answer.ok() && !is_served(model)) {
-            answer.paths = ends_of(model);
-            answer.rc = answer.paths.empty() ? answer.rc : 0;
-        }
-    }
+    const tvrhost::Answer answer = names_of(model, wanted.name_space, text);
     if (stands && !answer.ok()) {
         return wanted;
     }
     check(answer, text);
-    const auto is_equal = [](const Cim_Value& value, const Cim_Value& key) { return value == key; };
-    std::vector<Cim_Path> found = fitting(answer.paths, wanted, is_equal);
-    if (found.empty()) {
-        found = fitting(answer.paths, wanted, as_wwn(is_equal));
-    }
-    if (found.empty()) {
-        found = fitting(answer.paths, wanted, begins_with);
-    }
-    if (found.empty()) {
-        found = fitting(answer.paths, wanted, as_wwn(begins_with));
-    }
-    if (found.size() == 1) {
-        return found.front();
-    }
+    const std::vector<Cim_Path> found =
+        fitting(answer.paths, [&](const Cim_Path& path, const auto& fits) {
+            return std::all_of(wanted.keys.begin(), wanted.keys.end(), [&](const Named_Value& key) {
+                const Cim_Value* const value = path.keys.find(key.name);
+                return value != nullptr && fits(*value, key.value);
+            });
+        });
     if (found.empty() && stands) {
         return wanted;
     }
-    if (found.empty() && answer.paths.empty()) {
+    return the_only(found, answer.paths, model, text);
+}
+
+Cim_Path Session::find_named(const std::string& name, const tvrmof::Class& model) {
+    const tvrhost::Answer answer = names_of(model, name_space_of(model), name);
+    check(answer, name);
+    const Cim_Value wanted(name);
+    const std::vector<Cim_Path> found =
+        fitting(answer.paths, [&](const Cim_Path& path, const auto& fits) {
+            return std::any_of(path.keys.begin(), path.keys.end(), [&](const Named_Value& key) {
+                return !names_system_or_class(key.name) && fits(key.value, wanted);
+            });
+        });
+    return the_only(found, answer.paths, model, name);
+}
+
+tvrhost::Answer Session::names_of(const tvrmof::Class& model, const std::string& name_space,
+                                  const std::string& text) {
+    const Progress progress("looking for " + text);
+    tvrhost::Answer answer = manager.enumerate_instance_names(name_space, model.name);
+    if (!answer.ok() && !is_served(model)) {
+        answer.paths = ends_of(model);
+        answer.rc = answer.paths.empty() ? answer.rc : 0;
+    }
+    return answer;
+}
+
+Cim_Path Session::the_only(const std::vector<Cim_Path>& found, const std::vector<Cim_Path>& among,
+                           const tvrmof::Class& model, const std::string& text) {
+    if (found.size() == 1) {
+        return found.front();
+    }
+    if (among.empty()) {
         explain_nothing();
-        throw Cim_Error(text + ": " + wanted.class_name + " has no instances");
+        throw Cim_Error(text + ": " + model.name + " has no instances");
     }
     if (found.empty()) {
-        throw Cim_Error(text + ": no such instance; " + telling_key(answer.paths));
+        throw Cim_Error(text + ": no such instance; " + telling_key(among));
     }
     throw Usage_Error(text + " fits " + std::to_string(found.size()) + " instances; " +
                       telling_key(found));
@@ -260,14 +288,35 @@ void Session::check_exists(const Cim_Path& path) {
     }
 }
 
+const tvrmof::Class* Session::class_meant(const tvrmof::Typed& reference) const {
+    const tvrmof::Schema& schema = *manager.schema();
+    for (const auto& [name, class_name] : meant_classes) {
+        if (tvrhost::same_name(reference.name, name) && schema.is_a(class_name, reference.target)) {
+            return schema.find(class_name);
+        }
+    }
+    return schema.find(reference.target);
+}
+
 Cim_Value Session::read_value(const std::string& text, const tvrmof::Typed& declared,
                               const std::string& name_space) {
     if (declared.is_reference && !declared.is_array && text != "NULL") {
+        const std::size_t colon = text.rfind(':'); // behind a namespace
+        const bool is_path = text.find('=') != std::string::npos ||
+                             manager.schema()->find(text.substr(colon + 1)) != nullptr;
+        const tvrmof::Class* const model = class_meant(declared);
+        if (!is_path && !text.empty() && model != nullptr) {
+            return find_named(text, *model);
+        }
         bool is_whole = false;
         Cim_Path path = read_path(text, is_whole);
         return is_whole ? std::move(path) : find_path(text);
     }
     try {
+        if (declared.is_array && tvrhost::declared_type(declared) == Cim_Type::uint8 &&
+            text.starts_with('@')) {
+            return read_bytes(text.substr(1));
+        }
         return tvrhost::parse_value(text, declared, manager.schema(), name_space);
     } catch (const tvrhost::Value_Error& error) {
         throw Usage_Error(declared.name + ": " + error.what());
@@ -277,6 +326,11 @@ Cim_Value Session::read_value(const std::string& text, const tvrmof::Typed& decl
 std::string identity(Cim_Path path) {
     path.name_space.clear();
     return path.text();
+}
+
+bool names_system_or_class(const std::string& key) {
+    return tvrhost::same_name(key, "CreationClassName") ||
+           tvrhost::same_name(key.substr(0, 6), "System");
 }
 
 std::pair<std::string, std::string> split_assignment(const std::string& text) {

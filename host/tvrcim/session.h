@@ -4,6 +4,7 @@
 #define TVR_HOST_TVRCIM_SESSION_H
 
 #include "host/object_manager.h"
+#include "host/tvrcim/errors.h"
 
 #include <functional>
 #include <ostream>
@@ -27,6 +28,8 @@ public:
     std::function<std::size_t()> width = [] { return std::size_t{0}; };
     // For those who found nothing: throws Cim_Error where the reason is known.
     std::function<void()> explain_nothing = [] {};
+    // The status of the command, which it may change where it says itself what went wrong.
+    Exit_Status status = success;
 
     // The class of that name. Throws Usage_Error that suggests near names.
     const tvrmof::Class& find_class(const std::string& name) const;
@@ -51,7 +54,15 @@ public:
     // found nothing from there on.
     void check_exists(const tvrhost::Cim_Path& path);
 
-    // A text as a value of what is declared. A path in it is completed if it lacks keys.
+    // The instance of the class, or of one below it, that has the name as a text key, as
+    // `find_path` compares it. Keys that name the system or the class don't count.
+    tvrhost::Cim_Path find_named(const std::string& name, const tvrmof::Class& model);
+
+    // The class by which a name finds what a reference shall lead to.
+    const tvrmof::Class* class_meant(const tvrmof::Typed& reference) const;
+
+    // A text as a value of what is declared. A path in it is completed if it lacks keys; for a
+    // reference a name does as well. "@FILE" is the content of a file for an array of bytes.
     tvrhost::Cim_Value read_value(const std::string& text, const tvrmof::Typed& declared,
                                   const std::string& name_space);
 
@@ -59,6 +70,11 @@ private:
     // `is_whole` tells if the path has all keys.
     tvrhost::Cim_Path read_path(const std::string& text, bool& is_whole) const;
     std::vector<tvrhost::Cim_Path> ends_of(const tvrmof::Class& model) const;
+    tvrhost::Answer names_of(const tvrmof::Class& model, const std::string& name_space,
+                             const std::string& text);
+    tvrhost::Cim_Path the_only(const std::vector<tvrhost::Cim_Path>& found,
+                               const std::vector<tvrhost::Cim_Path>& among,
+                               const tvrmof::Class& model, const std::string& text);
 
     std::string _name_space;
 };
@@ -66,6 +82,9 @@ private:
 // Names an instance whatever the namespace: ends of associations may lack the one that the instance
 // has where it is served.
 std::string identity(tvrhost::Cim_Path path);
+
+// True of a key that tells the system or the class of an instance, and not which one it is.
+bool names_system_or_class(const std::string& key);
 
 // "NAME=VALUE" in its parts. Throws Usage_Error.
 std::pair<std::string, std::string> split_assignment(const std::string& text);

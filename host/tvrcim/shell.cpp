@@ -25,7 +25,9 @@ std::vector<std::string> split_words(const std::string& line) {
             in_word = false;
             continue;
         }
-        const bool keep = in_word; // KEY="VALUE" goes on to the reader of paths as it is
+        // CLASS.KEY="VALUE" and [1, "b"] go on to their readers as they are; NAME="VALUE" has no
+        // other.
+        const bool keep = in_word && word.find_first_of("=.") + 1 != word.size();
         in_word = true;
         if (c == '\\' && i + 1 < line.size()) {
             word += line[++i];
@@ -69,9 +71,10 @@ int run_line(Session& session, std::vector<std::string> words, int status) {
     if (const std::optional<int> over = read_shell_line(std::move(words), command, session.out)) {
         return *over;
     }
+    session.status = success;
     command(session);
     session.out << std::flush;
-    return success;
+    return session.status;
 }
 
 } // namespace

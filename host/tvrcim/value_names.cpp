@@ -160,6 +160,13 @@ bool is_below(const tvrmof::Class* model, std::string_view name) {
     return false;
 }
 
+std::span<const Name> names_of(const tvrmof::Class* model, const std::string& property) {
+    const auto table = std::find_if(std::begin(tables), std::end(tables), [&](const Table& each) {
+        return tvrmof::same_name(each.property, property) && is_below(model, each.class_name);
+    });
+    return table == std::end(tables) ? std::span<const Name>() : table->names;
+}
+
 std::string with_name(const Cim_Value& value, std::span<const Name> names) {
     std::string literal = value.literal();
     const auto name = std::find_if(names.begin(), names.end(), [&](const Name& each) {
@@ -172,20 +179,28 @@ std::string with_name(const Cim_Value& value, std::span<const Name> names) {
 
 std::string named_literal(const tvrmof::Class* model, const tvrhost::Named_Value& property) {
     const Cim_Value& value = property.value;
-    const auto table = std::find_if(std::begin(tables), std::end(tables), [&](const Table& each) {
-        return tvrmof::same_name(each.property, property.name) && is_below(model, each.class_name);
-    });
-    if (table == std::end(tables) || value.is_null()) {
+    const std::span<const Name> names = names_of(model, property.name);
+    if (names.empty() || value.is_null()) {
         return value.literal();
     }
     if (!value.is_array()) {
-        return with_name(value, table->names);
+        return with_name(value, names);
     }
     std::string text = "{";
     for (const Cim_Value& element : value.elements()) {
-        text += (text.size() == 1 ? "" : ", ") + with_name(element, table->names);
+        text += (text.size() == 1 ? "" : ", ") + with_name(element, names);
     }
     return text + "}";
+}
+
+std::string number_of_name(const tvrmof::Class* model, const std::string& property,
+                           const std::string& text) {
+    for (const Name& name : names_of(model, property)) {
+        if (tvrmof::same_name(name.text, text)) {
+            return std::to_string(name.value);
+        }
+    }
+    return text;
 }
 
 } // namespace tvrcim

@@ -12,6 +12,11 @@ namespace tvrcim {
 // A property's value as a literal, with the meaning of each number that has one: "2 (OK)".
 std::string named_literal(const tvrmof::Class* model, const tvrhost::Named_Value& property);
 
+// The number of a property's value that is given by its meaning, in any case; other texts as they
+// are.
+std::string number_of_name(const tvrmof::Class* model, const std::string& property,
+                           const std::string& text);
+
 } // namespace tvrcim
 
 #endif

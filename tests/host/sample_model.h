@@ -28,7 +28,8 @@ inline std::shared_ptr<const tvrmof::Schema> sample_model() {
             string Words[];
             datetime Since;
             uint32 Turn([In] uint16 Steps, [In] string Label, [In] Test_Thing REF Other,
-                        [In(false), Out] string Said, [In, Out] uint32 Total);
+                        [In(false), Out] string Said, [In, Out] uint32 Total,
+                        [In] uint8 Image[]);
         };
         class Test_Special : Test_Thing {
             string Extra;

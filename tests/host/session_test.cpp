@@ -8,6 +8,8 @@
 #include "host/tvrcim/shell.h"
 #include "tests/host/host_fixture.h"
 
+#include <filesystem>
+#include <fstream>
 #include <sstream>
 
 namespace tvrtest {
@@ -33,6 +35,8 @@ TEST(Shell_Words, are_split_as_people_expect) {
     EXPECT_THAT(split_words("get 'A.b=\"c d\"'"), ElementsAre("get", "A.b=\"c d\""));
     EXPECT_THAT(split_words("set A \"w=[1, 2]\" x=\\ y ''"),
                 ElementsAre("set", "A", "w=[1, 2]", "x= y", ""));
+    EXPECT_THAT(split_words("set A w=\"x y\" z=[\"a\",1]"),
+                ElementsAre("set", "A", "w=x y", "z=[\"a\",1]"));
     EXPECT_THROW(split_words("get 'A"), Usage_Error);
     EXPECT_THROW(split_words("get A=\"b"), Usage_Error);
 }
@@ -131,24 +135,75 @@ TEST_F(Session_Test, set_sends_typed_values_and_the_names_of_what_changes) {
                       "tvrcim: PROP=VALUE is required; 'tvrcim set --help' tells the usage\n");
 }
 
-TEST_F(Session_Test, call_shows_result_and_output) {
-    thing.invoke = [](Request& r) {
-        EXPECT_EQ(CMGetArg(r.in, "Steps", nullptr).value.uint16, 3);
-        CMPIObjectPath* const other = CMGetArg(r.in, "Other", nullptr).value.ref;
-        EXPECT_EQ(CMGetKey(other, "Slot", nullptr).value.uint16, 2);
-        const CMPIUint32 code = 7;
+TEST_F(Session_Test, call_takes_what_people_write_and_tells_what_came_of_it) {
+    CMPIUint32 code = 0;
+    std::string seen;
+    thing.invoke = [&](Request& r) {
+        const CMPIData steps = CMGetArg(r.in, "Steps", nullptr);
+        const CMPIData other = CMGetArg(r.in, "Other", nullptr);
+        const CMPIData image = CMGetArg(r.in, "Image", nullptr);
+        seen = steps.type == CMPI_uint16 ? std::to_string(steps.value.uint16) : "";
+        if (other.type == CMPI_ref) {
+            const CMPIData name = CMGetKey(other.value.ref, "Name", nullptr);
+            seen += std::string(" ") + CMGetCharPtr(name.value.string);
+        }
+        for (CMPICount i = 0;
+             image.type == CMPI_uint8A && i < CMGetArrayCount(image.value.array, nullptr); ++i) {
+            seen += " " +
+                    std::to_string(CMGetArrayElementAt(image.value.array, i, nullptr).value.uint8);
+        }
         CMAddArg(r.out, "Said", "well", CMPI_chars);
         CMReturnData(r.result, &code, CMPI_uint32);
         return CMPI_RC_OK;
     };
-    EXPECT_EQ(shell("call Test_Thing.Name=alpha turn steps=3 Other=Test_Thing.Slot=2"), success);
-    EXPECT_EQ(out.str(), "Turn returned 7\n  Said = \"well\"\n");
-    EXPECT_EQ(shell("call Test_Thing.Name=alpha turn Said=x\n"
-                    "call Test_Thing.Name=alpha turn Steps=1 steps=2"),
-              usage_error);
-    EXPECT_THAT(errors, HasSubstr("takes no argument Said; it is Turn(uint16 Steps, string Label, "
-                                  "Test_Thing ref Other, out string Said, in out uint32 Total)"));
-    EXPECT_THAT(errors, HasSubstr("argument Steps stands there twice"));
+    const auto call = [&](const std::string& arguments) {
+        return shell("call Test_Thing.Name=alpha turn " + arguments);
+    };
+    const std::string file = ::testing::TempDir() + "image.bin";
+    std::ofstream(file, std::ios::binary) << "\xff\n" << '\0';
+    const std::pair<std::string, const char*> cases[] = {
+        {"steps=0x3 Other=Test_Thing.Slot=2", "3 beta"},
+        {"other=10:00:02:54:56:4b", " 10000254564B0000_5"},
+        {"Other=alpi", " alpine"},
+        {"Image=1,0x2", " 1 2"},
+        {"Image=@" + file, " 255 10 0"},
+    };
+    for (const auto& [arguments, arrived] : cases) {
+        EXPECT_EQ(call(arguments), success) << errors;
+        EXPECT_EQ(seen, arrived) << arguments;
+    }
+    std::filesystem::resize_file(file, (8u << 20) + 1);
+    const std::pair<std::string, const char*> complaints[] = {
+        {"Said=x", "takes no argument Said; it is Turn(uint16 Steps, string Label, Test_Thing ref "
+                   "Other, out string Said, in out uint32 Total, uint8 Image[])"},
+        {"Steps=1 steps=2", "argument Steps stands there twice"},
+        {"Other=beta", "beta fits 2 instances; Slot is 1, 2"},
+        {"Other=gamma", "gamma: no such instance; Name is \"alpha\", "},
+        {"Image=@/nonexistent", "Image: there is no file '/nonexistent'"},
+        {"Image=@/", "Image: '/' is no file"},
+        {"Image=@" + file, "is larger than 8 MiB"},
+        {"Image=1,300", "Image: 300 is beyond uint8, at most 255"},
+    };
+    for (const auto& [arguments, complaint] : complaints) {
+        EXPECT_NE(call(arguments), success);
+        EXPECT_THAT(errors, HasSubstr(complaint));
+    }
+    std::filesystem::remove(file);
+
+    const std::pair<CMPIUint32, const char*> results[] = {
+        {0, "0 (success)"},
+        {7, "7"},
+        {33068, "33068 (not an instance of this service)"},
+        {40092,
+         "40092 (adapter library: status 92, WWN management is not available on this adapter)"},
+        {40042, "40042 (adapter library: status 42)"}};
+    for (const auto& [value, text] : results) {
+        code = value;
+        out.str({});
+        EXPECT_EQ(call(""), value == 0 ? success : cim_error);
+        EXPECT_EQ(out.str(), "Turn returned " + std::string(text) + "\n  Said = \"well\"\n");
+    }
+    EXPECT_EQ(shell("classes Test_Other"), success) << "and not the status before it";
 }
 
 TEST_F(Session_Test, the_shell_goes_on_after_errors_until_exit) {
@@ -225,6 +280,7 @@ TEST_F(Session_Test, completion_offers_what_may_follow) {
                  {"set Test_Thing.Slot=1 Cou", {"Count="}},
                  {"call Test_Thing.Slot=1 tu", {"Turn"}},
                  {"call Test_Thing.Slot=1 Turn St", {"Steps="}},
+                 {"call Test_Thing.Slot=1 Turn Other=alp", {"Other=alpha", "Other=alpine"}},
                  {"enum Test_Thing -p Cou", {"Count"}},
                  {"enum Test_Thing --na", {"--names"}},
                  {"help li", {"list"}},

@@ -99,15 +99,18 @@ TEST_F(Text, values_are_read_by_their_declaration) {
     EXPECT_EQ(value("Test_Thing", "Offset", "-128"), Cim_Value(std::int8_t{-128}));
     EXPECT_EQ(value("Test_Thing", "Words", "[\"a\", \"b\"]"),
               Cim_Value::array_of<const char*>({"a", "b"}));
+    EXPECT_EQ(value("Test_Thing", "Words", "a, b"), value("Test_Thing", "Words", "[\"a\", \"b\"]"));
+    EXPECT_EQ(value("Test_Thing", "Words", ""), Cim_Value::array(Cim_Type::string));
+    EXPECT_EQ(value("Test_Thing", "Ready", "On"), Cim_Value(true));
     EXPECT_EQ(value("Test_Thing", "Count", "NULL"), Cim_Value::null(Cim_Type::uint32));
     EXPECT_EQ(value("Test_Link", "Left", "Test_Thing.Name=a").as_path().keys["Name"],
               Cim_Value("a"));
     const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"Count", "-1", "below uint32"},    {"Count", "4294967296", "at most 4294967295"},
-        {"Count", "1 2", "takes a number"}, {"Count", "99999999999999999999", "takes a number"},
-        {"Offset", "128", "at most 127"},   {"Ready", "yes", "TRUE or FALSE"},
-        {"Since", "now", "yyyymmdd"},       {"Words", "a", "an array such as"},
-        {"Words", "{}", "array of string"}, {"Words", "[1]", "takes string"},
+        {"Count", "-1", "below uint32"},      {"Count", "4294967296", "at most 4294967295"},
+        {"Count", "1 2", "takes a number"},   {"Count", "99999999999999999999", "takes a number"},
+        {"Offset", "128", "at most 127"},     {"Ready", "2", "true or false"},
+        {"Since", "now", "yyyymmdd"},         {"Words", "[a", "an array such as"},
+        {"Words", "a,", "ends with a comma"}, {"Words", "[1]", "takes string"},
     };
     for (const auto& [property, text, complaint] : cases) {
         EXPECT_THAT(error_of([&, &property = property, &text = text] {
