@@ -4,6 +4,7 @@
 #include "agent/clear_maps.h"
 #include "agent/computer_system.h"
 #include "agent/creation.h"
+#include "agent/driver_log.h"
 #include "agent/driver_parameters.h"
 #include "agent/dump_instances.h"
 #include "agent/port_virtualization.h"
@@ -44,8 +45,11 @@ void create_from_adapters(const Rebuild& rebuild) {
 }
 
 // What an adapter has beside its ports. None of it keeps the rest from being made.
-void create_features(Instance_Maps& maps) {
+void create_features(Instance_Maps& maps, const Data* data) {
     TVR_LOG("Calling FC_CreateDumpClasses");
+    TVR_LOG(CreateFCDriverLogClasses(maps, data) == 0
+                ? "FC Driver Log classes are successfully created"
+                : "Issue with FC Driver Log classes");
     if (const uint32 status = FC_CreateDumpClasses(maps); status == 0) {
         TVR_LOG("FC_CreateDumpClasses succesful");
     } else {
@@ -75,7 +79,7 @@ uint32 updateAdapterMaps(const Rebuild& rebuild) {
     create_profiles(maps, host);
     try {
         create_from_adapters(rebuild);
-        create_features(maps);
+        create_features(maps, data);
     } catch (const Rebuild_Ended&) {
         return TVR_FAILURE;
     } catch (...) {

@@ -2,6 +2,7 @@
 #include "agent/record_log.h"
 
 #include "agent/creation.h"
+#include "agent/driver_log.h"
 #include "agent/profiles.h"
 
 namespace cimple {
@@ -38,8 +39,7 @@ void create_record_log(Instance_Maps& maps, const Host_Facts& host, const TVR_Fi
     if (!log) {
         return;
     }
-    log->InstanceID.set(std::string("TVRHBA:ProviderLog:") +
-                        maps.computer_system().Name.value.c_str());
+    log->InstanceID.set(provider_log_id(maps));
     log->Name.set("Record logs for Tavrin CIM Provider");
     log->ElementName.set("Record logs for Tavrin CIM Provider");
     log->MaxNumberOfRecords.set(uint64{TVR_CIMLogger::capacity});

@@ -27,19 +27,19 @@ const std::map<std::string, std::string> by_hand = {{"FCPort", "unload enum"},
                                                     {"DriverParams", "enum"},
                                                     {"DumpData", "enum"},
                                                     {"DumpService", "enum"},
-                                                    {"FCDriverLogEntry", "unload"},
+                                                    {"FCDriverLogEntry", "unload enum"},
                                                     {"FCHBADiagnosticTest", "unload enum"},
                                                     {"FCHBADriverParamService", "enum"},
                                                     {"FCHBAWWNService", "enum"},
                                                     {"FCPortStatistics", ""},
                                                     {"HelpService", "unload enum"},
-                                                    {"LogEntry", ""},
+                                                    {"LogEntry", "enum"},
                                                     {"ProviderConfigSetting", "enum"},
                                                     {"RecordLog", "enum"},
                                                     {"RegisteredProfile", ""},
                                                     {"SoftwareInstallationService", "enum"},
                                                     {"DriverRecordLogManagesRecord", ""},
-                                                    {"RecordLogManagesRecord", ""},
+                                                    {"RecordLogManagesRecord", "enum"},
                                                     {"AlertIndication", ""}};
 
 bool collect(Instance* instance, int, void* collected) {
@@ -54,13 +54,27 @@ bool collect(Instance* instance, int, void* collected) {
 const std::map<std::string, int> modifiable = {{"DumpData", MODIFY_INSTANCE_FAILED},
                                                {"FCPort", MODIFY_INSTANCE_INVALID_PARAMETER},
                                                {"ProviderConfigSetting", MODIFY_INSTANCE_FAILED}};
-const std::set<std::string> callable = {
-    "DeleteDump",        "DisableBootBIOS",  "EnableBootBIOS",       "GenerateDump",
-    "GetBootBIOSStatus", "GetDumpFileNames", "GetWWNCapability",     "ChangeWWN",
-    "ReadWWN",           "RestoreWWN",       "SetDriverParameter",   "InstallFromURI",
-    "ResetHBA",          "SetPortEnabled",   "InstallFromByteStream"};
-const std::set<std::string> startable = {"BootBIOSService", "FCHBADriverParamService",
-                                         "SoftwareInstallationService"};
+const std::set<std::string> callable = {"BootBIOSService.StartService",
+                                        "BootBIOSService.EnableBootBIOS",
+                                        "BootBIOSService.DisableBootBIOS",
+                                        "BootBIOSService.GetBootBIOSStatus",
+                                        "DumpService.DeleteDump",
+                                        "DumpService.GenerateDump",
+                                        "DumpService.GetDumpFileNames",
+                                        "FCHBADriverParamService.StartService",
+                                        "FCHBADriverParamService.SetDriverParameter",
+                                        "FCHBAWWNService.ChangeWWN",
+                                        "FCHBAWWNService.GetWWNCapability",
+                                        "FCHBAWWNService.ReadWWN",
+                                        "FCHBAWWNService.RestoreWWN",
+                                        "RecordLog.ClearLog",
+                                        "RecordLog.RequestStateChange",
+                                        "RecordLog.SetLogParams",
+                                        "SoftwareInstallationService.StartService",
+                                        "SoftwareInstallationService.InstallFromByteStream",
+                                        "SoftwareInstallationService.InstallFromURI",
+                                        "SoftwareInstallationService.ResetHBA",
+                                        "SoftwareInstallationService.SetPortEnabled"};
 
 class Providers : public With_Agent {};
 
@@ -105,11 +119,8 @@ TEST_F(Providers, LoadEnumerateRefuseAndUnload) {
             if (feature->has(FLAG_METHOD)) {
                 const Ref<Instance> call(create(&as_method(*feature), true));
                 EXPECT_EQ(provider.call(OPERATION_INVOKE_METHOD, model.get(), call.get()),
-                          callable.contains(feature->name) ||
-                                  (startable.contains(name) &&
-                                   std::string(feature->name) == "StartService")
-                              ? INVOKE_METHOD_OK
-                              : INVOKE_METHOD_UNSUPPORTED)
+                          callable.contains(name + "." + feature->name) ? INVOKE_METHOD_OK
+                                                                        : INVOKE_METHOD_UNSUPPORTED)
                     << feature->name;
             }
         }
