@@ -111,7 +111,20 @@ CMPIStatus deliver(const CMPIBroker* broker, const CMPIContext* context, const c
     if (entries == nullptr || object == nullptr) {
         return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
     }
-    side.deliver({text_of(name_space), side.books.copy(*object, "deliverIndication")});
+    if (Scope_Frame::top(side.books) == nullptr) {
+        side.books.fault(Fault_Kind::outside_scope,
+                         "deliverIndication on a thread that is neither in a call nor attached" +
+                             side.books.place());
+        return {CMPI_RC_ERR_FAILED, nullptr};
+    }
+    Indication delivered{text_of(name_space), side.books.copy(*object, "deliverIndication")};
+    const std::string what = delivered.instance.class_name() + " in " + delivered.name_space;
+    if (!side.deliver(std::move(delivered))) {
+        side.books.fault(Fault_Kind::no_filter, "deliverIndication of " + what +
+                                                    ", for which no filter is active" +
+                                                    side.books.place());
+        return {CMPI_RC_ERR_FAILED, nullptr};
+    }
     return {CMPI_RC_OK, nullptr};
 }
 

@@ -13,7 +13,7 @@ struct Broker_Side {
     Books& books;
     Object_Manager& manager;
     const Options& options;
-    std::function<void(Indication)> deliver;
+    std::function<bool(Indication)> deliver; // false if nobody wants it
     std::string owner; // the class that the broker was given to; empty if to none
 };
 

@@ -1,5 +1,6 @@
 // The function tables of the encapsulated data.
 #include "host/declared_type.h"
+#include "host/filters.h"
 #include "host/objects.h"
 
 #include <algorithm>
@@ -679,21 +680,7 @@ CMPIStatus result_error(const CMPIResult* result, const CMPIError*) {
                : status(CMPI_RC_ERR_NOT_SUPPORTED);
 }
 
-// ---- select expression: what SELECT * FROM C asks for, without a condition
-
-std::optional<std::string> selected_class(std::string_view query) {
-    std::vector<std::string> words;
-    for (std::size_t at = 0;
-         (at = query.find_first_not_of(" \t\n", at)) != std::string_view::npos;) {
-        const std::size_t end = std::min(query.find_first_of(" \t\n", at), query.size());
-        words.emplace_back(query.substr(at, end - at));
-        at = end;
-    }
-    if (words.size() == 4 && same_name(words[0], "select") && same_name(words[2], "from")) {
-        return words[3];
-    }
-    return std::nullopt;
-}
+// ---- select expression
 
 CMPIBoolean select_evaluate(const CMPISelectExp* select, const CMPIInstance* instance,
                             CMPIStatus* rc) {

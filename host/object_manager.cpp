@@ -1,8 +1,7 @@
 #include "host/object_manager.h"
 
-#include "host/broker.h"
 #include "host/declared_type.h"
-#include "host/mi_table.h"
+#include "host/object_manager_rep.h"
 
 #include <algorithm>
 #include <iostream>
@@ -42,15 +41,6 @@ constexpr Code_Name code_names[] = {
     {CMPI_RC_ERROR_SYSTEM, "CMPI_RC_ERROR_SYSTEM"},
     {CMPI_RC_ERROR, "CMPI_RC_ERROR"},
 };
-
-constexpr std::size_t indication_limit = 10000; // the oldest go first
-
-Answer refusal(int rc, std::string message) {
-    Answer answer;
-    answer.rc = rc;
-    answer.message = std::move(message);
-    return answer;
-}
 
 // A property list as CMPI wants it: null-terminated, or null.
 class Property_List {
@@ -116,71 +106,6 @@ const Cim_Value& Answer::return_value() const noexcept {
 
 // ---- what the manager is made of
 
-struct Object_Manager::Rep {
-    Rep(Object_Manager& manager, Options given);
-
-    // Makes one call of an MI. `invoke` gets the MI, the context and the result of the call.
-    template <class MI, class Invoke>
-    Answer call(const std::string& class_name, Kind kind, const char* operation, const Call& how,
-                Invoke invoke);
-
-    // Makes a call that answers with instances or paths for each class that serves part of it.
-    template <class Ask>
-    Answer each_class(const std::string& name_space, const std::string& class_name, const Call& how,
-                      bool names, const Properties& properties, Ask ask);
-
-    // Makes a call for each served association class that can answer it, or the one that the call
-    // names.
-    template <class Ask>
-    Answer each_association(const Cim_Path& path, const Association_Filter& filter, const Call& how,
-                            Ask ask);
-    bool joins(const tvrmof::Class& association, const Cim_Path& path,
-               const Association_Filter& filter) const;
-    bool are_related(const std::string& a, const std::string& b) const;
-
-    bool is_a(const std::string& descendant, const std::string& ancestor) const {
-        return same_name(descendant, ancestor) ||
-               (schema != nullptr && schema->is_a(descendant, ancestor));
-    }
-    bool registered_in(const std::string& name_space) const;
-    Answer unknown(const std::string& class_name, const char* kind) const;
-
-    // The given instance at that path, or null; with the lock held.
-    Cim_Instance* given(const Cim_Path& path);
-    Cim_Instance filtered(const Cim_Instance& instance, const Properties& properties) const;
-
-    struct Filter {
-        const CMPISelectExp* expression;
-        const char* class_name;
-        const CMPIObjectPath* path;
-        CMPIBoolean edge; // the first activation, or the last deactivation
-    };
-    template <class Invoke>
-    Answer filter_call(const std::string& name_space, const std::string& class_name,
-                       const std::string& query, const Call& how, const char* operation, int step,
-                       Invoke invoke);
-    void check_method(const Cim_Path& path, const std::string& method, const Answer& answer);
-    void deliver(Indication indication);
-
-    Options options;
-    std::shared_ptr<const tvrmof::Schema> schema;
-    Module module;
-    Books books;
-    Broker_Side side;
-    Broker broker; // of no class
-    Mi_Table mis;
-
-    std::mutex instances_mutex;
-    std::vector<Cim_Instance> instances;
-
-    std::mutex indications_mutex;
-    std::condition_variable indication_came;
-    std::deque<Indication> indications;
-    std::map<std::string, int> filters; // active ones, by class
-
-    std::atomic<bool> is_shut_down{false};
-};
-
 namespace {
 
 std::shared_ptr<const tvrmof::Schema> schema_of(const Options& options) {
@@ -199,35 +124,16 @@ std::shared_ptr<const tvrmof::Schema> schema_of(const Options& options) {
 Object_Manager::Rep::Rep(Object_Manager& manager, Options given)
     : options(std::move(given)), schema(schema_of(options)), module(options),
       books(tables_of(options.broker_version), schema.get(), options),
-      side{books, manager, options, [this](Indication each) { deliver(std::move(each)); }, {}},
-      broker(side), mis(module, side), instances(options.instances) {
+      side{books,
+           manager,
+           options,
+           [this](Indication each) { return deliver(std::move(each)); },
+           {}},
+      broker(side), mis(module, side), instances(options.instances), filters(books) {
     if (!options.instance_file.empty()) {
         std::vector<Cim_Instance> read = read_instances(options.instance_file, schema.get());
         std::move(read.begin(), read.end(), std::back_inserter(instances));
     }
-}
-
-template <class MI, class Invoke>
-Answer Object_Manager::Rep::call(const std::string& class_name, Kind kind, const char* operation,
-                                 const Call& how, Invoke invoke) {
-    Mi_Table::Entry entry = mis.enter(class_name, kind);
-    if (entry.mi == nullptr) {
-        return refusal(entry.rc, std::move(entry.message));
-    }
-    Answer answer;
-    const Scope_Frame scope(books, std::string(operation) + " " + class_name);
-    Named_Values entries;
-    entries.set(CMPIPrincipal, how.principal.value_or(options.principal));
-    entries.set(CMPIInvocationFlags, how.flags);
-    Context_Object* const context = books.make_context(std::move(entries));
-    Result_Object* const result = books.make(Result_Content{&answer});
-    context->is_argument = result->is_argument = true;
-    const CMPIStatus status = invoke(static_cast<MI*>(entry.mi), context, result, answer);
-    answer.rc = status.rc;
-    if (const auto* text = argument<String_Object>(books, status.msg, "a status's message")) {
-        answer.message = *text->content;
-    }
-    return answer;
 }
 
 bool Object_Manager::Rep::registered_in(const std::string& name_space) const {
@@ -605,162 +511,6 @@ Answer Object_Manager::reference_names(const Cim_Path& path, const std::string& 
         });
 }
 
-// ---- indications
-
-void Object_Manager::Rep::deliver(Indication indication) {
-    if (options.on_indication) {
-        options.on_indication(indication);
-    }
-    const std::lock_guard lock(indications_mutex);
-    indications.push_back(std::move(indication));
-    if (indications.size() > indication_limit) {
-        indications.pop_front();
-    }
-    indication_came.notify_all();
-}
-
-// One of the calls that come with a filter. `step` is what the call does to the number of active
-// filters of the class; `invoke` learns whether that makes or takes away the only one.
-template <class Invoke>
-Answer Object_Manager::Rep::filter_call(const std::string& name_space,
-                                        const std::string& class_name, const std::string& query,
-                                        const Call& how, const char* operation, int step,
-                                        Invoke invoke) {
-    const std::string& served = how.through.empty() ? class_name : how.through;
-    if (!mis.serves(served, Kind::indication)) {
-        return unknown(served, "indications");
-    }
-    bool edge = false;
-    if (step != 0) {
-        const std::lock_guard lock(indications_mutex);
-        int& count = filters[served];
-        edge = step > 0 ? count == 0 : count == 1;
-        count = std::max(0, count + step);
-    }
-    return call<CMPIIndicationMI>(
-        served, Kind::indication, operation, how,
-        [&](CMPIIndicationMI* mi, const CMPIContext* context, const CMPIResult* result, Answer&) {
-            const std::string text = query.empty() ? "SELECT * FROM " + class_name : query;
-            const Filter filter{books.make(Select_Content{text, "WQL"}), class_name.c_str(),
-                                books.make(Cim_Path(name_space, class_name)),
-                                edge ? CMPIBoolean{1} : CMPIBoolean{0}};
-            return invoke(mi, context, result, filter);
-        });
-}
-
-namespace {
-
-// Calls a member of the indication table; with the older argument list if that is asked for, in
-// which a result stands behind the context.
-template <class... Arguments>
-CMPIStatus call_with_filter(bool older,
-                            CMPIStatus (*member)(CMPIIndicationMI*, const CMPIContext*,
-                                                 Arguments...),
-                            CMPIIndicationMI* mi, const CMPIContext* context,
-                            const CMPIResult* result, Arguments... arguments) {
-    if (!older) {
-        return member(mi, context, arguments...);
-    }
-    using Older =
-        CMPIStatus (*)(CMPIIndicationMI*, const CMPIContext*, const CMPIResult*, Arguments...);
-    return reinterpret_cast<Older>(reinterpret_cast<void (*)()>(member))(mi, context, result,
-                                                                         arguments...);
-}
-
-} // namespace
-
-Answer Object_Manager::activate_filter(const std::string& name_space, const std::string& class_name,
-                                       const std::string& query, const Call& how) {
-    return _rep->filter_call(name_space, class_name, query, how, "activateFilter", 1,
-                             [&](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
-                                 return call_with_filter(
-                                     _rep->options.older_indication_arguments,
-                                     mi->ft->activateFilter, mi, context, result, filter.expression,
-                                     filter.class_name, filter.path, filter.edge);
-                             });
-}
-
-Answer Object_Manager::deactivate_filter(const std::string& name_space,
-                                         const std::string& class_name, const std::string& query,
-                                         const Call& how) {
-    return _rep->filter_call(
-        name_space, class_name, query, how, "deActivateFilter", -1,
-        [&](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
-            return call_with_filter(_rep->options.older_indication_arguments,
-                                    mi->ft->deActivateFilter, mi, context, result,
-                                    filter.expression, filter.class_name, filter.path, filter.edge);
-        });
-}
-
-Answer Object_Manager::authorize_filter(const std::string& name_space,
-                                        const std::string& class_name, const std::string& query,
-                                        const Call& how) {
-    const std::string owner = how.principal.value_or(_rep->options.principal);
-    return _rep->filter_call(
-        name_space, class_name, query, how, "authorizeFilter", 0,
-        [&](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
-            return call_with_filter(_rep->options.older_indication_arguments,
-                                    mi->ft->authorizeFilter, mi, context, result, filter.expression,
-                                    filter.class_name, filter.path, owner.c_str());
-        });
-}
-
-Answer Object_Manager::must_poll(const std::string& name_space, const std::string& class_name,
-                                 const std::string& query, const Call& how) {
-    return _rep->filter_call(
-        name_space, class_name, query, how, "mustPoll", 0,
-        [&](auto* mi, auto* context, auto* result, const Rep::Filter& filter) {
-            using Older = CMPIStatus (*)(CMPIIndicationMI*, const CMPIContext*,
-                                         const CMPISelectExp*, const char*, const CMPIObjectPath*);
-            if (_rep->options.older_indication_arguments) {
-                return reinterpret_cast<Older>(reinterpret_cast<void (*)()>(mi->ft->mustPoll))(
-                    mi, context, filter.expression, filter.class_name, filter.path);
-            }
-            return mi->ft->mustPoll(mi, context, result, filter.expression, filter.class_name,
-                                    filter.path);
-        });
-}
-
-Answer Object_Manager::enable_indications(const std::string& class_name, const Call& how) {
-    if (!_rep->mis.serves(class_name, Kind::indication)) {
-        return _rep->unknown(class_name, "indications");
-    }
-    return _rep->call<CMPIIndicationMI>(
-        class_name, Kind::indication, "enableIndications", how,
-        [](CMPIIndicationMI* mi, const CMPIContext* context, const CMPIResult*, Answer&) {
-            return mi->ft->enableIndications(mi, context);
-        });
-}
-
-Answer Object_Manager::disable_indications(const std::string& class_name, const Call& how) {
-    if (!_rep->mis.serves(class_name, Kind::indication)) {
-        return _rep->unknown(class_name, "indications");
-    }
-    return _rep->call<CMPIIndicationMI>(
-        class_name, Kind::indication, "disableIndications", how,
-        [](CMPIIndicationMI* mi, const CMPIContext* context, const CMPIResult*, Answer&) {
-            return mi->ft->disableIndications(mi, context);
-        });
-}
-
-std::optional<Indication> Object_Manager::next_indication(std::chrono::milliseconds wait) {
-    std::unique_lock lock(_rep->indications_mutex);
-    if (!_rep->indication_came.wait_for(lock, wait, [&] { return !_rep->indications.empty(); })) {
-        return std::nullopt;
-    }
-    Indication indication = std::move(_rep->indications.front());
-    _rep->indications.pop_front();
-    return indication;
-}
-
-std::vector<Indication> Object_Manager::take_indications() {
-    const std::lock_guard lock(_rep->indications_mutex);
-    std::vector<Indication> all(std::make_move_iterator(_rep->indications.begin()),
-                                std::make_move_iterator(_rep->indications.end()));
-    _rep->indications.clear();
-    return all;
-}
-
 // ---- the rest
 
 Object_Manager::Object_Manager(Options options)
@@ -806,14 +556,28 @@ void* Object_Manager::load(const std::string& class_name, Kind kind) {
 }
 
 int Object_Manager::unload(const std::string& class_name, bool terminating) {
-    return _rep->mis.unload(class_name, terminating);
+    const std::string served = _rep->declared_name(class_name);
+    if (terminating) {
+        _rep->unsubscribe_all(served);
+    }
+    const Filters::Turn turn(_rep->filters, served);
+    if (!_rep->filters.subscriptions(served).empty()) {
+        return CMPI_RC_ERR_FAILED;
+    }
+    const int rc = _rep->mis.unload(class_name, terminating);
+    if (rc == CMPI_RC_OK) {
+        _rep->filters.remove_all(served);
+    }
+    return rc;
 }
 
 void Object_Manager::shutdown() {
     if (_rep->is_shut_down.exchange(true)) {
         return;
     }
+    _rep->unsubscribe_all({});
     _rep->mis.shutdown();
+    _rep->filters.remove_all({});
     _rep->books.report_leaks();
 }
 

@@ -43,6 +43,8 @@ typedef struct _CMPIContext CMPIContext;
 namespace tvrhost {
 
 class Scope_Frame;
+class Object_Manager;
+struct Filter;
 
 // The object manager can't start: no module, no MOF, a malformed instance file. One line.
 class Start_Error : public std::runtime_error {
@@ -75,6 +77,7 @@ enum class Fault_Kind {
     missing_cleanup,   // a cleanup that failed, or requests in flight for ever at the end
     borrowed_release,  // the release of an element that belongs to its array
     ended_broker,      // a class's broker used after the class's last cleanup
+    no_filter,         // an indication delivered that no active filter takes
 };
 
 struct Fault {
@@ -173,6 +176,32 @@ struct Association_Filter {
     std::string result_role;
 };
 
+// The interest of a client in the indications of a class, from `subscribe` on. It ends with the
+// destructor, by `end`, with a terminating unload of the class, or with the object manager;
+// whichever is first. From then on no callback is going on or will be called. Not for several
+// threads at a time, and not to be ended from within a callback.
+class Subscription {
+public:
+    Subscription() = default;
+    Subscription(Subscription&& other) noexcept { *this = std::move(other); }
+    Subscription& operator=(Subscription&& other) noexcept;
+    ~Subscription();
+
+    // What came of the request.
+    const Answer& answer() const noexcept { return _answer; }
+    bool is_active() const noexcept;
+    // Switches indications off if no other filter of the class is active, and deactivates the
+    // filter. The answer is that of the first that failed; code 1 where it had ended before.
+    Answer end();
+
+private:
+    friend class Object_Manager;
+    Answer _answer;
+    Object_Manager* _manager = nullptr;
+    Call _call;
+    std::shared_ptr<Filter> _filter;
+};
+
 class Object_Manager {
 public:
     // Opens the module, reads MOF and instances. Throws Start_Error. No MI is loaded yet: that
@@ -218,7 +247,19 @@ public:
     Answer reference_names(const Cim_Path& path, const std::string& association_class = {},
                            const std::string& role = {}, const Call& call = {});
 
-    // Indications of a class. `first` and `last` are counted here over all namespaces.
+    // Subscribes to the indications of a class: authorizes and activates a filter, and switches the
+    // class's indications on if it is the first. Where one of these fails nothing stays active. The
+    // callback, which must not throw, is called on the thread that delivers, for what is of the
+    // query's class or below it and in the namespace. The query is SELECT * FROM a class without a
+    // condition; empty, it asks for the class. A class that subscriptions are active for isn't
+    // unloaded (code 1) unless it is terminated.
+    Subscription subscribe(const std::string& name_space, const std::string& class_name,
+                           std::function<void(const Indication&)> callback,
+                           const std::string& query = {}, const Call& call = {});
+
+    // The same one by one. `first` and `last` are counted here over all namespaces. What is
+    // delivered is accepted where an active filter takes it: from its activation to the end of its
+    // deactivation, in its namespace. All calls for a filter get the same expression.
     Answer activate_filter(const std::string& name_space, const std::string& class_name,
                            const std::string& query = {}, const Call& call = {});
     Answer deactivate_filter(const std::string& name_space, const std::string& class_name,
@@ -230,7 +271,7 @@ public:
     Answer enable_indications(const std::string& class_name, const Call& call = {});
     Answer disable_indications(const std::string& class_name, const Call& call = {});
 
-    // The next delivered indication, in order; empty if none comes within the time.
+    // The next accepted indication, in order; empty if none comes within the time.
     std::optional<Indication> next_indication(std::chrono::milliseconds wait);
     std::vector<Indication> take_indications(); // all that wait
 
@@ -281,6 +322,7 @@ public:
     };
 
 private:
+    friend class Subscription;
     struct Rep;
     std::unique_ptr<Rep> _rep;
 };

@@ -178,6 +178,9 @@ bool Tracker::release(Tracked& object, const void* caller) noexcept {
               std::string(object.kind) +
                   (object.is_argument ? " of a call" : ", an element of an array,") +
                   " released by the module" + place());
+        if (object.is_clone) {
+            return false; // its filter has it yet
+        }
     }
     if (!end(object, State::released, scope_label(), caller)) {
         const State state = state_of(object);
@@ -199,12 +202,12 @@ bool Tracker::release(Tracked& object, const void* caller) noexcept {
     return true;
 }
 
-void Tracker::end_context(Tracked& context) noexcept {
-    end(context, State::collected, scope_label(), nullptr);
+void Tracker::end_clone(Tracked& object) noexcept {
+    end(object, State::collected, scope_label(), nullptr);
     Objects ended;
     {
         const std::lock_guard lock(_mutex);
-        auto node = _clones.extract(&context);
+        auto node = _clones.extract(&object);
         if (!node.empty()) {
             ended.push_back(std::move(node.mapped().object));
         }
@@ -294,7 +297,7 @@ CMPIStatus Tracker::detach(Tracked& context) {
         return {CMPI_RC_ERR_FAILED, nullptr};
     }
     frame.reset();
-    end_context(context);
+    end_clone(context);
     return {CMPI_RC_OK, nullptr};
 }
 

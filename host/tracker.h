@@ -56,7 +56,7 @@ struct Tracked {
     const char* kind; // "CMPIString"
     std::atomic<State> state{State::live};
     bool is_clone = false;    // or a prepared context: no scope collects it
-    bool is_argument = false; // context or result of a call
+    bool is_argument = false; // context or result of a call, expression of a filter
     bool is_element = false;  // got from an array, to which it belongs
 
     // Of one that has ended: in which scope, by which code if by release, and what it was.
@@ -138,8 +138,9 @@ public:
     // Ends an object by release, asked for by the code at `caller`; false, and a fault, if it had
     // ended before.
     bool release(Tracked& object, const void* caller) noexcept;
-    // Ends a prepared context with its thread.
-    void end_context(Tracked& context) noexcept;
+    // Ends what the object manager itself keeps beyond scopes: a prepared context with its thread,
+    // an expression with its filter.
+    void end_clone(Tracked& object) noexcept;
     // True if the object is alive; a fault if not.
     bool is_live(const Tracked& object, const char* operation);
 

@@ -313,6 +313,22 @@ void add_commands(CLI::App& app, Command& chosen) {
             };
         });
     }
+    {
+        auto* const command = app.add_subcommand("watch", "Alerts as they arrive");
+        const auto read = words();
+        read->first = "TVRHBA_AlertIndication";
+        const auto count = std::make_shared<unsigned>(0);
+        command->add_option("CLASS", read->first,
+                            "indication class, TVRHBA_AlertIndication unless given");
+        command->add_option("--count", *count, "end after N alerts")
+            ->check(CLI::Range(1u, 1000000u))
+            ->type_name("N");
+        command->callback([&chosen, read, count] {
+            chosen = [read, count](Session& session) {
+                watch_alerts(session, read->first, *count);
+            };
+        });
+    }
     add_association_commands(app, chosen);
 }
 

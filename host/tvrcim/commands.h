@@ -47,6 +47,9 @@ struct Graph_Words {
 };
 void show_graph(Session& session, const Graph_Words& words);
 
+// `watch`, of an indication class, until `count` alerts have come, or without end if that is 0.
+void watch_alerts(Session& session, const std::string& class_name, unsigned count);
+
 } // namespace tvrcim
 
 #endif

@@ -45,6 +45,16 @@ Words class_words(Session& session, bool all, const char* suffix) {
     return words;
 }
 
+Words indication_words(Session& session) {
+    Words words;
+    for (const auto& model : session.manager.schema()->classes()) {
+        if (session.manager.serves(model->name, tvrhost::Kind::indication)) {
+            words.push_back(model->name);
+        }
+    }
+    return words;
+}
+
 Words feature_words(const tvrmof::Class* model, bool methods, const char* suffix) {
     Words words;
     for (const tvrmof::Feature* feature :
@@ -190,6 +200,9 @@ Words candidates(Session& session, const Words& words) {
     }
     if (name == "list" || name == "tree") {
         return port_words(session);
+    }
+    if (name == "watch") {
+        return indication_words(session);
     }
     if (words.size() == 2) {
         return name == "enum" || name == "classes" ? class_words(session, false, "")

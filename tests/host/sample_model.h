@@ -41,6 +41,13 @@ inline std::shared_ptr<const tvrmof::Schema> sample_model() {
             [Key] Test_Base REF Left;
             [Key] Test_Thing REF Right;
         };
+        [Indication] class Test_Event {
+            string Description;
+        };
+        [Indication] class Test_Alert : Test_Event {
+            datetime IndicationTime;
+            string ProbableCauseDescription;
+        };
         [Association] class Test_Far_Link {
             [Key] Test_Other REF Left;
             [Key] Test_Other REF Right;

@@ -34,6 +34,8 @@ struct Request {
     std::vector<std::string> words{}; // classes, roles, method, query, in the order of the call
     const CMPIArgs* in = nullptr;
     CMPIArgs* out = nullptr;
+    const CMPISelectExp* filter = nullptr;
+    bool edge = false; // the first filter, or the last, or the last cleanup
 };
 using Script = std::function<CMPIrc(Request&)>;
 
@@ -44,6 +46,7 @@ struct Scripted_Class {
     std::function<bool()> make = [] { return true; }; // the factory's success
     Script load, enumerate_names, enumerate, get, create, modify, remove, query, invoke;
     Script associators, associator_names, references, reference_names;
+    Script authorize, must_poll, activate, deactivate, enable, disable; // with kind N
     Script cleanup = [](Request&) { return CMPI_RC_OK; };
     std::atomic<int> made{0};
     std::atomic<int> cleaned_up{0};
@@ -52,6 +55,7 @@ struct Scripted_Class {
     CMPIInstanceMI instance_mi{};
     CMPIMethodMI method_mi{};
     CMPIAssociationMI association_mi{};
+    CMPIIndicationMI indication_mi{};
 };
 
 class Scripted_Module {
@@ -96,7 +100,8 @@ private:
     static void take(Request& r, const char* word) { r.words.push_back(word ? word : ""); }
     static void take(Request& r, const CMPIArgs* in) { r.in = in; }
     static void take(Request& r, CMPIArgs* out) { r.out = out; }
-    static void take(Request&, CMPIBoolean) {} // whether a cleanup is the last
+    static void take(Request& r, const CMPISelectExp* filter) { r.filter = filter; }
+    static void take(Request& r, CMPIBoolean edge) { r.edge = edge != 0; }
 
     // An entry of a function table: runs a script with what the call brought along.
     template <Script Scripted_Class::*script, class MI, class... Arguments>
@@ -140,6 +145,21 @@ private:
                 nullptr,
                 nullptr};
     }
+    static CMPIIndicationMIFT table(CMPIIndicationMI*) {
+        return {100,
+                100,
+                "indication",
+                on<&C::cleanup>,
+                on<&C::authorize>,
+                on<&C::must_poll>,
+                on<&C::activate>,
+                on<&C::deactivate>,
+                on<&C::enable>,
+                on<&C::disable>,
+                nullptr,
+                nullptr,
+                nullptr};
+    }
     template <std::size_t index, class MI, MI Scripted_Class::*Member>
     static MI* create(const CMPIBroker* broker, const CMPIContext* context, CMPIStatus*) {
         Scripted_Class& made = *slots()[index];
@@ -168,6 +188,9 @@ private:
         }
         if (kind == tvrhost::Kind::method) {
             return any(create<index, CMPIMethodMI, &C::method_mi>);
+        }
+        if (kind == tvrhost::Kind::indication) {
+            return any(create<index, CMPIIndicationMI, &C::indication_mi>);
         }
         return any(create<index, CMPIAssociationMI, &C::association_mi>);
     }

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace tvrtest {
 namespace {
@@ -204,6 +205,51 @@ TEST_F(Session_Test, call_takes_what_people_write_and_tells_what_came_of_it) {
         EXPECT_EQ(out.str(), "Turn returned " + std::string(text) + "\n  Said = \"well\"\n");
     }
     EXPECT_EQ(shell("classes Test_Other"), success) << "and not the status before it";
+}
+
+TEST_F(Session_Test, watch_shows_alerts_as_they_come_and_ends_in_order) {
+    Scripted_Class& alert = module.add("Test_Alert", "N");
+    alert.authorize = alert.must_poll = alert.activate = [](Request&) { return CMPI_RC_OK; };
+    bool is_deactivated = false;
+    alert.deactivate = [&](Request& r) {
+        is_deactivated = r.edge;
+        return CMPI_RC_OK;
+    };
+    std::thread worker;
+    alert.enable = [&](Request& r) {
+        worker = std::thread([broker = r.broker,
+                              context = CBPrepareAttachThread(r.broker, r.context)] {
+            CBAttachThread(broker, context);
+            for (const char* time : {"20240229133059.000000+060", ""}) {
+                CMPIInstance* const instance = CMNewInstance(
+                    broker, CMNewObjectPath(broker, "root/x", "Test_Alert", nullptr), nullptr);
+                CMSetProperty(instance, "Description", "Port\x1b down", CMPI_chars);
+                if (*time != '\0') {
+                    CMPIDateTime* const when = CMNewDateTimeFromChars(broker, time, nullptr);
+                    CMSetProperty(instance, "IndicationTime", &when, CMPI_dateTime);
+                    CMSetProperty(instance, "ProbableCauseDescription", "Link Down", CMPI_chars);
+                }
+                CBDeliverIndication(broker, context, "root/x", instance);
+            }
+            CBDetachThread(broker, context);
+        });
+        return CMPI_RC_OK;
+    };
+    alert.disable = [&](Request&) {
+        worker.join();
+        return CMPI_RC_OK;
+    };
+    EXPECT_EQ(shell("watch --count 2 test_alert"), success) << errors;
+    EXPECT_EQ(out.str(), "2024-02-29 13:30:59  Link Down  Port? down\n-  -  Port? down\n");
+    EXPECT_TRUE(is_deactivated);
+    out.str({});
+    session().format = Format::json;
+    EXPECT_EQ(shell("watch --count 1 Test_Alert"), success) << errors;
+    const std::string json = out.str();
+    EXPECT_THAT(json, StartsWith("{\"class\":"));
+    EXPECT_EQ(std::count(json.begin(), json.end(), '\n'), 1) << "one line an alert";
+    EXPECT_EQ(shell("watch Test_Thing"), cim_error);
+    EXPECT_THAT(errors, HasSubstr("served with no indications"));
 }
 
 TEST_F(Session_Test, the_shell_goes_on_after_errors_until_exit) {
