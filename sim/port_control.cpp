@@ -144,6 +144,7 @@ RM_STATUS ResetHBA(HBA_WWN port, uint32_t mode) {
             return RM_STATUS_ERROR;
         }
         restart(adapter, found, Restart::reset);
+        host.indexPorts();
         dropTemporaryValues(host.globalDriverParameters());
         return RM_STATUS_OK;
     });

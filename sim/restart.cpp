@@ -13,7 +13,7 @@ void dropTemporaryValues(std::optional<DriverParams>& parameters) {
     }
 }
 
-void restart(Adapter&, Port& port, Restart) {
+void restart(Adapter& adapter, Port& port, Restart how) {
     if (port.stateAfterReset) {
         setState(port, *std::exchange(port.stateAfterReset, std::nullopt));
     } else if (physicalStateOf(port) == RM_PORT_STATE_NEEDS_RESET) {
@@ -22,6 +22,7 @@ void restart(Adapter&, Port& port, Restart) {
         setState(port, HBA_PORTSTATE_LINKDOWN);
     }
     dropTemporaryValues(port.inventory.driverParameters);
+    activateNames(adapter, port, how);
 }
 
 } // namespace tvrsim

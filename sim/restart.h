@@ -14,6 +14,9 @@ enum class Restart {
 /// Brings a port, and its adapter as far as the port's function is concerned, through a restart.
 void restart(Adapter& adapter, Port& port, Restart how);
 
+/// The part of a restart that concerns world wide names.
+void activateNames(Adapter& adapter, Port& port, Restart how);
+
 /// Gives parameters their permanent values.
 void dropTemporaryValues(std::optional<DriverParams>& parameters);
 
