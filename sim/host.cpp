@@ -1,5 +1,7 @@
 #include "sim/host.h"
 
+#include "sim/restart.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -136,6 +138,19 @@ void Host::control(std::string_view request) {
         }
     }
     readDriverParams(reader, "globalDriverParameters", parameters);
+    bool reboots = false;
+    bool losesPower = false;
+    reader.flag("reboot", reboots);
+    reader.flag("powerCycle", losesPower);
+    if (reboots || losesPower) {
+        for (Adapter& adapter : adapters) {
+            for (Port& port : adapter.ports) {
+                restart(adapter, port, losesPower ? Restart::powerCycle : Restart::reboot);
+            }
+            adapter.hasChanged = true;
+        }
+        dropTemporaryValues(parameters);
+    }
     bool clear = false;
     bool resetCounts = false;
     reader.flag("clear", clear);

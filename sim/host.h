@@ -73,6 +73,10 @@ public:
     /// The parameters of the driver as a whole. Only for work that runs under the lock.
     std::optional<DriverParams>& globalDriverParameters() { return m_globalDriverParameters; }
 
+    /// Enters the ports by their names again. Only for work that runs under the lock and has
+    /// changed names.
+    void indexPorts();
+
     /// The counters of a port as they stand now; counts as one read of them.
     Attributes readStatistics(Port& port) const;
 
@@ -87,7 +91,6 @@ private:
     };
 
     Place find(const HBA_WWN& wwpn) const;
-    void indexPorts();
     Adapter* adapterOf(HBA_HANDLE handle);
     bool isStale(const Adapter& adapter, HBA_HANDLE handle) const;
     Subject subjectOfHandle(HBA_HANDLE handle, std::optional<HBA_UINT32> port);

@@ -42,7 +42,7 @@ struct Flash {
 
 struct DriverParam {
     RM_DRIVERPARAM record = {};
-    uint32_t permanent = 0; ///< what current returns to with a reset
+    uint32_t permanent = 0; ///< what current returns to with a restart
 };
 
 struct DriverParams {

@@ -1,5 +1,6 @@
 #include "sim/inventory.h"
 
+#include "sim/part_reader.h"
 #include "sim/scenario_names.h"
 
 #include <algorithm>
@@ -24,26 +25,6 @@ template <class Record> void readRecordBytes(ObjectReader& reader, Record& recor
         reader.bytes("bytes", bytes);
         std::memcpy(&record, bytes.data(), sizeof record);
     }
-}
-
-/// Reads a part of the inventory with read(reader, part), from its present or its usual values.
-template <class Part, class Read>
-void readPart(ObjectReader& owner, std::string_view name, std::optional<Part>& part,
-              Part (*usual)(), Read read) {
-    const Json* const value = owner.find(name);
-    if (value == nullptr) {
-        return;
-    }
-    if (value->is_null()) {
-        part.reset();
-        return;
-    }
-    if (!part) {
-        part = usual();
-    }
-    ObjectReader reader(*value, owner.pathOf(name));
-    read(reader, *part);
-    reader.finish();
 }
 
 /// Reads an array of which each element can stand for several. read(reader, copy) gives one.

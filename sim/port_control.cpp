@@ -1,6 +1,7 @@
 // What callers change at a port through the RM library: driver parameters, boot code, state, dumps.
 #include "sim/host.h"
 
+#include "sim/restart.h"
 #include "sim/rm_behaviour.h"
 
 #include <algorithm>
@@ -34,14 +35,20 @@ template <class Work> RM_STATUS withDumps(const HBA_WWN& port, Work work) {
     });
 }
 
-/// Adds a file; the oldest go when there are more than are to be kept.
+/// Removes the oldest files when there are more than are to be kept.
+void keepRetained(Dumps& dumps) {
+    const size_t kept = std::max(dumps.retentionCount, 1u);
+    if (dumps.files.size() > kept) {
+        dumps.files.erase(dumps.files.begin(),
+                          dumps.files.end() - static_cast<std::ptrdiff_t>(kept));
+    }
+}
+
 RM_STATUS writeDump(const HBA_WWN& port, const std::string& kind) {
     return withDumps(port, [&](Dumps& dumps) {
         dumps.files.push_back("tvrdump_" + wwnText(port) + kind + '_' +
                               std::to_string(++dumps.written) + ".dmp");
-        while (dumps.files.size() > std::max(dumps.retentionCount, 1u)) {
-            dumps.files.erase(dumps.files.begin());
-        }
+        keepRetained(dumps);
         return RM_STATUS_OK;
     });
 }
@@ -131,22 +138,14 @@ RM_STATUS SetPortEnabled(HBA_WWN port, uint8_t enable, uint8_t* state) {
 }
 
 RM_STATUS ResetHBA(HBA_WWN port, uint32_t mode) {
-    return Host::instance().withPort(port, [=](Adapter&, Port& found) {
+    Host& host = Host::instance();
+    return host.withPort(port, [&](Adapter& adapter, Port& found) {
         if (mode != 1) {
             return RM_STATUS_ERROR;
         }
-        if (found.stateAfterReset) {
-            setState(found, *std::exchange(found.stateAfterReset, std::nullopt));
-        } else if (physicalStateOf(found) == RM_PORT_STATE_NEEDS_RESET) {
-            setState(found, HBA_PORTSTATE_ONLINE);
-        } else if (physicalStateOf(found) == RM_PORT_STATE_DOWN_NEEDS_RESET) {
-            setState(found, HBA_PORTSTATE_LINKDOWN);
-        }
-        if (auto& parameters = found.inventory.driverParameters) {
-            for (DriverParam& each : parameters->entries) {
-                each.record.current = each.permanent;
-            }
-        }
+        restart(adapter, found, Restart::reset);
+        host.indexPorts();
+        dropTemporaryValues(host.globalDriverParameters());
         return RM_STATUS_OK;
     });
 }
@@ -202,6 +201,7 @@ RM_STATUS SetDumpRetentionCount(HBA_WWN port, uint32_t count) {
             return RM_STATUS_ERROR;
         }
         dumps.retentionCount = count;
+        keepRetained(dumps);
         return RM_STATUS_OK;
     });
 }

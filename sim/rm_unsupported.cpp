@@ -11,13 +11,6 @@ namespace tvrsim::behaviour {
         return status;                                                                             \
     }
 
-TVRSIM_REFUSE(ChangeWWN, RM_STATUS_WWN_NOT_AVAILABLE, HBA_WWN, HBA_WWN, HBA_WWN, uint32_t,
-              uint32_t*)
-TVRSIM_REFUSE(GetWWNCapability, RM_STATUS_WWN_NOT_AVAILABLE, HBA_WWN, uint32_t*)
-TVRSIM_REFUSE(ReadWWN, RM_STATUS_WWN_NOT_AVAILABLE, HBA_WWN, uint32_t, HBA_WWN*, HBA_WWN*,
-              uint32_t*)
-TVRSIM_REFUSE(RestoreWWN, RM_STATUS_WWN_NOT_AVAILABLE, HBA_WWN, uint32_t, uint32_t*)
-
 TVRSIM_REFUSE(DownloadFirmware, RM_STATUS_NOT_SUPPORTED, HBA_WWN, const char*, uint32_t)
 
 TVRSIM_REFUSE(DiagEchoTestV2, RM_STATUS_DIAG_NOT_AVAILABLE, HBA_WWN, HBA_WWN, uint32_t, uint32_t,

@@ -268,6 +268,7 @@ void readPortFields(const Json& value, const std::string& path, Port& port) {
     }
     reader.oneOf("beacon", port.beacon, beaconWords);
     readInventory(reader, port.inventory);
+    readNameManagement(reader, port.names);
     if (const Json* mapping = reader.find("mapping")) {
         readMappingFaults(*mapping, reader.pathOf("mapping"), port.mapping);
     }

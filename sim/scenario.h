@@ -4,6 +4,7 @@
 #include "sim/entry_points.h"
 #include "sim/inventory.h"
 #include "sim/targets.h"
+#include "sim/world_wide_names.h"
 
 #include <chrono>
 #include <map>
@@ -58,6 +59,7 @@ struct Port {
     std::map<uint16_t, Counter> statistics;
     Beacon beacon = Beacon::off;
     Inventory inventory;
+    std::optional<NameManagement> names; ///< empty: none
     std::shared_ptr<const TargetTable> targets = std::make_shared<const TargetTable>();
     CommandCounts failedCommands; ///< of units in the table of targets
     MappingFaults mapping;        ///< of LRM_GetFcpTargetMapping

@@ -167,4 +167,18 @@ inline constexpr std::array stalenessWords = {
     Named{"everyHandle", 2},
 };
 
+/// What world wide names wait for.
+inline constexpr std::array nameActivationWords = {
+    Named{"reset", 0},
+    Named{"reboot", 1},
+};
+
+inline constexpr std::array nameCapabilityWords = {
+    Named{"changeNonVolatile", RM_WWN_CAN_CHANGE_NON_VOLATILE},
+    Named{"changeVolatile", RM_WWN_CAN_CHANGE_VOLATILE},
+    Named{"needsReboot", RM_WWN_NEEDS_REBOOT},
+    Named{"needsReset", RM_WWN_NEEDS_RESET},
+    Named{"readOnly", RM_WWN_READ_ONLY},
+};
+
 } // namespace tvrsim

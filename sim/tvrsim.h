@@ -28,6 +28,9 @@ extern "C" {
  *   "adapters"     object of adapter name and the adapter fields to change
  *   "ports"        object of WWPN and the port fields to change
  *   "globalDriverParameters"  the parameters of the driver to change
+ *   "reboot"       true starts the host again, behind the changes above: what waits for a reset
+ *                  or a reboot takes effect, temporary driver parameters end
+ *   "powerCycle"   true does the same and ends volatile world wide names
  *   "clear"        true drops all rules of entry points
  *   "entryPoints"  rules as in a scenario; those of a named entry point replace its present ones
  *   "resetCounts"  true sets all call counts to 0

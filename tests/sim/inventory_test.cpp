@@ -247,6 +247,25 @@ TEST_F(InventoryTest, DriverParametersAreSetWithinTheirRange) {
     uint32_t count = 1;
     EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(thirdPort, &record, &count), 0U);
     EXPECT_EQ(record.current, 15U) << "global parameters are one list for all ports";
+
+    // Permanent values, and only they, outlive a new start.
+    for (const uint32_t permanent : {0U, RM_DRIVER_PARAM_PERMANENT}) {
+        for (const char* how : {"reset", R"({"reboot": true})", R"({"powerCycle": true})"}) {
+            for (const uint32_t scope : {0U, RM_DRIVER_PARAM_GLOBAL}) {
+                set(firstPort, "pace=11", scope | RM_DRIVER_PARAM_PERMANENT);
+                set(firstPort, "pace=13", scope | permanent);
+            }
+            if (*how == '{') {
+                change(how);
+            } else {
+                EXPECT_EQ(CALL(m_library, LRM_ResetHBA)(firstPort, 1), RM_STATUS_OK);
+            }
+            count = 1;
+            EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(firstPort, &record, &count), 0U);
+            EXPECT_EQ(record.current, permanent != 0 ? 13U : 11U) << how;
+            EXPECT_EQ(local(), permanent != 0 ? 13U : 11U) << how;
+        }
+    }
 }
 
 TEST_F(InventoryTest, PortsAreDisabledAndEnabledUnlessTheyBoot) {
@@ -294,6 +313,10 @@ TEST_F(InventoryTest, DumpsAreKeptInMemory) {
     small.count = 1;
     EXPECT_EQ(CALL(m_library, LRM_GetDumpFileNames)(firstPort, &small), RM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(small.count, 3U);
+    EXPECT_EQ(CALL(m_library, LRM_SetDumpRetentionCount)(firstPort, 2), RM_STATUS_OK);
+    EXPECT_THAT(dumpFiles(),
+                ElementsAre("tvrdump_1000025456000000_3.dmp", "tvrdump_1000025456000000_4.dmp"))
+        << "the oldest goes when fewer are to be kept";
     EXPECT_EQ(CALL(m_library, LRM_SetDumpRetentionCount)(firstPort, 1), RM_STATUS_OK);
     EXPECT_EQ(CALL(m_library, LRM_GenerateEfdDump)(firstPort, 6, 0), RM_STATUS_OK);
     EXPECT_THAT(dumpFiles(), ElementsAre("tvrdump_1000025456000000_type6_5.dmp"));

@@ -188,6 +188,8 @@ TEST(Scenario, SchemaOffersOnlyKnownFields) {
         {"flashImage", R"(port {"flash": {"images": [{$}]}})"},
         {"pciRegisters", R"(port {"pciRegisters": {$}})"},
         {"dumps", R"(port {"dumps": {$}})"},
+        {"wwnManagement", R"(port {"wwnManagement": {$}})"},
+        {"namePair", R"(port {"wwnManagement": {"factoryDefault": {$}}})"},
         {"target", R"(port {"targets": [{$}]})"},
         {"lun", R"(port {"targets": [{"luns": [{$}]}]})"},
         {"identifier", R"(port {"targets": [{"luns": [{"identifiers": [{$}]}]}]})"},
