@@ -118,9 +118,9 @@ RM_STATUS RM_GetLocalHBAInfo(RM_LOCALHBAARGUMENT* argument, RM_LOCALHBAINFO* inf
     });
 }
 
-RM_STATUS RM_ImportHBAFileA(const char*) {
+RM_STATUS RM_ImportHBAFileA(const char* path) {
     return guarded(EntryPoint::RM_ImportHBAFileA, {},
-                   [](Host&) { return RM_STATUS_NOT_SUPPORTED; });
+                   [=](Host&) { return behaviour::ImportHBAFile(path); });
 }
 
 RM_STATUS RM_IsLocalHBA(HBA_WWN port, uint32_t* isLocal) {
@@ -151,9 +151,9 @@ RM_STATUS RM_ValidateWwn(const HBA_WWN* wwn) {
     });
 }
 
-RM_STATUS RM_VerifyFirmwareA(HBA_WWN, HBA_WWN port, const char*) {
+RM_STATUS RM_VerifyFirmwareA(HBA_WWN, HBA_WWN port, const char* path) {
     return guarded(EntryPoint::RM_VerifyFirmwareA, subjectOf(port),
-                   [](Host&) { return RM_STATUS_NOT_SUPPORTED; });
+                   [=](Host&) { return behaviour::VerifyFirmware(port, path); });
 }
 
 #define TVRSIM_EXPORT(name, parameters, arguments)                                                 \

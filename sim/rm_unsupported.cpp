@@ -11,8 +11,6 @@ namespace tvrsim::behaviour {
         return status;                                                                             \
     }
 
-TVRSIM_REFUSE(DownloadFirmware, RM_STATUS_NOT_SUPPORTED, HBA_WWN, const char*, uint32_t)
-
 TVRSIM_REFUSE(DiagEchoTestV2, RM_STATUS_DIAG_NOT_AVAILABLE, HBA_WWN, HBA_WWN, uint32_t, uint32_t,
               uint32_t*, uint32_t, const void*)
 TVRSIM_REFUSE(DiagLoopBackTestV3, RM_STATUS_DIAG_NOT_AVAILABLE, HBA_WWN, uint32_t, uint32_t,

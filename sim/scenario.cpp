@@ -313,6 +313,8 @@ void readAdapterFields(ObjectReader& reader, Adapter& adapter, size_t index) {
     reader.number("driverType", adapter.driverType);
     reader.oneOf("attributeLengths", adapter.attributeLengths, attributeLengthsWords);
     reader.oneOf("staleness", adapter.staleness, stalenessWords);
+    reader.flag("firmwareNeedsReset", adapter.firmware.needsReset);
+    reader.flag("firmwareNeedsReboot", adapter.firmware.needsReboot);
     if (const Json* mapping = reader.find("mapping")) {
         readMappingFaults(*mapping, reader.pathOf("mapping"), adapter.mapping);
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sim/entry_points.h"
+#include "sim/firmware.h"
 #include "sim/inventory.h"
 #include "sim/targets.h"
 #include "sim/world_wide_names.h"
@@ -78,6 +79,7 @@ struct Adapter {
     Staleness staleness = Staleness::never;
     bool hasChanged = true; ///< since the last refresh
     MappingFaults mapping;  ///< of HBA_GetFcpTargetMapping
+    FirmwareUpdate firmware;
     std::vector<Port> ports;
 };
 
