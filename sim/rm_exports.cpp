@@ -27,6 +27,11 @@ Subject subjectOf(const HBA_WWN&, const HBA_WWN& port) {
     return Host::instance().subjectOf(port);
 }
 
+/// A virtual port is named by its entry in a list.
+Subject subjectOf(const RM_VPORTENTRY* virtualPort, RM_VMENTRY*) {
+    return virtualPort == nullptr ? Subject{} : Host::instance().subjectOf(virtualPort->wwpn);
+}
+
 template <class... Any> Subject subjectOf(const Any&...) {
     return {};
 }
