@@ -64,6 +64,12 @@ public:
         return place.port == nullptr ? RM_STATUS_ILLEGAL_WWN : work(*place.adapter, *place.port);
     }
 
+    /// Calls work with all adapters, under the lock.
+    template <class Work> RM_STATUS withAdapters(Work work) {
+        const std::lock_guard lock(m_mutex);
+        return work(m_adapters);
+    }
+
     bool isLocal(const HBA_WWN& wwpn);
 
     /// All ports in order of adapters.

@@ -17,6 +17,9 @@ void restart(Adapter& adapter, Port& port, Restart how);
 /// The part of a restart that concerns world wide names.
 void activateNames(Adapter& adapter, Port& port, Restart how);
 
+/// The part that concerns the adapter's firmware.
+void activateFirmware(Adapter& adapter, Restart how);
+
 /// Gives parameters their permanent values.
 void dropTemporaryValues(std::optional<DriverParams>& parameters);
 

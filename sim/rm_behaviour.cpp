@@ -39,6 +39,10 @@ constexpr std::array statusTexts = {
     StatusText{RM_STATUS_RESET_NOT_POSSIBLE, "Reset not possible"},
     StatusText{RM_STATUS_BUFFER_TOO_SMALL, "Buffer too small"},
     StatusText{RM_STATUS_BOOT_CODE_ENABLED, "Boot code enabled on a port function"},
+    StatusText{firmwareFileUnreadable, "Firmware file cannot be read or is empty"},
+    StatusText{firmwareFileMalformed, "File is no firmware image"},
+    StatusText{firmwareOfOtherModel, "Firmware image is for another adapter model"},
+    StatusText{firmwareNeedsReboot, "Firmware written, reboot required to activate it"},
 };
 
 } // namespace

@@ -9,6 +9,10 @@ namespace tvrsim::behaviour {
 TVRSIM_LRM_ENTRY_POINTS(TVRSIM_DECLARE)
 #undef TVRSIM_DECLARE
 
+/// The calls of one name that read firmware images.
+RM_STATUS ImportHBAFile(const char* path);
+RM_STATUS VerifyFirmware(const HBA_WWN& port, const char* path);
+
 /// The text of a status, empty when there is none.
 const char* statusText(RM_STATUS status);
 

@@ -27,6 +27,11 @@ Subject subjectOf(const HBA_WWN&, const HBA_WWN& port) {
     return Host::instance().subjectOf(port);
 }
 
+/// A virtual port is named by its entry in a list.
+Subject subjectOf(const RM_VPORTENTRY* virtualPort, RM_VMENTRY*) {
+    return virtualPort == nullptr ? Subject{} : Host::instance().subjectOf(virtualPort->wwpn);
+}
+
 template <class... Any> Subject subjectOf(const Any&...) {
     return {};
 }
@@ -118,9 +123,9 @@ RM_STATUS RM_GetLocalHBAInfo(RM_LOCALHBAARGUMENT* argument, RM_LOCALHBAINFO* inf
     });
 }
 
-RM_STATUS RM_ImportHBAFileA(const char*) {
+RM_STATUS RM_ImportHBAFileA(const char* path) {
     return guarded(EntryPoint::RM_ImportHBAFileA, {},
-                   [](Host&) { return RM_STATUS_NOT_SUPPORTED; });
+                   [=](Host&) { return behaviour::ImportHBAFile(path); });
 }
 
 RM_STATUS RM_IsLocalHBA(HBA_WWN port, uint32_t* isLocal) {
@@ -151,9 +156,9 @@ RM_STATUS RM_ValidateWwn(const HBA_WWN* wwn) {
     });
 }
 
-RM_STATUS RM_VerifyFirmwareA(HBA_WWN, HBA_WWN port, const char*) {
+RM_STATUS RM_VerifyFirmwareA(HBA_WWN, HBA_WWN port, const char* path) {
     return guarded(EntryPoint::RM_VerifyFirmwareA, subjectOf(port),
-                   [](Host&) { return RM_STATUS_NOT_SUPPORTED; });
+                   [=](Host&) { return behaviour::VerifyFirmware(port, path); });
 }
 
 #define TVRSIM_EXPORT(name, parameters, arguments)                                                 \

@@ -269,6 +269,7 @@ void readPortFields(const Json& value, const std::string& path, Port& port) {
     reader.oneOf("beacon", port.beacon, beaconWords);
     readInventory(reader, port.inventory);
     readNameManagement(reader, port.names);
+    readVirtualPorts(reader, hba.PortWWN, port.virtualPorts);
     if (const Json* mapping = reader.find("mapping")) {
         readMappingFaults(*mapping, reader.pathOf("mapping"), port.mapping);
     }
@@ -313,6 +314,8 @@ void readAdapterFields(ObjectReader& reader, Adapter& adapter, size_t index) {
     reader.number("driverType", adapter.driverType);
     reader.oneOf("attributeLengths", adapter.attributeLengths, attributeLengthsWords);
     reader.oneOf("staleness", adapter.staleness, stalenessWords);
+    reader.flag("firmwareNeedsReset", adapter.firmware.needsReset);
+    reader.flag("firmwareNeedsReboot", adapter.firmware.needsReboot);
     if (const Json* mapping = reader.find("mapping")) {
         readMappingFaults(*mapping, reader.pathOf("mapping"), adapter.mapping);
     }
@@ -378,7 +381,7 @@ void readAdapter(const Json& value, const std::string& path, std::vector<Adapter
             }
         }
         for (const Port& port : adapter.ports) {
-            units += port.targets->unitCount();
+            units += port.targets->unitCount() + unitCount(port.virtualPorts);
         }
         if (units > mostUnitsOfAll) {
             throw FormatError(path, "more than " + std::to_string(mostUnitsOfAll) +

@@ -2,8 +2,10 @@
 #pragma once
 
 #include "sim/entry_points.h"
+#include "sim/firmware.h"
 #include "sim/inventory.h"
 #include "sim/targets.h"
+#include "sim/virtual_ports.h"
 #include "sim/world_wide_names.h"
 
 #include <chrono>
@@ -59,7 +61,8 @@ struct Port {
     std::map<uint16_t, Counter> statistics;
     Beacon beacon = Beacon::off;
     Inventory inventory;
-    std::optional<NameManagement> names; ///< empty: none
+    std::optional<NameManagement> names;      ///< empty: none
+    std::optional<VirtualPorts> virtualPorts; ///< empty: not supported
     std::shared_ptr<const TargetTable> targets = std::make_shared<const TargetTable>();
     CommandCounts failedCommands; ///< of units in the table of targets
     MappingFaults mapping;        ///< of LRM_GetFcpTargetMapping
@@ -78,6 +81,7 @@ struct Adapter {
     Staleness staleness = Staleness::never;
     bool hasChanged = true; ///< since the last refresh
     MappingFaults mapping;  ///< of HBA_GetFcpTargetMapping
+    FirmwareUpdate firmware;
     std::vector<Port> ports;
 };
 

@@ -21,12 +21,12 @@ HBA_FCPSCSIENTRY rowOf(const Target& target, const Lun& lun) {
 }
 
 /// Writes the rows that fit and answers the number of all.
-size_t writeRows(std::span<const Port> ports, HBA_UINT32 room, char* rows) {
+size_t writeRows(std::span<const TargetTable* const> tables, HBA_UINT32 room, char* rows) {
     size_t written = 0;
     size_t all = 0;
-    for (const Port& port : ports) {
-        all += port.targets->unitCount();
-        for (const Target& target : port.targets->targets()) {
+    for (const TargetTable* table : tables) {
+        all += table->unitCount();
+        for (const Target& target : table->targets()) {
             for (const Lun& lun : target.luns) {
                 if (written == room) {
                     break;
@@ -40,10 +40,8 @@ size_t writeRows(std::span<const Port> ports, HBA_UINT32 room, char* rows) {
     return all;
 }
 
-} // namespace
-
-HBA_STATUS fillMapping(std::span<const Port> ports, MappingFaults& faults,
-                       HBA_FCPTARGETMAPPING* mapping) {
+HBA_STATUS fillFrom(std::span<const TargetTable* const> tables, MappingFaults& faults,
+                    HBA_FCPTARGETMAPPING* mapping) {
     if (mapping == nullptr) {
         return HBA_STATUS_ERROR_ARG;
     }
@@ -53,7 +51,7 @@ HBA_STATUS fillMapping(std::span<const Port> ports, MappingFaults& faults,
     }
     const HBA_UINT32 room = mapping->NumberOfEntries;
     const size_t rows = writeRows(
-        ports, room, reinterpret_cast<char*>(mapping) + offsetof(HBA_FCPTARGETMAPPING, entry));
+        tables, room, reinterpret_cast<char*>(mapping) + offsetof(HBA_FCPTARGETMAPPING, entry));
     if (faults.moreDataTimes > 0 || rows > room) {
         // A mapping that asks for more than it needs has grown by one row.
         const size_t need = rows > room ? rows : size_t{room} + 1;
@@ -64,6 +62,23 @@ HBA_STATUS fillMapping(std::span<const Port> ports, MappingFaults& faults,
     }
     mapping->NumberOfEntries = faults.rows.value_or(static_cast<HBA_UINT32>(rows));
     return HBA_STATUS_OK;
+}
+
+} // namespace
+
+HBA_STATUS fillMapping(std::span<const Port> ports, MappingFaults& faults,
+                       HBA_FCPTARGETMAPPING* mapping) {
+    std::vector<const TargetTable*> tables;
+    for (const Port& port : ports) {
+        tables.push_back(port.targets.get());
+    }
+    return fillFrom(tables, faults, mapping);
+}
+
+HBA_STATUS fillMapping(const TargetTable& table, MappingFaults& faults,
+                       HBA_FCPTARGETMAPPING* mapping) {
+    const TargetTable* const tables[] = {&table};
+    return fillFrom(tables, faults, mapping);
 }
 
 FoundUnit findUnit(std::span<Port> ports, const HBA_WWN& target, HBA_UINT64 fcpLun) {

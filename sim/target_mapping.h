@@ -13,6 +13,10 @@ namespace tvrsim {
 HBA_STATUS fillMapping(std::span<const Port> ports, MappingFaults& faults,
                        HBA_FCPTARGETMAPPING* mapping);
 
+/// The same with the rows of one table.
+HBA_STATUS fillMapping(const TargetTable& table, MappingFaults& faults,
+                       HBA_FCPTARGETMAPPING* mapping);
+
 /// A logical unit behind a remote port, and the first of the local ports that see it. target is
 /// false without such a remote port.
 struct FoundUnit {
