@@ -36,6 +36,8 @@ bool read_name(HBA_WWN& name, const String& device_id, const Name_Lines& lines) 
 }
 
 void request_rebuild(ProviderAgent& agent) {
+    agent.m_bIsAdapterDataReady = false;
+    agent.m_bIsAdapterMapsReady = false;
     agent.m_bForceAdapterRefresh = true;
     agent.BuildCimpleInfo();
 }

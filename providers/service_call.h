@@ -67,7 +67,8 @@ struct Name_Lines {
 // that is none.
 bool read_name(HBA_WWN& name, const String& device_id, const Name_Lines& lines);
 
-// Asks for a rebuild after an adapter has changed. It begins when the call has ended.
+// Asks for a rebuild after an adapter has changed. It begins when the call has ended, and whoever
+// comes after that waits for it: a client that has changed something doesn't see it as it was.
 void request_rebuild(ProviderAgent& agent);
 
 } // namespace cimple

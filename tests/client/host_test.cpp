@@ -35,7 +35,7 @@ TEST_F(Client, ThePortalIsAnAccessPointOfTheHost) {
 TEST_F(Client, TheProviderLogShowsTheLoggersState) {
     const std::string file = directory.file("trace");
     directory.write("etc/tavrin_fc_provider.dmp", "4,5,1\n" + file);
-    const Cim_Instance log = only("TVRHBA_RecordLog");
+    const Cim_Instance log = enumerate("TVRHBA_RecordLog").instances.at(0);
     EXPECT_EQ(log["RequestedState"].as_uint(), 2u);
     EXPECT_EQ(log["EnabledState"].as_uint(), 2u);
     EXPECT_EQ(log["LogMode"].as_uint(), 4u);
@@ -43,7 +43,7 @@ TEST_F(Client, TheProviderLogShowsTheLoggersState) {
     EXPECT_EQ(log["TracePath"].as_string(), file);
     EXPECT_EQ(only("TVRHBA_RecordLogCapabilities")["ManagedElement"].as_path().keys["InstanceID"],
               log["InstanceID"]);
-    EXPECT_EQ(only("TVRHBA_ProviderUseOfLog")["Antecedent"].as_path().keys["InstanceID"],
+    EXPECT_EQ(enumerate("TVRHBA_ProviderUseOfLog").instances.at(0)["Antecedent"].as_path().keys["InstanceID"],
               log["InstanceID"]);
 }
 
