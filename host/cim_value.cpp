@@ -157,7 +157,7 @@ Cim_Value Cim_Value::array(Cim_Type type, std::vector<Cim_Value> elements) {
         }
     }
     Cim_Value value = null(type, true);
-    value._content = std::move(elements);
+    value._content = std::make_shared<const std::vector<Cim_Value>>(std::move(elements));
     return value;
 }
 
@@ -270,8 +270,8 @@ const Cim_Instance& Cim_Value::as_instance() const {
 }
 
 const std::vector<Cim_Value>& Cim_Value::elements() const {
-    if (const auto* value = std::get_if<std::vector<Cim_Value>>(&_content)) {
-        return *value;
+    if (const auto* value = std::get_if<std::shared_ptr<const std::vector<Cim_Value>>>(&_content)) {
+        return **value;
     }
     fail("an array");
 }
@@ -362,6 +362,9 @@ bool Cim_Value::operator==(const Cim_Value& other) const {
     }
     if (const auto* instance = std::get_if<std::shared_ptr<const Cim_Instance>>(&_content)) {
         return **instance == other.as_instance();
+    }
+    if (_array && !is_null()) {
+        return elements() == other.elements();
     }
     return _content == other._content;
 }

@@ -1,6 +1,6 @@
 // CIM data as plain values: what clients of the object manager hand in and get back. All of them
-// own their content, copy deeply in effect (nested paths and instances are shared and constant) and
-// compare by content. Names are compared without regard to the case of ASCII letters.
+// own their content, copy deeply in effect (nested paths, instances and arrays are shared and
+// constant) and compare by content. Names are compared without regard to the case of ASCII letters.
 #ifndef TVR_HOST_CIM_VALUE_H
 #define TVR_HOST_CIM_VALUE_H
 
@@ -154,7 +154,7 @@ private:
     bool _array = false;
     std::variant<std::monostate, bool, std::uint64_t, std::int64_t, double, std::string,
                  Cim_Datetime, std::shared_ptr<const Cim_Path>, std::shared_ptr<const Cim_Instance>,
-                 std::vector<Cim_Value>>
+                 std::shared_ptr<const std::vector<Cim_Value>>>
         _content;
 };
 

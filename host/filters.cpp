@@ -1,6 +1,7 @@
 #include "host/filters.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tvrhost {
 

@@ -1,6 +1,8 @@
 // Filters, subscriptions and delivery: that part of the object manager.
 #include "host/object_manager_rep.h"
 
+#include <utility>
+
 namespace tvrhost {
 
 namespace {
