@@ -4,6 +4,7 @@
 
 #include "sim/json_reader.h"
 
+#include <cstring>
 #include <optional>
 #include <string>
 #include <vector>

@@ -8,6 +8,7 @@
 #include "sim/scenario_names.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tvrsim {
 

@@ -249,23 +249,19 @@ TEST_F(InventoryTest, DriverParametersAreSetWithinTheirRange) {
     EXPECT_EQ(record.current, 15U) << "global parameters are one list for all ports";
 
     // Permanent values, and only they, outlive a new start.
-    for (const uint32_t permanent : {0U, RM_DRIVER_PARAM_PERMANENT}) {
-        for (const char* how : {"reset", R"({"reboot": true})", R"({"powerCycle": true})"}) {
-            for (const uint32_t scope : {0U, RM_DRIVER_PARAM_GLOBAL}) {
-                set(firstPort, "pace=11", scope | RM_DRIVER_PARAM_PERMANENT);
-                set(firstPort, "pace=13", scope | permanent);
-            }
-            if (*how == '{') {
-                change(how);
-            } else {
-                EXPECT_EQ(CALL(m_library, LRM_ResetHBA)(firstPort, 1), RM_STATUS_OK);
-            }
-            count = 1;
-            EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(firstPort, &record, &count), 0U);
-            EXPECT_EQ(record.current, permanent != 0 ? 13U : 11U) << how;
-            EXPECT_EQ(local(), permanent != 0 ? 13U : 11U) << how;
-        }
-    }
+    const auto start = [&](bool reboots) {
+        set(firstPort, "pace=18", RM_DRIVER_PARAM_GLOBAL | RM_DRIVER_PARAM_PERMANENT);
+        set(firstPort, "pace=13", RM_DRIVER_PARAM_GLOBAL);
+        set(firstPort, "pace=14", 0);
+        EXPECT_EQ(reboots ? (change(R"({"reboot": true})"), RM_STATUS_OK)
+                          : CALL(m_library, LRM_ResetHBA)(firstPort, 1),
+                  RM_STATUS_OK);
+        EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(firstPort, &record, &count), 0U);
+        EXPECT_EQ(record.current, 18U);
+        EXPECT_EQ(local(), 20U);
+    };
+    start(false);
+    start(true);
 }
 
 TEST_F(InventoryTest, PortsAreDisabledAndEnabledUnlessTheyBoot) {
