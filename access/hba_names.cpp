@@ -96,14 +96,15 @@ uint32 TVR_MethodWrapper::str2HBAName(HBA_WWN* out, const char* text) {
     return 0;
 }
 
-bool TVR_MethodWrapper::deviceIdToHBAName(HBA_WWN& out, const std::string& deviceId) {
+bool TVR_MethodWrapper::deviceIdToHBAName(HBA_WWN& out, const std::string& deviceId,
+                                          const NameLines& lines) {
     char text[hbaNameTextSize];
     if (Id2HBAName(text, deviceId.c_str()) != 0) {
-        TVR_LOG("Id2HBAName failed");
+        TVR_LOG("%s", lines.noText);
         return false;
     }
     if (str2HBAName(&out, text) != 0) {
-        TVR_LOG("str2HBAName failed");
+        TVR_LOG("%s", lines.noName);
         return false;
     }
     return true;

@@ -50,7 +50,13 @@ public:
     static uint32 hbaNameToText(char* out, const HBA_WWN& name);
 
     // Id2HBAName and str2HBAName in one; false, with a line in the log, when either fails.
-    static bool deviceIdToHBAName(HBA_WWN& out, const std::string& deviceId);
+    struct NameLines {
+        const char* noText;
+        const char* noName;
+    };
+    static constexpr NameLines usualNameLines{"Id2HBAName failed", "str2HBAName failed"};
+    static bool deviceIdToHBAName(HBA_WWN& out, const std::string& deviceId,
+                                  const NameLines& lines = usualNameLines);
 
     // 0 when the name belongs to an adapter of this host, else 1.
     static uint32 Validatewwpn(HBA_WWN name);

@@ -1,10 +1,6 @@
 #include "agent/dump_instances.h"
 
-#include "access/method_wrapper.h"
-#include "agent/creation.h"
-#include "common/tvr_common.h"
-
-#include <cstring>
+#include "agent/feature.h"
 
 namespace cimple {
 
@@ -12,32 +8,16 @@ namespace {
 
 constexpr uint32 dump_creation_failed = 40008;
 
-// A step that failed, with its status; its line is in the log.
-struct Dump_Failure {
-    uint32 status;
-};
+constexpr TVR_MethodWrapper::NameLines dump_name_lines{"TVR_Dump::Id2HBAName failed",
+                                                       "TVR_Dump::str2HBAName failed"};
 
-// A new instance with the line `failure` in the log for want of memory.
-template <class C> Ref<C> make_or_fail(const char* failure) {
-    Ref<C> instance = try_make<C>();
-    if (!instance) {
-        TVR_LOG("%s", failure);
-        throw Dump_Failure{dump_creation_failed};
-    }
-    return instance;
-}
-
-template <class C> const C& add_or_fail(Instance_Maps& maps, Ref<C> instance) {
-    const C* added = add(maps, std::move(instance));
-    if (added == nullptr) {
-        throw Dump_Failure{TVR_FAILURE};
-    }
-    return *added;
+template <class C> Ref<C> make_dump_instance(const char* what) {
+    return make_or_fail<C>(what, dump_creation_failed);
 }
 
 const TVRHBA_DumpService& create_dump_service(Instance_Maps& maps) {
     const CIM_ComputerSystem& system = maps.computer_system();
-    auto service = make_or_fail<TVRHBA_DumpService>("Failed to create TVRHBA_DumpService");
+    auto service = make_dump_instance<TVRHBA_DumpService>("TVRHBA_DumpService");
     service->SystemCreationClassName.set(system.CreationClassName.value);
     service->SystemName.set(system.Name.value);
     service->Name.set("TVRHBA_DumpService");
@@ -73,39 +53,25 @@ Dump_Settings read_dump_settings(const HBA_WWN& port) {
     return settings;
 }
 
-HBA_WWN name_of_controller(const String& device_id) {
-    char text[TVR_MethodWrapper::hbaNameTextSize];
-    HBA_WWN name{};
-    if (TVR_MethodWrapper::Id2HBAName(text, device_id.c_str()) != 0) {
-        TVR_LOG("TVR_Dump::Id2HBAName failed");
-        throw Dump_Failure{TVR_FAILURE};
-    }
-    if (TVR_MethodWrapper::str2HBAName(&name, text) != 0) {
-        TVR_LOG("TVR_Dump::str2HBAName failed");
-        throw Dump_Failure{TVR_FAILURE};
-    }
-    return name;
-}
-
 void create_dump_data(Instance_Maps& maps, const End<TVRHBA_DumpService>& service,
                       const TVRHBA_PortController& controller) {
-    auto effect = make_or_fail<TVRHBA_DumpServiceAffectsElement>(
-        "Failed to create TVRHBA_DumpServiceAffectsElement");
+    auto effect =
+        make_dump_instance<TVRHBA_DumpServiceAffectsElement>("TVRHBA_DumpServiceAffectsElement");
     effect->AffectedElement = controller.clone();
     effect->AffectingElement = service;
     add_or_fail(maps, std::move(effect));
 
     const String& device_id = controller.DeviceID.value;
-    const Dump_Settings settings = read_dump_settings(name_of_controller(device_id));
-    auto made = make_or_fail<TVRHBA_DumpData>("Failed to create TVRHBA_DumpData for fc port");
+    const Dump_Settings settings =
+        read_dump_settings(name_or_fail(device_id.c_str(), dump_name_lines));
+    auto made = make_dump_instance<TVRHBA_DumpData>("TVRHBA_DumpData for fc port");
     made->InstanceID.set("TVRHBA_DumpData::" + std::string(device_id.view()));
     made->ElementName.set(device_id);
     made->RetentionCount.set(settings.retention_count);
     made->DumpDirectory.set(settings.directory);
     const TVRHBA_DumpData& data = add_or_fail(maps, std::move(made));
 
-    auto element =
-        make_or_fail<TVRHBA_ElementDumpData>("Failed to create TVRHBA_ElementDumpData for fc port");
+    auto element = make_dump_instance<TVRHBA_ElementDumpData>("TVRHBA_ElementDumpData for fc port");
     element->ManagedElement = service;
     element->SettingData = data.clone();
     element->IsCurrent.set(1);
@@ -114,22 +80,19 @@ void create_dump_data(Instance_Maps& maps, const End<TVRHBA_DumpService>& servic
 
 } // namespace
 
-uint32 FC_CreateDumpClasses(Instance_Maps& maps) try {
+uint32 FC_CreateDumpClasses(Instance_Maps& maps) {
     TVR_LOG("Entered FC_CreateDumpClasses");
-    const End service(create_dump_service(maps));
-    auto hosted =
-        make_or_fail<TVRHBA_HostedDumpService>("Failed to create TVRHBA_HostedDumpService");
-    hosted->Antecedent = maps.computer_system().clone();
-    hosted->Dependent = service;
-    add_or_fail(maps, std::move(hosted));
-    for (const TVRHBA_PortController* controller : maps.m_TVRHBA_PortController_map) {
-        create_dump_data(maps, service, *controller);
-    }
-    return 0;
-} catch (const Dump_Failure& failure) {
-    return failure.status;
-} catch (const std::bad_alloc&) {
-    return dump_creation_failed;
+    return create_feature(dump_creation_failed, [&] {
+        const End service(create_dump_service(maps));
+        auto hosted = make_dump_instance<TVRHBA_HostedDumpService>("TVRHBA_HostedDumpService");
+        hosted->Antecedent = maps.computer_system().clone();
+        hosted->Dependent = service;
+        add_or_fail(maps, std::move(hosted));
+        for (const TVRHBA_PortController* controller : maps.m_TVRHBA_PortController_map) {
+            create_dump_data(maps, service, *controller);
+        }
+        return 0;
+    });
 }
 
 uint32 FC_ClearDumpClasses(Instance_Maps& maps) {

@@ -1,10 +1,8 @@
 #include "agent/port_virtualization.h"
 
 #include "access/bounded_text.h"
-#include "access/method_wrapper.h"
 #include "agent/clear_maps.h"
-#include "agent/creation.h"
-#include "common/tvr_common.h"
+#include "agent/feature.h"
 
 namespace cimple {
 
@@ -16,43 +14,19 @@ constexpr uint32 virtualization_listing_failed = 40001;
 
 constexpr uint16 resource_FC_HBA = 10;
 
-// What ends the work early, with its status.
-struct Virtualization_Failure {
-    uint32 status;
-};
+constexpr TVR_MethodWrapper::NameLines virtualization_name_lines{
+    "TVRXCNA_PortVirtualization::CreatePortVirtualizationClasses::Id2HBAName failed",
+    "TVRXCNA_PortVirtualization::CreatePortVirtualizationClasses::str2HBAName failed"};
 
-// A new instance of the class, `kind` being what the log calls it.
-template <class C> Ref<C> make_virtual(const char* kind) {
-    Ref<C> instance = try_make<C>();
-    if (!instance) {
-        TVR_LOG("Failed to create %s", kind);
-        throw Virtualization_Failure{virtualization_creation_failed};
-    }
-    return instance;
+template <class C> Ref<C> make_virtual(const char* what) {
+    return make_or_fail<C>(what, virtualization_creation_failed);
 }
 
 template <class C>
 const C& add_virtual(Instance_Maps& maps, Ref<C> instance, const char* inserted) {
-    const C* added = add(maps, std::move(instance));
-    if (added == nullptr) {
-        throw Virtualization_Failure{TVR_FAILURE};
-    }
+    const C& added = add_or_fail(maps, std::move(instance));
     TVR_LOG("%s", inserted);
-    return *added;
-}
-
-HBA_WWN name_of_port(const char* device_id) {
-    char text[TVR_MethodWrapper::hbaNameTextSize];
-    HBA_WWN name{};
-    if (TVR_MethodWrapper::Id2HBAName(text, device_id) != 0) {
-        TVR_LOG("TVRXCNA_PortVirtualization::CreatePortVirtualizationClasses::Id2HBAName failed");
-        throw Virtualization_Failure{TVR_FAILURE};
-    }
-    if (TVR_MethodWrapper::str2HBAName(&name, text) != 0) {
-        TVR_LOG("TVRXCNA_PortVirtualization::CreatePortVirtualizationClasses::str2HBAName failed");
-        throw Virtualization_Failure{TVR_FAILURE};
-    }
-    return name;
+    return added;
 }
 
 // The pool, joined with the host.
@@ -86,7 +60,7 @@ const TVRHBA_VirtualFCPort& create_virtual_port(Instance_Maps& maps, const HBA_W
     TVR_LOG("VPort Id :%s Node name: %s", device_id.c_str(), node.c_str());
     RM_VPORTATTRIBUTES attributes{};
     const uint32 error = TVR_MethodWrapper::ListVPortAttributes(
-        physical, name_of_port(device_id.c_str()), &attributes);
+        physical, name_or_fail(device_id, virtualization_name_lines), &attributes);
     if (error != 0) {
         TVR_LOG("TVRXCNA_PortVirtualization::Failure in listing vports information for port: %s, "
                 "Rm Error: %d",
@@ -124,7 +98,7 @@ void join_virtual_port(Instance_Maps& maps, const End<TVRHBA_FCPort>& port,
 void create_of_port(Instance_Maps& maps, const TVRHBA_FCPort& port, uint32& status) {
     const char* device_id = port.DeviceID.value.c_str();
     TVR_LOG("FC Port ID: %s", device_id);
-    const HBA_WWN name = name_of_port(device_id);
+    const HBA_WWN name = name_or_fail(device_id, virtualization_name_lines);
     std::vector<RM_VPORTENTRY> list;
     if (const uint32 error = TVR_MethodWrapper::ListVPorts(name, &list); error != 0) {
         TVR_LOG("TVRXCNA_PortVirtualization::Failure in listing vports for port: %s, Rm Error: %d",
@@ -149,7 +123,7 @@ void create_of_port(Instance_Maps& maps, const TVRHBA_FCPort& port, uint32& stat
 
 } // namespace
 
-uint32 CreatePortVirtualizationClasses(Instance_Maps& maps) try {
+uint32 CreatePortVirtualizationClasses(Instance_Maps& maps) {
     TVR_LOG("TVR_PortVirtualization::CreatePortVirtualizationClasses");
     if (maps.m_TVRHBA_FCPort_map.empty()) {
         TVR_LOG("Unable to create the Port Virtualization classes, No Physical Port(FCoE) exists");
@@ -157,15 +131,13 @@ uint32 CreatePortVirtualizationClasses(Instance_Maps& maps) try {
     }
     ClearPortVirtualizationMaps(maps);
     TVR_LOG("No of FC Ports: %d", static_cast<int>(maps.m_TVRHBA_FCPort_map.size()));
-    uint32 status = 0;
-    for (const TVRHBA_FCPort* port : maps.m_TVRHBA_FCPort_map) {
-        create_of_port(maps, *port, status);
-    }
-    return status;
-} catch (const Virtualization_Failure& failure) {
-    return failure.status;
-} catch (const std::bad_alloc&) {
-    return virtualization_creation_failed;
+    return create_feature(virtualization_creation_failed, [&] {
+        uint32 status = 0;
+        for (const TVRHBA_FCPort* port : maps.m_TVRHBA_FCPort_map) {
+            create_of_port(maps, *port, status);
+        }
+        return status;
+    });
 }
 
 } // namespace cimple

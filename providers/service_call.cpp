@@ -1,6 +1,5 @@
 #include "providers/service_call.h"
 
-#include "access/method_wrapper.h"
 #include "agent/port_lookup.h"
 #include "common/logger.h"
 
@@ -20,19 +19,6 @@ const TVRHBA_FCPort* find_target(const Instance_Maps& maps, const Instance* targ
     }
     const auto* port = static_cast<const TVRHBA_FCPort*>(target);
     return IsValidFCPort(maps, port->DeviceID.value) ? port : nullptr;
-}
-
-bool read_name(HBA_WWN& name, const String& device_id, const Name_Lines& lines) {
-    char text[TVR_MethodWrapper::hbaNameTextSize];
-    if (TVR_MethodWrapper::Id2HBAName(text, device_id.c_str()) != 0) {
-        TVR_LOG("%s", lines.no_text);
-        return false;
-    }
-    if (TVR_MethodWrapper::str2HBAName(&name, text) != 0) {
-        TVR_LOG("%s", lines.no_name);
-        return false;
-    }
-    return true;
 }
 
 void request_rebuild(ProviderAgent& agent) {

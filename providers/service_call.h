@@ -7,7 +7,7 @@
 #define TVR_PROVIDERS_SERVICE_CALL_H
 
 #include "access/library_failure.h"
-#include "access/rm/rm_api.h"
+#include "access/method_wrapper.h"
 #include "agent/locks.h"
 #include "runtime/provider.h"
 
@@ -57,15 +57,12 @@ bool is_first(const Instance_Map& map, const Instance* instance);
 // port that isn't there.
 const TVRHBA_FCPort* find_target(const Instance_Maps& maps, const Instance* target);
 
-// Lines for the log when the name of a port can't be converted.
-struct Name_Lines {
-    const char* no_text;
-    const char* no_name;
-};
-
 // Turns a DeviceID into the name that the libraries use. False, with a line in the log, for a text
 // that is none.
-bool read_name(HBA_WWN& name, const String& device_id, const Name_Lines& lines);
+using Name_Lines = TVR_MethodWrapper::NameLines;
+inline bool read_name(HBA_WWN& name, const String& device_id, const Name_Lines& lines) {
+    return TVR_MethodWrapper::deviceIdToHBAName(name, device_id.c_str(), lines);
+}
 
 // Asks for a rebuild after an adapter has changed. It begins when the call has ended, and whoever
 // comes after that waits for it: a client that has changed something doesn't see it as it was.

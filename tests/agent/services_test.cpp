@@ -59,7 +59,7 @@ protected:
         std::vector<std::string> lines;
         for (const LogCapture::Line& line : log.lines()) {
             const bool is_method = line.file.find("_Provider.cpp") != std::string::npos ||
-                                   line.file.find("service_call.cpp") != std::string::npos ||
+                                   line.text.ends_with("::str2HBAName failed") ||
                                    line.file.find("image_file.cpp") != std::string::npos;
             if (is_method) {
                 lines.push_back(line.text);
