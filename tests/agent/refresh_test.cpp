@@ -505,7 +505,8 @@ TEST_F(Refresh, TwoInstancesWithEqualKeysDeliverNothing) {
 
 // A get and a traversal differ from an enumeration in what is copied, and in nothing else.
 TEST_F(Refresh, ASelectorLimitsWhatIsCopied) {
-    static int refreshed = 0;
+    static int refreshed;
+    refreshed = 0;
     load();
     refresh();
     const Ref<TVRHBA_FCPort> port(clone_of(agent->maps.m_TVRHBA_FCPort_map.get(1)));
