@@ -41,8 +41,6 @@ struct Agent_Singleton {
     std::unique_ptr<ProviderAgent> agent;
     std::atomic<pid_t> process{0}; // in which the agent was made; 0 without one
 
-    // True in a process that was forked from the agent's: its threads aren't here, its locks may be
-    // held for ever, and its files are the other one's.
     bool is_of_other_process() const noexcept {
         const pid_t made_in = process;
         return made_in != 0 && made_in != ::getpid();
@@ -145,6 +143,10 @@ void ProviderAgent::releaseRef() {
     if (--owner.releasing == 0 && owner.is_due) {
         owner.destroy();
     }
+}
+
+bool ProviderAgent::isInherited() noexcept {
+    return singleton().is_of_other_process();
 }
 
 ProviderAgent::ProviderAgent() : m_LoadedTime(Datetime::interval(0)) {

@@ -11,6 +11,9 @@ namespace {
 constexpr uint64 first_pause = 1'000;
 constexpr uint64 longest_pause = 256'000;
 
+// How long a wait for a mutex lasts before it looks whether its thread is to stop, in microseconds.
+constexpr uint64 mutex_pause = 20'000;
+
 // How often in a row a request tries to start a refresh: half a second of pauses in all.
 constexpr int start_attempts = 10;
 
@@ -56,17 +59,22 @@ std::unique_lock<Mutex> locked(Mutex& mutex) {
     return {mutex, std::adopt_lock};
 }
 
-// Waits with the stage's mutex held by `lock`; ends at once if the stage is ready.
+// A flag that never comes true.
+constexpr std::atomic<bool> never{false};
+
+// Waits with the stage's mutex held by `lock`, until the stage is ready or `stop` comes true; ends
+// at once if the stage is ready.
 void wait_until_ready(ProviderAgent& agent, Stage stage, std::unique_lock<Mutex>& lock,
-                      Wait_Log log = Wait_Log::silent) {
-    if (stage.ready) {
+                      Wait_Log log = Wait_Log::silent, const std::atomic<bool>& stop = never) {
+    if (stage.ready || stop) {
         return;
     }
     if (log == Wait_Log::told) {
         TVR_LOG("%s", stage.waiting);
     }
     int failures = 0;
-    for (uint64 pause = first_pause; !stage.ready; pause = std::min(pause * 2, longest_pause)) {
+    for (uint64 pause = first_pause; !stage.ready && !stop;
+         pause = std::min(pause * 2, longest_pause)) {
         if (&stage.force == &agent.m_bForceSANRefresh) {
             agent.requestSANMaps();
         }
@@ -120,6 +128,36 @@ Active_Reader::Active_Reader(ProviderAgent& agent, Wait_Log log) {
         _maps.unlock();
     }
     _data = locked(agent.m_ProviderDataMutex);
+}
+
+Adapter_Data_Reader::Adapter_Data_Reader(ProviderAgent& agent) {
+    const Waiting_Readers::Place place(agent.m_WaitingReaders);
+    agent.BuildCimpleInfo();
+    Stage stage = adapter_data(agent);
+    stage.waiting = "PERF: Waiting for m_bIsAdapterDataReady";
+    stage.woken = "PERF: Woken up from wait for m_bIsAdapterDataReady";
+    _adapter_data = locked(stage.mutex);
+    wait_until_ready(agent, stage, _adapter_data, Wait_Log::told);
+}
+
+Stoppable_Maps_Reader::Stoppable_Maps_Reader(ProviderAgent& agent, const std::atomic<bool>& stop) {
+    const Waiting_Readers::Place place(agent.m_WaitingReaders);
+    agent.BuildCimpleInfo();
+    Stage stage = adapter_maps(agent);
+    stage.waiting = "PERF: Waiting for m_bIsAdapterMapsReady";
+    stage.woken = "PERF: Woken up from wait for m_bIsAdapterMapsReady";
+    bool is_held = stage.mutex.try_lock();
+    while (!is_held && !stop) {
+        is_held = stage.mutex.try_lock_for(mutex_pause);
+    }
+    if (!is_held) {
+        return;
+    }
+    _maps = {stage.mutex, std::adopt_lock};
+    wait_until_ready(agent, stage, _maps, Wait_Log::told, stop);
+    if (!stage.ready) {
+        _maps.unlock();
+    }
 }
 
 } // namespace cimple

@@ -59,6 +59,28 @@ private:
     std::unique_lock<Mutex> _data;
 };
 
+// Reads the tree of adapters; maps may be read and rebuilt meanwhile.
+class Adapter_Data_Reader {
+public:
+    explicit Adapter_Data_Reader(ProviderAgent& agent);
+
+private:
+    std::unique_lock<Mutex> _adapter_data;
+};
+
+// Reads adapter maps on a thread that is told to stop by `stop`. A wait ends then, and the reader
+// is false and holds nothing; where there is nothing to wait for it holds the maps all the same. It
+// leaves m_ProviderDataMutex alone, for it may be held for long by whoever takes what is made of
+// the maps: nobody changes adapter maps without m_AdapterMapsReadyMutex.
+class Stoppable_Maps_Reader {
+public:
+    Stoppable_Maps_Reader(ProviderAgent& agent, const std::atomic<bool>& stop);
+    explicit operator bool() const noexcept { return _maps.owns_lock(); }
+
+private:
+    std::unique_lock<Mutex> _maps;
+};
+
 // What a method holds while it works on adapters: no refresh and no enumeration runs meanwhile. It
 // may set m_bForceAdapterRefresh and pass the gate again; the refresh then begins when it ends.
 class Full_Guard {

@@ -15,6 +15,7 @@
 
 #include "access/method_wrapper.h"
 #include "agent/host_facts.h"
+#include "agent/indication_state.h"
 #include "agent/instance_maps.h"
 #include "agent/waiting_readers.h"
 #include "common/config_file.h"
@@ -58,6 +59,10 @@ public:
     // meanwhile keeps the agent.
     static void addRef();
     static void releaseRef();
+
+    // True in a process that was forked from the agent's: its threads aren't here, its locks may be
+    // held for ever, and its files are the other one's.
+    static bool isInherited() noexcept;
 
     // Called by the operations above alone, under the mutex of the singleton. What goes wrong in
     // construction is logged and leaves m_bIsLoaded false. Destruction stops a refresh that runs
@@ -119,6 +124,8 @@ public:
     // (agent/rebuild.h).
     Host_Facts host;
     Instance_Maps maps;
+
+    Indication_State indications;
 
     Datetime m_LoadedTime; // end of the last refresh; zero before the first
     Thread m_DataFetchThread;

@@ -3,6 +3,7 @@
 #ifndef TVR_RUNTIME_CMPI_ADAPTER_H
 #define TVR_RUNTIME_CMPI_ADAPTER_H
 
+#include "runtime/cmpi_filters.h"
 #include "runtime/provider.h"
 #include "runtime/thread.h"
 
@@ -87,6 +88,11 @@ public:
     // Recursive, so that a call that comes in again on the same thread goes through.
     Mutex& mutex() noexcept { return _mutex; }
 
+    // Who wants the class's indications.
+    CMPI_Filters& filters() noexcept { return _filters; }
+    // Whether the provider has been told to send indications; under the mutex.
+    bool indications_enabled = false;
+
     // Outstanding MIs.
     uint64 load_count() const noexcept { return _load_count; }
     void add_load() noexcept { ++_load_count; }
@@ -107,6 +113,7 @@ private:
     std::atomic<bool> _allow_unload{true};
     const Meta_Class* _meta_class = nullptr;
     Mutex _mutex{true};
+    CMPI_Filters _filters;
 };
 
 } // namespace cimple

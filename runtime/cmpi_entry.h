@@ -105,8 +105,8 @@ CMPIStatus in_frame(const char* function, const MI* mi, const CMPIContext* conte
 }
 
 // An entry that does nothing but answer.
-inline CMPIStatus refuse(const char* function, CMPIrc rc,
-                         Call_Site where = Call_Site::here()) noexcept {
+inline CMPIStatus reply(const char* function, CMPIrc rc,
+                        Call_Site where = Call_Site::here()) noexcept {
     Trace trace(function, where);
     trace.set(rc);
     return CMPIStatus{rc, nullptr};

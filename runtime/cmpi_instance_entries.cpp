@@ -205,7 +205,7 @@ CMPIStatus deleteInstance(CMPIInstanceMI* mi, const CMPIContext* context, const 
 
 CMPIStatus execQuery(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
                      const char*, const char*) {
-    return refuse("execQuery", CMPI_RC_ERR_NOT_SUPPORTED);
+    return reply("execQuery", CMPI_RC_ERR_NOT_SUPPORTED);
 }
 
 } // namespace

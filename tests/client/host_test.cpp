@@ -43,7 +43,10 @@ TEST_F(Client, TheProviderLogShowsTheLoggersState) {
     EXPECT_EQ(log["TracePath"].as_string(), file);
     EXPECT_EQ(only("TVRHBA_RecordLogCapabilities")["ManagedElement"].as_path().keys["InstanceID"],
               log["InstanceID"]);
-    EXPECT_EQ(enumerate("TVRHBA_ProviderUseOfLog").instances.at(0)["Antecedent"].as_path().keys["InstanceID"],
+    EXPECT_EQ(enumerate("TVRHBA_ProviderUseOfLog")
+                  .instances.at(0)["Antecedent"]
+                  .as_path()
+                  .keys["InstanceID"],
               log["InstanceID"]);
 }
 
