@@ -68,6 +68,7 @@ Ref<TVRHBA_FCPort> port_key(const Instance_Maps& maps, const std::string& device
 Ref<TVRHBA_AlertIndication> try_make_alert(const TVRHBA_FCPort& element) {
     try {
         Ref<TVRHBA_AlertIndication> alert(TVRHBA_AlertIndication::create(false));
+        set_null_flags(alert.get(), true, true, 1);
         alert->__name_space = implementation_namespace;
         String path;
         const bool has_path = instance_to_model_path(&element, path) == 0;
@@ -141,6 +142,17 @@ struct TVRHBA_AlertIndication_Provider::Shared {
     Mutex m_IndicationProviderMutex;
     Link_Event_Queue m_IndicationQueue;
     TVRHBA_AlertIndication_Provider* enabled = nullptr; // under m_AlertSwitchMutex
+    // Calls of cleanUp that run. From the first one on nothing is delivered: deliveries without end
+    // would keep m_IndicationProviderMutex from whoever wants to stop them.
+    std::atomic<int> stops{0};
+
+    class Stop {
+    public:
+        Stop() { ++shared().stops; }
+        ~Stop() { --shared().stops; }
+        Stop(const Stop&) = delete;
+        Stop& operator=(const Stop&) = delete;
+    };
 
     // No worker outlives the module, also where nobody has disabled alerts.
     ~Shared() {
@@ -214,6 +226,7 @@ uint32 TVRHBA_AlertIndication_Provider::cleanUp(TVRHBA_AlertIndication_Provider*
     if (ProviderAgent::isInherited()) {
         return 0; // worker and registrations are the parent's
     }
+    const Shared::Stop stop;
     TVR_LOG("TVRHBA_AlertIndication_Provider::cleanUp()");
     ProviderAgent* agent = ProviderAgent::instance();
     if (agent == nullptr || !provider->has_handler()) {
@@ -413,7 +426,7 @@ uint32 TVRHBA_AlertIndication_Provider::generateIndication(ProviderAgent& agent,
     {
         const Lock lock(shared().m_IndicationProviderMutex);
         TVR_LOG("%s", lock_acquired);
-        if (!_indication_handler || agent.indications.m_bIndicationCleanUp) {
+        if (!_indication_handler || agent.indications.m_bIndicationCleanUp || shared().stops != 0) {
             TVR_LOG("%s", refused);
         } else {
             TVR_LOG("Calling Indication handler to deliver Indication to the specified client");

@@ -63,6 +63,5 @@ void curl_easy_cleanup(void* curl) {
 }
 #endif
 #ifndef NO_GLOBAL_CLEANUP
-void curl_global_cleanup(void) {
-}
+void curl_global_cleanup(void) {}
 #endif

@@ -159,6 +159,24 @@ void HBA_CloseAdapter(HBA_HANDLE) {
     --libraries.openHandles;
 }
 
+HBA_STATUS HBA_RegisterForAdapterPortEvents(HBA_PORT_EVENT_CALLBACK callback, void* data,
+                                            HBA_HANDLE, HBA_WWN port, HBA_CALLBACKHANDLE* handle) {
+    const uint32_t status = enter(__func__);
+    if (status == 0) {
+        libraries.registrations.push_back({callback, data, port});
+        *handle = reinterpret_cast<HBA_CALLBACKHANDLE>(libraries.registrations.size());
+    }
+    return status;
+}
+
+HBA_STATUS HBA_RemoveCallback(HBA_CALLBACKHANDLE handle) {
+    const uint32_t status = enter(__func__);
+    if (status == 0) {
+        libraries.registrations.at(reinterpret_cast<std::size_t>(handle) - 1).callback = nullptr;
+    }
+    return status;
+}
+
 void HBA_RefreshInformation(HBA_HANDLE) {
     enter(__func__);
 }

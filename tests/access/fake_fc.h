@@ -59,9 +59,17 @@ struct ScsiCommand {
     uint64_t lun;
 };
 
+// Who wants to hear of a port's events; without a callback once that has ended.
+struct Registration {
+    HBA_PORT_EVENT_CALLBACK callback;
+    void* data;
+    HBA_WWN port;
+};
+
 struct Libraries {
     std::vector<Adapter> adapters;
-    std::optional<uint32_t> toldAdapters; // in place of their number
+    std::deque<Registration> registrations; // the first one has the handle 1
+    std::optional<uint32_t> toldAdapters;   // in place of their number
 
     std::vector<RM_DRIVERPARAM> globalParams;
     RM_STATUS tooSmall = RM_STATUS_MORE_DATA; // for lack of room

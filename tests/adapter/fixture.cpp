@@ -128,6 +128,10 @@ int provider(const Registration* registration, int operation, void* arg0, void* 
     case OPERATION_DELETE_INSTANCE:
         keep(script.model, arg1);
         return status;
+    case OPERATION_ENABLE_INDICATIONS:
+        script.indicate = reinterpret_cast<Indication_Proc>(arg1);
+        script.indication_data = arg2;
+        return status;
     case OPERATION_MODIFY_INSTANCE:
     case OPERATION_INVOKE_METHOD:
         keep(script.model, arg1);

@@ -106,6 +106,8 @@ struct Script {
     Ref<> direct;                 // a clone of this comes from all traversals of its own
     Ref<> model;                  // copies of what came last
     Ref<> instance;
+    Indication_Proc indicate = nullptr; // what enable_indications got
+    void* indication_data = nullptr;
     bool use_selector = false;
     int left_out = 0;    // instances, by the selector
     bool closed = false; // the enumeration's closing call was made

@@ -26,6 +26,9 @@ tvrhost::Any_Function find_factory(const std::string& name) {
     if (name == "Widget_Create_InstanceMI") {
         return reinterpret_cast<tvrhost::Any_Function>(factory<CMPIInstanceMI, 'I'>);
     }
+    if (name == "Widget_Create_IndicationMI") {
+        return reinterpret_cast<tvrhost::Any_Function>(factory<CMPIIndicationMI, 'N'>);
+    }
     return name == "Widget_Create_MethodMI"
                ? reinterpret_cast<tvrhost::Any_Function>(factory<CMPIMethodMI, 'M'>)
                : nullptr;
@@ -53,7 +56,7 @@ protected:
     static tvrhost::Options options() {
         tvrhost::Options options;
         options.factories = find_factory;
-        options.name_spaces = {"root/test"};
+        options.name_spaces = {"root/test", "root/other"};
         options.broker_version = GetParam().version;
         options.keeps = GetParam().keeps;
         return options;
@@ -125,6 +128,72 @@ TEST_P(Host_Test, InstancesAndArgumentsGoOutAndComeIn) {
     EXPECT_EQ(answer.return_value(), Cim_Value(std::uint32_t{7}));
     EXPECT_EQ(answer.out["Mode"], Cim_Value("done"));
     EXPECT_EQ(answer.out["Detail"].as_instance()["Slot"], Cim_Value(std::uint32_t{4}));
+}
+
+// Widgets as indications: the provider sends one whenever it is asked for an instance.
+TEST_P(Host_Test, EachNamespaceWithAFilterGetsOneCopy) {
+    bool heard = false;
+    script.add(widget("w", 7));
+    script.hook = [&](int operation) {
+        if (operation == OPERATION_GET_INSTANCE) {
+            heard = script.indicate(full_widget().release(), script.indication_data);
+        }
+    };
+    const auto raise = [&] {
+        manager.get_instance(path);
+        std::string name_spaces;
+        for (const tvrhost::Indication& each : manager.take_indications()) {
+            EXPECT_EQ(each.instance.properties.size(), 34u);
+            EXPECT_EQ(each.instance["Inner"].as_instance()["Slot"], Cim_Value(std::uint32_t{2}));
+            name_spaces += each.name_space + " ";
+        }
+        return name_spaces;
+    };
+    const auto activate = [&](const char* name_space) {
+        EXPECT_TRUE(manager.activate_filter(name_space, "Widget").ok());
+    };
+    const auto deactivate = [&](const char* name_space) {
+        EXPECT_TRUE(manager.deactivate_filter(name_space, "Widget").ok());
+    };
+    EXPECT_TRUE(manager.disable_indications("Widget").ok()) << "nothing to do";
+    EXPECT_TRUE(manager.authorize_filter("root/test", "Widget").ok());
+    EXPECT_TRUE(manager.must_poll("root/test", "Widget").ok());
+    EXPECT_TRUE(manager.enable_indications("Widget").ok());
+    EXPECT_TRUE(manager.enable_indications("Widget").ok());
+    EXPECT_EQ(script.calls[OPERATION_ENABLE_INDICATIONS], 1) << "it is enabled already";
+    EXPECT_EQ(raise(), "");
+    EXPECT_TRUE(heard) << "dropped, and the provider goes on";
+    deactivate("root/other");
+    activate("root/other");
+    activate("root/test");
+    activate("root/other");
+    EXPECT_EQ(raise(), "root/other root/test ");
+    deactivate("root/other");
+    EXPECT_EQ(raise(), "root/other root/test ") << "it has another filter";
+    deactivate("root/other");
+    EXPECT_EQ(raise(), "root/test ");
+    deactivate("root/test");
+    EXPECT_EQ(raise(), "");
+    EXPECT_FALSE(script.indicate(nullptr, script.indication_data)) << "the provider stops";
+
+    EXPECT_TRUE(manager.disable_indications("Widget").ok());
+    script.status = {{OPERATION_ENABLE_INDICATIONS, ENABLE_INDICATIONS_FAILED},
+                     {OPERATION_DISABLE_INDICATIONS, DISABLE_INDICATIONS_FAILED}};
+    EXPECT_EQ(manager.enable_indications("Widget").rc, CMPI_RC_ERR_FAILED);
+    EXPECT_TRUE(manager.enable_indications("Widget").ok()) << "it was asked once";
+    EXPECT_EQ(manager.disable_indications("Widget").rc, CMPI_RC_ERR_FAILED);
+    EXPECT_EQ(script.calls[OPERATION_DISABLE_INDICATIONS], 2);
+}
+
+// A thread of the provider's without a context has no way to deliver, and harms nobody.
+TEST_P(Host_Test, AnIndicationNeedsAThreadContext) {
+    EXPECT_TRUE(manager.enable_indications("Widget").ok());
+    EXPECT_TRUE(manager.activate_filter("root/test", "Widget").ok());
+    const Runtime_Log log;
+    EXPECT_TRUE(script.indicate(widget("w").release(), script.indication_data));
+    EXPECT_EQ(log.count("thread_context != 0"), 1);
+    EXPECT_TRUE(manager.take_indications().empty());
+    EXPECT_TRUE(manager.deactivate_filter("root/test", "Widget").ok());
 }
 
 } // namespace
