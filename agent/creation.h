@@ -67,6 +67,16 @@ template <class C> C* insert(Class_Map<C>& map, Ref<C> instance, const char* fai
     return instance.release();
 }
 
+// As `insert`; a map that lacks memory for the instance doesn't take it either.
+template <class C> C* try_insert(Class_Map<C>& map, Ref<C> instance, const char* failure) noexcept {
+    try {
+        return insert(map, std::move(instance), failure);
+    } catch (const std::bad_alloc&) {
+        TVR_LOG("%s", failure);
+        return nullptr;
+    }
+}
+
 // Hands the finished instance to the map that its class is answered from. Null if its key is there
 // already; the log then has a line with the map's name.
 template <class C> C* add(Instance_Maps& maps, Ref<C> instance) {
