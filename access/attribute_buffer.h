@@ -21,9 +21,12 @@ struct AttributeValue {
 };
 
 // Room for the answer of LRM_GetHBAAttributes, LRM_GetPortAttributes or LRM_GetPortStatistics, at
-// most the largest of the three.
+// most `capacity` bytes.
 class AttributeBuffer {
 public:
+    static constexpr uint32 capacity = 4096;
+    static_assert(capacity >= RM_HBA_ATTRIBUTES_SIZE);
+
     explicit AttributeBuffer(uint32 room) noexcept : size(room <= capacity ? room : capacity) {}
     AttributeBuffer(const AttributeBuffer&) = delete;
     AttributeBuffer& operator=(const AttributeBuffer&) = delete;
@@ -35,8 +38,6 @@ public:
     uint32 size; // the size word of the call that fills the buffer
 
 private:
-    static constexpr uint32 capacity = RM_HBA_ATTRIBUTES_SIZE;
-
     alignas(8) std::byte m_bytes[capacity] = {};
 };
 

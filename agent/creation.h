@@ -39,6 +39,12 @@ template <class C> class End {
 public:
     explicit End(const C& instance) : _copy(clone_of(&instance)) {}
 
+    // For a field that refers to a class above `C`.
+    template <class Base> End<Base> as() const {
+        ref(_copy.get());
+        return End<Base>(Ref<Base>(static_cast<Base*>(static_cast<Instance*>(_copy.get()))));
+    }
+
     // For a reference field, with a count.
     operator C*() const noexcept {
         ref(_copy.get());
@@ -46,8 +52,20 @@ public:
     }
 
 private:
+    template <class> friend class End;
+    explicit End(Ref<C> copy) : _copy(std::move(copy)) {}
+
     Ref<C> _copy;
 };
+
+// An association of two ends in these reference fields.
+template <class C, class A, class B>
+Ref<C> join(A* C::*first_field, const End<A>& first, B* C::*second_field, const End<B>& second) {
+    auto association = make<C>();
+    (*association).*first_field = first;
+    (*association).*second_field = second;
+    return association;
+}
 
 // The end that the first instance of a map is; nothing for an empty map.
 template <class C> std::optional<End<C>> first_end(const Class_Map<C>& map) {
@@ -65,6 +83,16 @@ template <class C> C* insert(Class_Map<C>& map, Ref<C> instance, const char* fai
         return nullptr;
     }
     return instance.release();
+}
+
+// As `insert`; a map that lacks memory for the instance doesn't take it either.
+template <class C> C* try_insert(Class_Map<C>& map, Ref<C> instance, const char* failure) noexcept {
+    try {
+        return insert(map, std::move(instance), failure);
+    } catch (const std::bad_alloc&) {
+        TVR_LOG("%s", failure);
+        return nullptr;
+    }
 }
 
 // Hands the finished instance to the map that its class is answered from. Null if its key is there

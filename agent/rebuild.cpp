@@ -4,6 +4,7 @@
 #include "agent/clear_maps.h"
 #include "agent/computer_system.h"
 #include "agent/creation.h"
+#include "agent/diagnostic_catalogue.h"
 #include "agent/driver_log.h"
 #include "agent/driver_parameters.h"
 #include "agent/dump_instances.h"
@@ -63,6 +64,24 @@ void create_features(Instance_Maps& maps, const Data* data) {
     }
 }
 
+// Leaves a catalogue of whole tests, or none. Also on a host without adapters.
+void create_diagnostics(Instance_Maps& maps) {
+    try {
+        ClearDiagnosticClassMaps(maps, 0);
+        try {
+            TVR_LOG(CreateFCHBADiagnosticClassFeature(maps) == 0
+                        ? "FCHBA Diagnositcs classes created Successfully"
+                        : "FCHBA Diagnositcss either Not Supported/Failed to Create the feature");
+        } catch (...) {
+            ClearDiagnosticClassMaps(maps, 0);
+            TVR_LOG("Exception in FCHBA Diagnostics feature class creation");
+        }
+    } catch (...) {
+        TVR_LOG("Dignostic Test creation failed");
+    }
+    TVR_LOG("Create the Diagnostic classes");
+}
+
 } // namespace
 
 uint32 updateAdapterMaps(const Rebuild& rebuild) {
@@ -85,6 +104,7 @@ uint32 updateAdapterMaps(const Rebuild& rebuild) {
     } catch (...) {
         TVR_LOG("No FC card found");
     }
+    create_diagnostics(maps);
     TVR_LOG("PERF: updateAdapterMaps: cleanExit");
     return 0;
 }

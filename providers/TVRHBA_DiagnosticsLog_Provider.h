@@ -13,8 +13,8 @@ public:
     Unload_Status unload();
     Enum_Instances_Status enum_instances(const Class* model, const Enum_Instances_Handler& handler);
 
-    // Not carried out.
-    static constexpr Unsupported_Method ClearLog{};
+    // Removes the records of the log's test but for those of its settings.
+    Invoke_Method_Status ClearLog(const Class* self, Property<uint32>& return_value);
 
     // Declared by the schema, without a meaning for this class.
     static constexpr Unsupported_Method RequestStateChange{};

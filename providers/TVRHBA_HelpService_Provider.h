@@ -13,8 +13,11 @@ public:
     Unload_Status unload();
     Enum_Instances_Status enum_instances(const Class* model, const Enum_Instances_Handler& handler);
 
-    // Not carried out.
-    static constexpr Unsupported_Method GetHelp{};
+    // Answers the description of the service's own test, as a text in the one known format.
+    Invoke_Method_Status GetHelp(const Class* self, const Property<String>& RequestedDocument,
+                                 Property<uint16>& Format,
+                                 const Property<uint16>& RequestedDelivery,
+                                 Property<String>& DocumentInfo, Property<uint32>& return_value);
 
     // Declared by the schema, without a meaning for this class.
     static constexpr Unsupported_Method RequestStateChange{};

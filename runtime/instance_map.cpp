@@ -183,6 +183,29 @@ void Instance_Map::remove(std::size_t position) noexcept {
     fill_buckets();
 }
 
+void Instance_Map::erase(const std::vector<uint32>& positions) noexcept {
+    if (positions.empty()) {
+        return;
+    }
+    leave_cursors();
+    _ends.reset();
+    std::size_t kept = positions.front();
+    auto next = positions.begin();
+    for (std::size_t position = kept; position < size(); ++position) {
+        if (next != positions.end() && *next == position) {
+            destroy(_instances[position]);
+            ++next;
+        } else {
+            _instances[kept] = _instances[position];
+            _hashes[kept] = _hashes[position];
+            ++kept;
+        }
+    }
+    _instances.remove(kept, size() - kept);
+    _hashes.resize(kept);
+    fill_buckets();
+}
+
 void Instance_Map::clear() noexcept {
     leave_cursors();
     _ends.reset();

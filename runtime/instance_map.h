@@ -50,6 +50,10 @@ public:
     // behind it move up.
     void remove(std::size_t position) noexcept;
 
+    // Ends the members at these positions, ascending and each one in the map. Those behind them
+    // move up.
+    void erase(const std::vector<uint32>& positions) noexcept;
+
     void clear() noexcept;
     // Empties the map and hands its members, in order and each with its count, to the caller.
     Array<Instance*> release();

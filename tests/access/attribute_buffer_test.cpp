@@ -60,9 +60,9 @@ TEST_F(AttributeBufferTest, AMissingValueIsZeroOrEmpty) {
 
 // Nothing that a broken library makes up leads out of the buffer.
 TEST_F(AttributeBufferTest, ValuesEndWithTheBuffer) {
-    EXPECT_EQ(AttributeBuffer(1'000'000).size, RM_HBA_ATTRIBUTES_SIZE);
+    EXPECT_EQ(AttributeBuffer(1'000'000).size, AttributeBuffer::capacity);
     filled({"", 0xFFFF});
-    auto* const end = static_cast<char*>(buffer.data()) + RM_HBA_ATTRIBUTES_SIZE;
+    auto* const end = static_cast<char*>(buffer.data()) + AttributeBuffer::capacity;
     std::fill(end - 3, end, 'e');
     for (std::size_t left = 0; left < 4; ++left) {
         libraries->attributePlace = end - left;
