@@ -109,6 +109,11 @@ inline constexpr std::array speedWords = {
     Named{"16G", HBA_PORTSPEED_16GBIT},
 };
 
+inline constexpr std::array linkEventWords = {
+    Named{"offline", HBA_EVENT_PORT_OFFLINE},
+    Named{"online", HBA_EVENT_PORT_ONLINE},
+};
+
 inline constexpr std::array beaconWords = {
     Named{"notAvailable", 1},
     Named{"off", 2},
