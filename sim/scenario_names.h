@@ -124,6 +124,14 @@ inline constexpr std::array beaconWords = {
     Named{"unknown", 103},
 };
 
+/// States of a diagnostic test.
+inline constexpr std::array testStateWords = {
+    Named{"pending", RM_TEST_PENDING},
+    Named{"running", RM_TEST_RUNNING},
+    Named{"canceled", RM_TEST_CANCELED},
+    Named{"finished", RM_TEST_FINISHED},
+};
+
 /// SCSI peripheral device types.
 inline constexpr std::array peripheralWords = {
     Named{"disk", 0x00},           Named{"tape", 0x01},       Named{"printer", 0x02},
