@@ -6,6 +6,8 @@
 #include "sim/target_mapping.h"
 #include "sim/vendor_table.h"
 
+#include <algorithm>
+
 using namespace tvrsim;
 
 namespace {
@@ -41,6 +43,19 @@ Subject targetSubject(HBA_HANDLE handle, const HBA_WWN& target) {
     Subject subject = Host::instance().subjectOf(handle);
     subject.port = wwnText(target);
     return subject;
+}
+
+/// A registration is about its port.
+Subject listenerSubject(HBA_CALLBACKHANDLE handle) {
+    Host& host = Host::instance();
+    const auto port = host.events().portOf(handle);
+    return port ? host.subjectOf(*port) : Subject{};
+}
+
+bool hasPort(const Adapter& adapter, const HBA_WWN& wwpn) {
+    return std::any_of(adapter.ports.begin(), adapter.ports.end(), [&](const Port& port) {
+        return numberOf(port.hba.PortWWN) == numberOf(wwpn);
+    });
 }
 
 /// Has a logical unit answer a command, which fails first as often as the scenario tells.
@@ -98,12 +113,19 @@ HBA_UINT32 HBA_GetVersion(void) {
 
 HBA_STATUS HBA_LoadLibrary(void) {
     return guarded(EntryPoint::HBA_LoadLibrary, {}, [](Host& host) -> HBA_STATUS {
-        return host.usable() ? HBA_STATUS_OK : HBA_STATUS_ERROR;
+        if (!host.usable()) {
+            return HBA_STATUS_ERROR;
+        }
+        host.load();
+        return HBA_STATUS_OK;
     });
 }
 
 HBA_STATUS HBA_FreeLibrary(void) {
-    return guarded(EntryPoint::HBA_FreeLibrary, {}, [](Host&) { return HBA_STATUS_OK; });
+    return guarded(EntryPoint::HBA_FreeLibrary, {}, [](Host& host) {
+        host.free();
+        return HBA_STATUS_OK;
+    });
 }
 
 HBA_UINT32 HBA_GetNumberOfAdapters(void) {
@@ -213,16 +235,30 @@ HBA_STATUS HBA_SendReadCapacity(HBA_HANDLE handle, HBA_WWN portWWN, HBA_UINT64 f
         });
 }
 
-HBA_STATUS HBA_RegisterForAdapterPortEvents(HBA_PORT_EVENT_CALLBACK, void*, HBA_HANDLE,
-                                            HBA_WWN PortWWN, HBA_CALLBACKHANDLE*) {
+HBA_STATUS HBA_RegisterForAdapterPortEvents(HBA_PORT_EVENT_CALLBACK callback, void* userData,
+                                            HBA_HANDLE handle, HBA_WWN PortWWN,
+                                            HBA_CALLBACKHANDLE* callbackHandle) {
     return guarded(EntryPoint::HBA_RegisterForAdapterPortEvents,
-                   Host::instance().subjectOf(PortWWN),
-                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+                   Host::instance().subjectOf(PortWWN), [=](Host& host) {
+                       return host.withAdapter(handle, [&](Adapter& adapter) -> HBA_STATUS {
+                           if (callback == nullptr || callbackHandle == nullptr) {
+                               return HBA_STATUS_ERROR_ARG;
+                           }
+                           if (!hasPort(adapter, PortWWN)) {
+                               return HBA_STATUS_ERROR_ILLEGAL_WWN;
+                           }
+                           *callbackHandle = host.events().add(callback, userData, PortWWN);
+                           return HBA_STATUS_OK;
+                       });
+                   });
 }
 
-HBA_STATUS HBA_RemoveCallback(HBA_CALLBACKHANDLE) {
-    return guarded(EntryPoint::HBA_RemoveCallback, {},
-                   [](Host&) { return HBA_STATUS_ERROR_NOT_SUPPORTED; });
+HBA_STATUS HBA_RemoveCallback(HBA_CALLBACKHANDLE callbackHandle) {
+    return guarded(
+        EntryPoint::HBA_RemoveCallback, listenerSubject(callbackHandle), [=](Host& host) {
+            return host.events().remove(callbackHandle) ? HBA_STATUS_OK
+                                                        : HBA_STATUS_ERROR_INVALID_HANDLE;
+        });
 }
 
 } // extern "C"

@@ -47,8 +47,16 @@ Scenario readScenarioFile(const char* path) {
     return readScenario(parseJson(readFile(path)), "");
 }
 
-std::string keyOf(const HBA_WWN& wwn) {
-    return std::string(reinterpret_cast<const char*>(wwn.wwn), sizeof wwn.wwn);
+/// The first port of a name, with its adapter; nulls without one.
+std::pair<Adapter*, Port*> findPort(std::vector<Adapter>& adapters, const HBA_WWN& wwpn) {
+    for (Adapter& adapter : adapters) {
+        for (Port& port : adapter.ports) {
+            if (numberOf(port.hba.PortWWN) == numberOf(wwpn)) {
+                return {&adapter, &port};
+            }
+        }
+    }
+    return {};
 }
 
 /// A counter whose start is all ones stays so: the adapter does not have it.
@@ -57,6 +65,10 @@ uint64_t valueNow(const Counter& counter, uint64_t seconds) {
 }
 
 } // namespace
+
+Link linkOf(const Port& port) {
+    return {port.hba.PortWWN, port.hba.PortFcId, port.hba.PortState == HBA_PORTSTATE_ONLINE};
+}
 
 Host& Host::instance() {
     static NeverDestroyed<Host> host;
@@ -122,19 +134,12 @@ void Host::control(std::string_view request) {
         for (const auto& change : changes->members()) {
             const std::string path = place.pathOf(change.name);
             const HBA_WWN wwpn = parseWwn(change.name, path);
-            Port* found = nullptr;
-            for (Adapter& adapter : adapters) {
-                for (Port& port : adapter.ports) {
-                    if (found == nullptr && keyOf(port.hba.PortWWN) == keyOf(wwpn)) {
-                        found = &port;
-                        adapter.hasChanged = true;
-                    }
-                }
-            }
-            if (found == nullptr) {
+            const auto [adapter, port] = findPort(adapters, wwpn);
+            if (port == nullptr) {
                 throw FormatError(path, "no such port");
             }
-            changePort(change.value, path, *found);
+            changePort(change.value, path, *port);
+            adapter->hasChanged = true;
         }
     }
     readDriverParams(reader, "globalDriverParameters", parameters);
@@ -162,8 +167,20 @@ void Host::control(std::string_view request) {
     if (entryPoints != nullptr) {
         readRules(*entryPoints, reader.pathOf("entryPoints"), rules);
     }
+    std::vector<LinkEvent> events;
+    if (const Json* value = reader.find("linkEvents")) {
+        events = readLinkEvents(*value, reader.pathOf("linkEvents"));
+        for (LinkEvent& event : events) {
+            const Port* const port = findPort(adapters, event.port).second;
+            if (port == nullptr) {
+                throw FormatError(reader.pathOf("linkEvents"), "no such port");
+            }
+            event.fabricPortId = port->hba.PortFcId;
+        }
+    }
     reader.finish();
 
+    const std::map<uint64_t, Link> before = links();
     if (scenario != nullptr) {
         m_handles.clear();
         m_start = std::chrono::steady_clock::now();
@@ -177,6 +194,10 @@ void Host::control(std::string_view request) {
     }
     if (resetCounts) {
         m_rules.resetCalls();
+    }
+    raiseChanges(before, reboots || losesPower);
+    for (const LinkEvent& event : events) {
+        m_events.raise(event);
     }
 }
 
@@ -271,7 +292,7 @@ Subject Host::subjectOf(const HBA_WWN& port) {
 }
 
 Host::Place Host::find(const HBA_WWN& wwpn) const {
-    const auto found = m_ports.find(keyOf(wwpn));
+    const auto found = m_ports.find(numberOf(wwpn));
     return found == m_ports.end() ? Place{} : found->second;
 }
 
@@ -279,9 +300,47 @@ void Host::indexPorts() {
     m_ports.clear();
     for (Adapter& adapter : m_adapters) {
         for (Port& port : adapter.ports) {
-            m_ports.try_emplace(keyOf(port.hba.PortWWN), Place{&adapter, &port});
+            m_ports.try_emplace(numberOf(port.hba.PortWWN), Place{&adapter, &port});
         }
     }
+}
+
+std::map<uint64_t, Link> Host::links() const {
+    std::map<uint64_t, Link> links;
+    for (const auto& [name, place] : m_ports) {
+        links.emplace(name, linkOf(*place.port));
+    }
+    return links;
+}
+
+void Host::raiseChanges(const std::map<uint64_t, Link>& before, bool restarts) {
+    const std::map<uint64_t, Link> after = links();
+    for (const auto& [name, link] : before) {
+        const auto present = after.find(name);
+        m_events.raiseChange(link, present == after.end() ? Link{} : present->second, restarts);
+    }
+    for (const auto& [name, link] : after) {
+        if (!before.contains(name)) {
+            m_events.raiseChange({}, link, restarts);
+        }
+    }
+}
+
+void Host::load() {
+    const std::lock_guard lock(m_mutex);
+    ++m_loads;
+}
+
+void Host::free() {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_loads > 1) {
+            --m_loads;
+            return;
+        }
+        m_loads = 0;
+    }
+    m_events.end();
 }
 
 bool Host::isLocal(const HBA_WWN& wwpn) {

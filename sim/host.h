@@ -2,12 +2,16 @@
 #pragma once
 
 #include "sim/call_rules.h"
+#include "sim/link_events.h"
 #include "sim/scenario.h"
 
 #include <map>
 #include <mutex>
 
 namespace tvrsim {
+
+/// The link of a port as it stands.
+Link linkOf(const Port& port);
 
 /// One simulated host. There is one per process, made at the first use and never destroyed, since
 /// callers may still be at work when the process ends.
@@ -24,6 +28,12 @@ public:
     bool usable();
 
     CallRules& rules() { return m_rules; }
+    LinkEvents& events() { return m_events; }
+
+    /// Counts the users that have loaded the library; events end with the last that frees it, and
+    /// when it is freed without having been loaded.
+    void load();
+    void free();
 
     /// Applies a control request, all or nothing. Throws FormatError.
     void control(std::string_view request);
@@ -97,6 +107,8 @@ private:
     };
 
     Place find(const HBA_WWN& wwpn) const;
+    std::map<uint64_t, Link> links() const;
+    void raiseChanges(const std::map<uint64_t, Link>& before, bool restarts);
     Adapter* adapterOf(HBA_HANDLE handle);
     bool isStale(const Adapter& adapter, HBA_HANDLE handle) const;
     Subject subjectOfHandle(HBA_HANDLE handle, std::optional<HBA_UINT32> port);
@@ -106,10 +118,12 @@ private:
     std::vector<Adapter> m_adapters;
     std::optional<DriverParams> m_globalDriverParameters;
     std::map<HBA_HANDLE, OpenHandle> m_handles;
-    std::map<std::string, Place> m_ports; ///< by the 8 bytes of the WWPN; the first of equals
+    std::map<uint64_t, Place> m_ports; ///< by the WWPN; the first of equals
     HBA_HANDLE m_lastHandle = 0;
     std::chrono::steady_clock::time_point m_start;
     CallRules m_rules;
+    LinkEvents m_events;
+    uint64_t m_loads = 0;
 };
 
 } // namespace tvrsim

@@ -189,6 +189,14 @@ std::string wwnText(const HBA_WWN& wwn) {
     return text;
 }
 
+uint64_t numberOf(const HBA_WWN& wwn) {
+    uint64_t number = 0;
+    for (const HBA_UINT8 byte : wwn.wwn) {
+        number = number << 8 | byte;
+    }
+    return number;
+}
+
 ObjectReader::ObjectReader(const Json& object, std::string path)
     : m_object(object), m_path(std::move(path)) {
     if (!object.is_object()) {

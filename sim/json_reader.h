@@ -71,6 +71,9 @@ HBA_WWN parseWwn(std::string_view text, const std::string& path);
 /// The 16 upper-case digits of a name.
 std::string wwnText(const HBA_WWN& wwn);
 
+/// A name as a number, its first byte the highest.
+uint64_t numberOf(const HBA_WWN& wwn);
+
 /// One object. Each field is asked for by name and at most once; finish() refuses the rest.
 class ObjectReader {
 public:

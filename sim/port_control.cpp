@@ -110,7 +110,8 @@ RM_STATUS SetBootBiosState(HBA_WWN port, uint32_t enable) {
 }
 
 RM_STATUS SetPortEnabled(HBA_WWN port, uint8_t enable, uint8_t* state) {
-    return Host::instance().withPort(port, [=](Adapter& adapter, Port& found) {
+    Host& host = Host::instance();
+    return host.withPort(port, [&](Adapter& adapter, Port& found) {
         if (enable > 1 || state == nullptr) {
             return RM_STATUS_ERROR;
         }
@@ -131,7 +132,9 @@ RM_STATUS SetPortEnabled(HBA_WWN port, uint8_t enable, uint8_t* state) {
             found.stateAfterReset = next;
             *state = RM_PORT_ENABLED_AFTER_RESET;
         } else {
+            const Link before = linkOf(found);
             setState(found, next);
+            host.events().raiseChange(before, linkOf(found), false);
         }
         return RM_STATUS_OK;
     });
@@ -143,7 +146,9 @@ RM_STATUS ResetHBA(HBA_WWN port, uint32_t mode) {
         if (mode != 1) {
             return RM_STATUS_ERROR;
         }
+        const Link before = linkOf(found);
         restart(adapter, found, Restart::reset);
+        host.events().raiseChange(before, linkOf(found), true);
         host.indexPorts();
         dropTemporaryValues(host.globalDriverParameters());
         return RM_STATUS_OK;

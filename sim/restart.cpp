@@ -24,6 +24,7 @@ void restart(Adapter& adapter, Port& port, Restart how) {
     dropTemporaryValues(port.inventory.driverParameters);
     activateNames(adapter, port, how);
     activateFirmware(adapter, how);
+    abortTest(adapter.test);
 }
 
 } // namespace tvrsim

@@ -226,8 +226,36 @@ Adapter defaultAdapter(size_t index) {
     return adapter;
 }
 
+/// Gives a port other surroundings and answers the former ones.
+Surroundings exchangeSurroundings(Port& port, Surroundings next) {
+    std::swap(port.hba.PortType, next.type);
+    std::swap(port.hba.FabricName, next.fabricName);
+    std::swap(port.hba.NumberofDiscoveredPorts, next.discoveredPorts);
+    std::swap(port.targets, next.targets);
+    Attributes former;
+    for (const uint16_t id : {RM_PA_TOPOLOGY, RM_PA_FABRIC_NAME}) {
+        former.insert(port.attributes.extract(id));
+        port.attributes.insert(next.attributes.extract(id));
+    }
+    next.attributes = std::move(former);
+    return next;
+}
+
+/// What a port sees whose own signal comes back.
+Surroundings loopbackPlug() {
+    Surroundings plug;
+    plug.attributes = {{RM_PA_TOPOLOGY, integerAttribute(plug.type)},
+                       {RM_PA_FABRIC_NAME, std::string(sizeof plug.fabricName.wwn, '\0')}};
+    return plug;
+}
+
 void readPortFields(const Json& value, const std::string& path, Port& port) {
     ObjectReader reader(value, path);
+    bool hasPlug = port.behindPlug.has_value();
+    if (hasPlug) {
+        exchangeSurroundings(port, *std::exchange(port.behindPlug, std::nullopt));
+    }
+    reader.flag("loopbackPlug", hasPlug);
     HBA_PORTATTRIBUTES& hba = port.hba;
     reader.wwn("nodeWWN", hba.NodeWWN);
     reader.wwn("portWWN", hba.PortWWN);
@@ -273,8 +301,12 @@ void readPortFields(const Json& value, const std::string& path, Port& port) {
     if (const Json* mapping = reader.find("mapping")) {
         readMappingFaults(*mapping, reader.pathOf("mapping"), port.mapping);
     }
+    readDiagnostics(reader, port.diagnostics);
     reader.flag("enableNeedsReset", port.enableNeedsReset);
     reader.finish();
+    if (hasPlug) {
+        port.behindPlug = exchangeSurroundings(port, loopbackPlug());
+    }
 }
 
 Port readPort(const Json& value, const std::string& path, size_t adapter, size_t index) {

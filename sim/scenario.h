@@ -1,6 +1,7 @@
 // The simulated hardware as data, and its reading from JSON. docs/scenario.md tells the format.
 #pragma once
 
+#include "sim/diagnostics.h"
 #include "sim/entry_points.h"
 #include "sim/firmware.h"
 #include "sim/inventory.h"
@@ -55,6 +56,15 @@ enum class Beacon : uint32_t {
 /// Executions of commands that a scenario lets fail, by unit and command.
 using CommandCounts = std::map<std::pair<const Lun*, UnitCommand>, uint64_t>;
 
+/// What a port shows of what it is connected to.
+struct Surroundings {
+    HBA_PORTTYPE type = HBA_PORTTYPE_LPORT;
+    HBA_WWN fabricName = {};
+    HBA_UINT32 discoveredPorts = 0;
+    Attributes attributes; ///< topology and fabric name
+    std::shared_ptr<const TargetTable> targets = std::make_shared<const TargetTable>();
+};
+
 struct Port {
     HBA_PORTATTRIBUTES hba = {};
     Attributes attributes;
@@ -64,8 +74,10 @@ struct Port {
     std::optional<NameManagement> names;      ///< empty: none
     std::optional<VirtualPorts> virtualPorts; ///< empty: not supported
     std::shared_ptr<const TargetTable> targets = std::make_shared<const TargetTable>();
-    CommandCounts failedCommands; ///< of units in the table of targets
-    MappingFaults mapping;        ///< of LRM_GetFcpTargetMapping
+    CommandCounts failedCommands;           ///< of units in the table of targets
+    std::optional<Surroundings> behindPlug; ///< put aside while a loopback plug is in their place
+    std::optional<Diagnostics> diagnostics = usualDiagnostics();
+    MappingFaults mapping; ///< of LRM_GetFcpTargetMapping
     bool enableNeedsReset = false;
     uint32_t stateWhenEnabled = HBA_PORTSTATE_LINKDOWN;
     std::optional<uint32_t> stateAfterReset; ///< set by a change that waits for a reset
@@ -82,6 +94,7 @@ struct Adapter {
     bool hasChanged = true; ///< since the last refresh
     MappingFaults mapping;  ///< of HBA_GetFcpTargetMapping
     FirmwareUpdate firmware;
+    std::optional<DiagnosticTest> test;
     std::vector<Port> ports;
 };
 

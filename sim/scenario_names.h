@@ -109,6 +109,11 @@ inline constexpr std::array speedWords = {
     Named{"16G", HBA_PORTSPEED_16GBIT},
 };
 
+inline constexpr std::array linkEventWords = {
+    Named{"offline", HBA_EVENT_PORT_OFFLINE},
+    Named{"online", HBA_EVENT_PORT_ONLINE},
+};
+
 inline constexpr std::array beaconWords = {
     Named{"notAvailable", 1},
     Named{"off", 2},
@@ -117,6 +122,14 @@ inline constexpr std::array beaconWords = {
     Named{"noDiagnostics", 101},
     Named{"unanswered", 102},
     Named{"unknown", 103},
+};
+
+/// States of a diagnostic test.
+inline constexpr std::array testStateWords = {
+    Named{"pending", RM_TEST_PENDING},
+    Named{"running", RM_TEST_RUNNING},
+    Named{"canceled", RM_TEST_CANCELED},
+    Named{"finished", RM_TEST_FINISHED},
 };
 
 /// SCSI peripheral device types.

@@ -30,12 +30,4 @@ const Lun* TargetTable::find(const HBA_WWN& wwpn, uint64_t fcpLun) const {
     return unit == m_units.end() || unit->address != wanted ? nullptr : unit->lun;
 }
 
-uint64_t TargetTable::numberOf(const HBA_WWN& wwn) {
-    uint64_t number = 0;
-    for (const HBA_UINT8 byte : wwn.wwn) {
-        number = number << 8 | byte;
-    }
-    return number;
-}
-
 } // namespace tvrsim

@@ -88,7 +88,6 @@ private:
         Address address;
         const Lun* lun;
     };
-    static uint64_t numberOf(const HBA_WWN& wwn);
 
     std::vector<Target> m_targets;
     std::vector<uint64_t> m_ports; ///< in ascending order

@@ -31,6 +31,9 @@ extern "C" {
  *   "reboot"       true starts the host again, behind the changes above: what waits for a reset
  *                  or a reboot takes effect, temporary driver parameters end
  *   "powerCycle"   true does the same and ends volatile world wide names
+ *   "linkEvents"   an event of a port for those who registered for it, behind the changes above, or
+ *                  an array of them: "port" its WWPN, "type" "offline", "online" or a number,
+ *                  "times" how many, "alternate" true when offline and online take turns
  *   "clear"        true drops all rules of entry points
  *   "entryPoints"  rules as in a scenario; those of a named entry point replace its present ones
  *   "resetCounts"  true sets all call counts to 0
