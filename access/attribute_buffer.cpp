@@ -19,6 +19,15 @@ template <class Number> Number toNumber(const AttributeValue& value) noexcept {
     return number;
 }
 
+template <class Number>
+std::optional<Number> findNumber(AttributeBuffer& buffer, uint16 attribute) {
+    const AttributeValue value = buffer.find(attribute);
+    if (value.start == nullptr) {
+        return std::nullopt;
+    }
+    return toNumber<Number>(value);
+}
+
 } // namespace
 
 AttributeValue AttributeBuffer::find(uint16 attribute) noexcept {
@@ -49,12 +58,12 @@ std::optional<uint32> findHBAAttributeInt(AttributeBuffer& buffer, uint16 attrib
     return number;
 }
 
+std::optional<uint32> getAttributeNumber(AttributeBuffer& buffer, uint16 attribute) {
+    return findNumber<uint32>(buffer, attribute);
+}
+
 std::optional<uint64> getAttributeCounter(AttributeBuffer& buffer, uint16 attribute) {
-    const AttributeValue value = buffer.find(attribute);
-    if (value.start == nullptr) {
-        return std::nullopt;
-    }
-    return toNumber<uint64>(value);
+    return findNumber<uint64>(buffer, attribute);
 }
 
 bool getAttributeText(char (&out)[attributeTextSize], AttributeBuffer& buffer, uint16 attribute,

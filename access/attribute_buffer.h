@@ -50,7 +50,8 @@ uint32 getHBAAttributeInt(AttributeBuffer& buffer, uint16 attribute, const char*
 std::optional<uint32> findHBAAttributeInt(AttributeBuffer& buffer, uint16 attribute,
                                           const char* label);
 
-// The first 64 bits of a value, nothing when there is none. Logs nothing.
+// The first 32 or 64 bits of a value, nothing when there is none. Log nothing.
+std::optional<uint32> getAttributeNumber(AttributeBuffer& buffer, uint16 attribute);
 std::optional<uint64> getAttributeCounter(AttributeBuffer& buffer, uint16 attribute);
 
 // Copies the bytes of a value, as many as its length tells but at most 255 and none behind the

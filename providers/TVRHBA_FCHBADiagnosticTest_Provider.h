@@ -13,8 +13,14 @@ public:
     Unload_Status unload();
     Enum_Instances_Status enum_instances(const Class* model, const Enum_Instances_Handler& handler);
 
-    // Not carried out.
-    static constexpr Unsupported_Method RunDiagnosticService{};
+    // Runs the test on a port, to its end: that can take minutes, in which nobody else can work on
+    // adapters. `Job` becomes the finished job, or null if there is none or it is deleted at once.
+    Invoke_Method_Status RunDiagnosticService(const Class* self,
+                                              const CIM_ManagedElement* ManagedElement,
+                                              const CIM_DiagnosticSettingData* DiagnosticSettings,
+                                              const CIM_JobSettingData* JobSettings,
+                                              CIM_ConcreteJob*& Job,
+                                              Property<uint32>& return_value);
 
     // Declared by the schema, without a meaning for this class.
     static constexpr Unsupported_Method RequestStateChange{};
