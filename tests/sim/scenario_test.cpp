@@ -188,6 +188,8 @@ TEST(Scenario, SchemaOffersOnlyKnownFields) {
         {"flashImage", R"(port {"flash": {"images": [{$}]}})"},
         {"pciRegisters", R"(port {"pciRegisters": {$}})"},
         {"dumps", R"(port {"dumps": {$}})"},
+        {"diagnostics", R"(port {"diagnostics": {$}})"},
+        {"diagnosticTest", R"(port {"diagnostics": {"echo": {$}}})"},
         {"wwnManagement", R"(port {"wwnManagement": {$}})"},
         {"namePair", R"(port {"wwnManagement": {"factoryDefault": {$}}})"},
         {"virtualPorts", R"(port {"virtualPorts": {$}})"},
