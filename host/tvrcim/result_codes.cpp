@@ -52,6 +52,11 @@ constexpr Code log_parameter_codes[] = {{32968, "LogLevel, LogMode or TracePath 
 constexpr Code clear_log_codes[] = {{33068, "there is no such log"}};
 constexpr Code log_state_codes[] = {{32968, "RequestedState is not valid"},
                                     {33068, "there is no such log"}};
+constexpr Code clear_diagnostics_codes[] = {{4, "memory is exhausted"},
+                                            {5, "there is no such log"}};
+constexpr Code help_codes[] = {
+    {4, "the service has no such document"},
+    {5, "service, RequestedDocument, Format or RequestedDelivery are not valid"}};
 constexpr Code diagnostic_codes[] = {{1, "there is no such test"},
                                      {5, "test, element, settings or target are not valid"}};
 
@@ -92,6 +97,8 @@ constexpr Table tables[] = {
     {"TVRHBA_RecordLog", "SetLogParams", "", log_parameter_codes},
     {"TVRHBA_RecordLog", "ClearLog", "", clear_log_codes},
     {"TVRHBA_RecordLog", "RequestStateChange", "", log_state_codes},
+    {"TVRHBA_DiagnosticsLog", "ClearLog", "", clear_diagnostics_codes},
+    {"TVRHBA_HelpService", "GetHelp", "", help_codes},
     {"TVRHBA_FCHBADiagnosticTest", "RunDiagnosticService", "", diagnostic_codes},
 };
 

@@ -1,7 +1,6 @@
 // When a refresh runs, who waits for it, and what readers see meanwhile.
 #include "tests/agent/agent_fixture.h"
 
-#include "agent/clear_maps.h"
 #include "agent/locks.h"
 #include "runtime/association.h"
 
@@ -535,27 +534,6 @@ TEST_F(Refresh, ASelectorLimitsWhatIsCopied) {
         agent->m_bForceAdapterRefresh = true;
         refresh();
     }
-}
-
-TEST_F(Refresh, RecordsAndJobsOfTestsOutliveIt) {
-    load();
-    refresh();
-    {
-        const Full_Guard guard(*agent);
-        agent->maps.m_TVRHBA_ConcreteJob_map.insert(TVRHBA_ConcreteJob::create(true));
-        agent->maps.m_TVRHBA_DiagnosticServiceRecord_map.insert(
-            TVRHBA_DiagnosticServiceRecord::create(true));
-        agent->maps.m_TVRHBA_FCHBADiagnosticTest_map.insert(
-            TVRHBA_FCHBADiagnosticTest::create(true));
-    }
-    refresh();
-    EXPECT_EQ(agent->maps.m_TVRHBA_ConcreteJob_map.size(), 1u);
-    EXPECT_EQ(agent->maps.m_TVRHBA_DiagnosticServiceRecord_map.size(), 1u);
-    EXPECT_TRUE(agent->maps.m_TVRHBA_FCHBADiagnosticTest_map.empty());
-    EXPECT_EQ(ClearDiagnosticClassMaps(agent->maps, 1), 0u);
-    EXPECT_TRUE(agent->maps.m_TVRHBA_DiagnosticServiceRecord_map.empty());
-    EXPECT_EQ(ClearDiagnosticClassMaps(agent->maps, 2), 0u);
-    EXPECT_TRUE(agent->maps.m_TVRHBA_ConcreteJob_map.empty());
 }
 
 } // namespace

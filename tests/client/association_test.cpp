@@ -103,7 +103,7 @@ TEST_F(Associations, OfARichHostAreAllThereAndWalkableFromEverywhere) {
                                                  "TVRHBA_DriverRecordLogManagesRecord",
                                                  "TVRHBA_RecordLogManagesRecord"))
         << "the computer system is another provider's, and the logs have no records";
-    EXPECT_EQ(filled, 67);
+    EXPECT_EQ(filled, 78);
 
     for (const auto& [text, source] : sources) {
         EXPECT_EQ(manager().get_instance(source).rc, 0) << text;
