@@ -111,7 +111,7 @@ void Diagnostics::expect_catalogue(const std::string& version) {
             for (std::string rest; !text.empty(); text = rest) {
                 rest = cut(text, '|');
                 const std::string value = cut(text, '=');
-                expected.emplace(text, value);
+                expected[text] = value;
             }
             expected.merge(describe(plain.get()));
             EXPECT_EQ(describe(found.get(i)), expected) << class_name << ' ' << i;
@@ -228,35 +228,28 @@ TEST_F(Diagnostics, AreExplained) {
     TVRHBA_HelpService_Provider provider;
     const std::string unsupported = "Unsupported Delivery options, Use '1' for proper support";
     const std::string no_line = "PERF: ---No timeout BuildCimpleInfo END---"; // of its own
-    const struct {
-        const char* service;
-        const char* document;
-        Property<uint16> format;
-        uint16 delivery;
-        uint32 code;
-        std::string last_line;
-    } cases[] = {
-        {"Ping", "Ping", {1, 0}, 1, 0, "TVRHBA_HelpService_Provider::GetHelp"},
-        {"Ping", "Ping", {2, 0}, 1, 5, unsupported},
-        {"Ping", "Ping", {1, 0}, 2, 5, unsupported},
-        {"Ping", "Echo", {2, 0}, 1, 4, no_line},
-        {"Ping", "ping", {1, 0}, 1, 4, no_line},
-        {"Ping", "Ping", {1, 1}, 1, 5, "Invalid Requested Document"},
-        {"Pong", "Ping", {1, 0}, 1, 5, "Invalid instance of Help Service"},
-    };
-    for (const auto& row : cases) {
-        const std::string document = "TVR:FCHBA " + std::string(row.document) + " Test";
+    const std::tuple<std::string, std::string, Property<uint16>, uint16, uint32, std::string>
+        cases[] = {
+            {"Ping", "Ping", {1, 0}, 1, 0, "TVRHBA_HelpService_Provider::GetHelp"},
+            {"Ping", "Ping", {2, 0}, 1, 5, unsupported},
+            {"Ping", "Ping", {1, 0}, 2, 5, unsupported},
+            {"Ping", "Echo", {2, 0}, 1, 4, no_line},
+            {"Ping", "ping", {1, 0}, 1, 4, no_line},
+            {"Ping", "Ping", {1, 1}, 1, 5, "Invalid Requested Document"},
+            {"Pong", "Ping", {1, 0}, 1, 5, "Invalid instance of Help Service"},
+        };
+    for (const auto& [name, document, form, delivery, result, last_line] : cases) {
         const Ref<TVRHBA_HelpService> self(map<TVRHBA_HelpService>().get(5)->clone());
-        self->Name.set("TVR:FCHBA " + std::string(row.service) + " Test");
-        Property<uint16> format = row.format;
+        self->Name.set("TVR:FCHBA " + name + " Test");
+        Property<uint16> format = form;
         Property<String> info{{}, 1};
         Property<uint32> code{9, 1};
-        EXPECT_EQ(
-            provider.GetHelp(self.get(), {document, 0}, format, {row.delivery, 0}, info, code),
-            INVOKE_METHOD_OK);
-        EXPECT_EQ(code.value, row.code);
-        EXPECT_EQ(log.lines().back().text, row.last_line);
-        EXPECT_EQ(info.value.c_str(), row.code == 0 ? told[names[5]]["help"] : "");
+        EXPECT_EQ(provider.GetHelp(self.get(), {"TVR:FCHBA " + document + " Test", 0}, format,
+                                   {delivery, 0}, info, code),
+                  INVOKE_METHOD_OK);
+        EXPECT_EQ(code.value, result);
+        EXPECT_EQ(log.lines().back().text, last_line);
+        EXPECT_EQ(info.value.c_str(), result == 0 ? told[names[5]]["help"] : "");
     }
 }
 
