@@ -11,17 +11,8 @@ namespace {
 constexpr std::string_view own_classes = "TVRHBA_";
 
 constexpr std::string_view always_empty[] = {
-    "TVRHBA_AffectedJobElement",
     "TVRHBA_AlertIndication",
     "TVRHBA_ChassisContainsCard",
-    "TVRHBA_ConcreteJob",
-    "TVRHBA_CorrespondingSettingDataRecord",
-    "TVRHBA_DiagnosticCompletionRecord",
-    "TVRHBA_DiagnosticServiceRecord",
-    "TVRHBA_DiagnosticSettingDataRecord",
-    "TVRHBA_LogManagesRecord",
-    "TVRHBA_OwningJobElement",
-    "TVRHBA_RecordAppliesToElement",
     "TVRHBA_VMSystemDevice",
 };
 
@@ -35,6 +26,7 @@ constexpr std::string_view carried_out[] = {
     "TVRHBA_DumpService.DeleteDump",
     "TVRHBA_DumpService.GenerateDump",
     "TVRHBA_DumpService.GetDumpFileNames",
+    "TVRHBA_FCHBADiagnosticTest.RunDiagnosticService",
     "TVRHBA_FCHBADriverParamService.SetDriverParameter",
     "TVRHBA_FCHBADriverParamService.StartService",
     "TVRHBA_FCHBAWWNService.ChangeWWN",

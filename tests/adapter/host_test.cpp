@@ -59,6 +59,8 @@ protected:
         options.name_spaces = {"root/test", "root/other"};
         options.broker_version = GetParam().version;
         options.keeps = GetParam().keeps;
+        // Headers that end at the first version have its argument lists.
+        options.older_indication_arguments = CMPI_VERSION == 100;
         return options;
     }
 

@@ -7,226 +7,125 @@
 #include "providers/TVRHBA_DiagnosticsLog_Provider.h"
 #include "providers/TVRHBA_HelpService_Provider.h"
 
+#include <fstream>
+
 namespace cimple {
 namespace {
 
 using testing::ElementsAre;
 using Texts = std::map<std::string, std::string>;
-using Test_Class = TVRHBA_FCHBADiagnosticTest;
 
-// Properties as "NAME=TEXT|NAME=TEXT", in which "$" stands for the test's name.
-struct Row {
-    std::string name, test, settings, capabilities, help;
-};
-const std::string data = "LoopControl={3}|LoopControlParameter={100}|BufferSizes={8}|"
-                         "BufferPattern={49, 97, 50, 98, 51, 99, 52, 100}";
-const std::string target = data + "|TargetDevice=|TargetDeviceFormat=2|LUN=0";
-const std::string loopback =
-    "SupportedServiceModes={4}|SupportedLoopControl={2, 3}|"
-    "SupportedExecutionControls={1}|"
-    "OtherSupportedExecutionControlsDescriptions={BufferSize, BufferPattern}";
-const std::string none = "SupportedServiceModes={32768}|SupportedLoopControl={32768}|"
-                         "SupportedExecutionControls={32768}";
-std::string with_target(const std::string& mechanism) {
-    return "SupportedServiceModes={4}|SupportedLoopControl={3}|SupportedExecutionControls={1}|"
-           "OtherSupportedExecutionControlsDescriptions={TargetDevice, " +
-           mechanism + ", LUN, BufferSize, BufferPattern}";
+constexpr std::size_t tests = 9;
+constexpr std::size_t controllers = 2;
+
+template <class... Classes> std::map<std::string, Instance_Map*> maps_of(Instance_Maps& maps) {
+    return {{Classes::static_meta_class.name, &(maps.*map_of<Classes>)}...};
 }
-const Row rows[] = {
-    {"Beacon", "FCHBATestType=2|TestTypes={2}", "LoopControl={3}|LoopControlParameter={5}",
-     "SupportedLoopControl={3, 4}|" + none,
-     "causes a port's LEDs to flash on and off, allowing the port to be easily visually "
-     "identified"},
-    {"Echo", "FCHBATestType=3|TestTypes={3, 5}|Characteristics={4, 10}",
-     target + "|EchoMechanism=2", with_target("EchoMechanism"),
-     "verifies the data path from host to target"},
-    {"External Loopback", "FCHBATestType=4|TestTypes={2, 5}|Characteristics={4, 10}", data,
-     loopback, "verifies that the entire data path through an FCHBA is working properly"},
-    {"Host Loopback", "FCHBATestType=5|TestTypes={2}|Characteristics={4}", data, loopback,
-     "verifies the FC HBA hostbus interface"},
-    {"Internal Loopback", "FCHBATestType=6|TestTypes={2}|Characteristics={4}", data, loopback,
-     "verifies the integrity of internal data paths in the FCHBA"},
-    {"Ping", "FCHBATestType=7|TestTypes={5}|Characteristics={4, 10}", target + "|PingMechanism=2",
-     with_target("PingMechanism"),
-     "verifies the existence and accessibility of devices on the SAN"},
-    {"Status", "FCHBATestType=10|TestTypes={4}", "", none,
-     "checks the health of the FCHBA, not including the FC optics"},
-    {"Reset", "FCHBATestType=8|TestTypes={2}|Characteristics={4}", "", none,
-     "causes the FCHBA to re-initialize itself"},
-    {"Self", "FCHBATestType=9|TestTypes={2}|Characteristics={4}", "", none,
-     "allows all components of the FCHBA to be tested"},
-};
-constexpr std::size_t count = std::size(rows);
-std::string name_of(std::size_t row) {
-    return "TVR:FCHBA " + rows[row].name + " Test";
+
+// Ends `text` before the mark; the answer is what stood behind it.
+std::string cut(std::string& text, char mark) {
+    const std::size_t at = std::min(text.find(mark), text.size());
+    const std::string behind = text.substr(std::min(at + 1, text.size()));
+    text.resize(at);
+    return behind;
 }
 
 class Diagnostics : public With_Agent {
 protected:
     Diagnostics() {
-        libraries.adapters.resize(2);
+        libraries.adapters.resize(controllers);
         libraries.adapters[1].attributes[RM_HA_DIAG_VERSION] = fake::valueOf(uint32{7});
         load();
         refresh();
+        maps = maps_of<CIM_ComputerSystem, TVRHBA_PortController, TVRHBA_FCHBADiagnosticTest,
+                       TVRHBA_FCHBADiagnosticSettingData, TVRHBA_DiagElementSettingData,
+                       TVRHBA_FCHBADiagnosticServiceCapabilities, TVRHBA_DiagElementCapabilities,
+                       TVRHBA_HelpService, TVRHBA_ServiceAvailableToElement,
+                       TVRHBA_DiagnosticIdentity, TVRHBA_DiagElementSoftwareIdentity,
+                       TVRHBA_JobSettingData, TVRHBA_JobElementSettingData, TVRHBA_DiagnosticsLog,
+                       TVRHBA_UseOfLog, TVRHBA_AvailableDiagnosticService,
+                       TVRHBA_ServiceAffectsElement, TVRHBA_DiagServiceConformsToProfile,
+                       TVRHBA_DiagHostedService, TVRHBA_HostedService>(agent->maps);
+        std::ifstream lines(DIAGNOSTIC_CATALOGUE);
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with('[')) {
+                names.push_back(line.substr(1, line.size() - 2));
+            } else if (!line.empty() && !line.starts_with('#')) {
+                const std::string text = cut(line, '=');
+                told[names.back()][line] = text;
+            }
+        }
     }
     template <class C> Class_Map<C>& map() { return agent->maps.*map_of<C>; }
-    template <class C> std::string path(std::size_t i) {
-        String text;
-        EXPECT_EQ(instance_to_model_path(map<C>().get(i), text), 0);
-        return text.c_str();
-    }
-    // A member of a map has what is told of it, and else the defaults of its class.
-    template <class C> void expect(std::size_t i, Texts texts) {
-        const Ref<C> plain(C::create(true));
-        texts.emplace("", "root/tavrin");
-        texts.merge(describe(plain.get()));
-        EXPECT_EQ(describe(map<C>().get(i)), texts) << C::static_meta_class.name << i;
-    }
-    // The same of all, one for each test; `told` answers its properties.
-    template <class C, class Told> void expect_all(Told&& told) {
-        ASSERT_EQ(map<C>().size(), count) << C::static_meta_class.name;
-        for (std::size_t i = 0; i < count; ++i) {
-            Texts texts;
-            std::istringstream fields(told(rows[i]));
-            for (std::string text; std::getline(fields, text, '|');) {
-                for (auto at = text.find('$'); at != text.npos; at = text.find('$')) {
-                    text.replace(at, 1, name_of(i));
-                }
-                texts.emplace(text.substr(0, text.find('=')), text.substr(text.find('=') + 1));
-            }
-            expect<C>(i, texts);
+    template <class C> std::vector<std::string> texts(const char* property) {
+        std::vector<std::string> found;
+        for (const C* member : map<C>()) {
+            found.push_back(describe(member)[property]);
         }
+        return found;
     }
-    // An association for each test, of members of these maps, the only one or the test's.
-    template <class C, class A, class B>
-    void expect_joins(const char* a, const char* b, const Texts& more = {}) {
-        ASSERT_EQ(map<C>().size(), count) << C::static_meta_class.name;
-        for (std::size_t i = 0; i < count; ++i) {
-            Texts texts = more;
-            texts[a] = path<A>(std::min(i, map<A>().size() - 1));
-            texts[b] = path<B>(std::min(i, map<B>().size() - 1));
-            expect<C>(i, texts);
-        }
-    }
-    void expect_tests(const std::string& version);
-    void expect_associations();
-
     uint32 create_anew() {
         ClearDiagnosticClassMaps(agent->maps, 0);
         log.take();
         return CreateFCHBADiagnosticClassFeature(agent->maps);
     }
-    template <class... Classes> std::vector<std::size_t> sizes() {
-        return {map<Classes>().size()...};
+    bool is_per_controller(const std::string& class_name) {
+        return told["instances"][class_name].find("controller") != std::string::npos;
     }
-    // With an instance of class C in the way of the first test that test is taken back.
-    template <class C> void collide(const std::string& line, std::size_t place = 0) {
-        Ref<C> other(map<C>().get(place)->clone());
-        ClearDiagnosticClassMaps(agent->maps, 0);
-        map<C>().insert(other.release());
-        log.take();
-        EXPECT_EQ(CreateFCHBADiagnosticClassFeature(agent->maps), 0u);
-        const std::string failed =
-            "Failed to insert the Diag Instances into map for DiagTest " + name_of(0);
-        EXPECT_THAT(sequence({"Insert Failed : " + line, failed}),
-                    ElementsAre("Insert Failed : " + line, failed));
-        map<C>().erase({0});
-        EXPECT_THAT((sizes<Test_Class, TVRHBA_HelpService, TVRHBA_ServiceAvailableToElement,
-                           TVRHBA_DiagnosticIdentity, TVRHBA_DiagElementSoftwareIdentity,
-                           TVRHBA_FCHBADiagnosticSettingData, TVRHBA_DiagElementSettingData,
-                           TVRHBA_FCHBADiagnosticServiceCapabilities,
-                           TVRHBA_DiagElementCapabilities, TVRHBA_JobSettingData,
-                           TVRHBA_JobElementSettingData, TVRHBA_DiagnosticsLog, TVRHBA_UseOfLog,
-                           TVRHBA_AvailableDiagnosticService, TVRHBA_ServiceAffectsElement>()),
-                    ElementsAre(8, 8, 8, 8, 8, 8, 8, 8, 8, 1, 8, 8, 8, 16, 16))
-            << line;
-        create_anew();
+    // What stands for a word between two marks, of the test or else of all.
+    std::string meaning(char mark, const std::string& word, std::size_t test, std::size_t other) {
+        if (mark == '%') {
+            Texts own = told[names[test]];
+            own["name"] = names[test];
+            return own.contains(word) ? own[word] : told["shared"].at(word);
+        }
+        const Instance_Map& ends = *maps.at(word);
+        const bool is_port = word == "TVRHBA_PortController";
+        String path;
+        instance_to_model_path(ends.get(is_port ? other : std::min(test, ends.size() - 1)), path);
+        return path.c_str();
     }
+    void expect_catalogue(const std::string& version);
+
+    std::vector<std::string> names; // of the tests, and of the other sections behind them
+    std::map<std::string, Texts> told;
+    std::map<std::string, Instance_Map*> maps;
 };
 
-void Diagnostics::expect_tests(const std::string& version) {
-    const std::string system =
-        "SystemCreationClassName=CIM_ComputerSystem|SystemName=host.example|Name=$|";
-    expect_all<Test_Class>([&](const Row& row) {
-        return system + "CreationClassName=TVRHBA_FCHBADiagnosticTest|ElementName=$|" + row.test;
-    });
-    expect_all<TVRHBA_FCHBADiagnosticSettingData>([](const Row& row) {
-        return "InstanceID=$|ElementName=$ SettingData|OverridedSettingData=0|HaltOnError=false|"
-               "ResultPersistence=4294967295|LogOptions={2, 6}|LogStorage={2}|" +
-               row.settings;
-    });
-    expect_all<TVRHBA_FCHBADiagnosticServiceCapabilities>([](const Row& row) {
-        return "InstanceID=$|ElementName=$ Capabilites|SupportedLogStorage={2}|"
-               "SupportedLogOptions={2, 6}|" +
-               row.capabilities;
-    });
-    expect_all<TVRHBA_HelpService>([&](const Row& row) {
-        return system +
-               "CreationClassName=TVRHBA_HelpService|ElementName=$ HelpService|"
-               "DeliveryOptions={1}|OtherDeliveryOptionDescription=String|"
-               "DocumentFormat={1}|OtherDocumentFormatDescription=String|"
-               "DocumentsAvailable={$}|DocumentDescriptions={Test " +
-               row.help + "}";
-    });
-    expect_all<TVRHBA_DiagnosticIdentity>([&](const Row&) {
-        return "InstanceID=$|Name=$|ElementName=$ DiagnosticIdentity|MajorVersion=1|MinorVersion=" +
-               version + "|RevisionNumber=1|VersionString=1." + version +
-               ".1|Manufacturer=Tavrin|Classifications={7}|"
-               "ClassificationDescriptions={TVR: FCHBA Diagnostics}|IsEntity=true";
-    });
-    expect_all<TVRHBA_DiagnosticsLog>([](const Row&) {
-        return "InstanceID=$|ElementName=$ DiagnosticLog|"
-               "Description=TVRHBA_DiagnosticsLog represents the logs for FCHBA CDM tests";
-    });
-    ASSERT_EQ(map<TVRHBA_JobSettingData>().size(), 1u);
-    const std::string jobs = "TVR:FCHBA JobSettingData";
-    expect<TVRHBA_JobSettingData>(
-        0, {{"InstanceID", jobs}, {"ElementName", jobs}, {"DeleteOnCompletion", "false"}});
-}
-
-void Diagnostics::expect_associations() {
-    const Texts is_default = {{"IsDefault", "1"}};
-    expect_joins<TVRHBA_DiagElementSettingData, Test_Class, TVRHBA_FCHBADiagnosticSettingData>(
-        "ManagedElement", "SettingData", is_default);
-    expect_joins<TVRHBA_JobElementSettingData, Test_Class, TVRHBA_JobSettingData>(
-        "ManagedElement", "SettingData", is_default);
-    expect_joins<TVRHBA_DiagElementCapabilities, Test_Class,
-                 TVRHBA_FCHBADiagnosticServiceCapabilities>("ManagedElement", "Capabilities");
-    expect_joins<TVRHBA_ServiceAvailableToElement, TVRHBA_HelpService, Test_Class>(
-        "ServiceProvided", "UserOfService");
-    expect_joins<TVRHBA_DiagElementSoftwareIdentity, TVRHBA_DiagnosticIdentity, Test_Class>(
-        "Antecedent", "Dependent");
-    expect_joins<TVRHBA_UseOfLog, TVRHBA_DiagnosticsLog, Test_Class>("Antecedent", "Dependent");
-    expect_joins<TVRHBA_DiagHostedService, CIM_ComputerSystem, Test_Class>("Antecedent",
-                                                                           "Dependent");
-    expect_joins<TVRHBA_HostedService, CIM_ComputerSystem, TVRHBA_HelpService>("Antecedent",
-                                                                               "Dependent");
-    ASSERT_THAT((sizes<TVRHBA_DiagServiceConformsToProfile, TVRHBA_AvailableDiagnosticService,
-                       TVRHBA_ServiceAffectsElement>()),
-                ElementsAre(count, 2 * count, 2 * count));
-    for (std::size_t i = 0; i < 2 * count; ++i) {
-        const std::string test = path<Test_Class>(i / 2);
-        const std::string controller = path<TVRHBA_PortController>(i % 2);
-        expect<TVRHBA_AvailableDiagnosticService>(i, {{"ServiceProvided", test},
-                                                      {"UserOfService", controller},
-                                                      {"EstimatedDurationOfService", "0"}});
-        expect<TVRHBA_ServiceAffectsElement>(
-            i, {{"AffectingElement", test}, {"AffectedElement", controller}});
-        expect<TVRHBA_DiagServiceConformsToProfile>(
-            i / 2, {{"ConformantStandard",
-                     "TVRHBA_RegisteredProfile.InstanceID=\"TVR:FCHBA Diagnostics\""},
-                    {"ManagedElement", test}});
+void Diagnostics::expect_catalogue(const std::string& version) {
+    told["shared"]["version"] = version;
+    for (const auto& [class_name, pattern] : told["instances"]) {
+        const Instance_Map& found = *maps.at(class_name);
+        const std::size_t share = is_per_controller(class_name) ? controllers : 1;
+        ASSERT_EQ(found.size(), class_name == "TVRHBA_JobSettingData" ? 1 : tests * share)
+            << class_name;
+        for (std::size_t i = 0; i < found.size(); ++i) {
+            std::string text = pattern;
+            for (std::size_t at; (at = text.find_first_of("%@")) != text.npos;) {
+                const std::size_t end = text.find(text[at], at + 1);
+                const std::string word = text.substr(at + 1, end - at - 1);
+                text.replace(at, end + 1 - at, meaning(text[at], word, i / share, i % share));
+            }
+            const Ref<Instance> plain(create(found.meta_class(), true));
+            Texts expected = {{"", "root/tavrin"}};
+            for (std::string rest; !text.empty(); text = rest) {
+                rest = cut(text, '|');
+                const std::string value = cut(text, '=');
+                expected[text] = value;
+            }
+            expected.merge(describe(plain.get()));
+            EXPECT_EQ(describe(found.get(i)), expected) << class_name << ' ' << i;
+        }
     }
 }
 
 TEST_F(Diagnostics, AreCataloguedForAllControllers) {
-    expect_tests("5");
-    expect_associations();
+    expect_catalogue("5");
     libraries.statuses["LRM_GetHBAAttributes"] = {9}; // of the first adapter
     EXPECT_EQ(create_anew(), 0u);
-    expect_tests("7");
+    expect_catalogue("7");
     EXPECT_EQ(logged("Number of FCHBA ManagedElement : 2"), 1u);
-    EXPECT_EQ(logged("TVRHBA_DiagElementCapabilities instance (NIC) is created"), count);
+    EXPECT_EQ(logged("TVRHBA_DiagElementCapabilities instance (NIC) is created"), tests);
 
     libraries.statuses["LRM_GetHBAAttributes"] = {9, 9};
     EXPECT_EQ(create_anew(), 40002u);
@@ -247,22 +146,111 @@ TEST_F(Diagnostics, AreCataloguedForAllControllers) {
     EXPECT_EQ(sequence(lines), lines);
 }
 
-TEST_F(Diagnostics, AreTakenBackWhenOneInstanceIsRefused) {
-    collide<Test_Class>("TVRHBA_FCHBADiagnosticTest_map");
-    collide<TVRHBA_HelpService>("TVRHBA_HelpService_map");
-    collide<TVRHBA_ServiceAvailableToElement>("TVRHBA_ServiceAvailableToElement_map");
-    collide<TVRHBA_DiagnosticIdentity>("TVRHBA_DiagnosticIdentity_map");
-    collide<TVRHBA_DiagElementSoftwareIdentity>("TVRHBA_DiagElementSoftwareIdentity_map");
-    collide<TVRHBA_FCHBADiagnosticSettingData>("TVRHBA_FCHBADiagnosticSettingData_map");
-    collide<TVRHBA_DiagElementSettingData>("TVRHBA_DiagElementSettingData");
-    collide<TVRHBA_FCHBADiagnosticServiceCapabilities>(
-        "TVRHBA_FCHBADiagnosticServiceCapabilities_map");
-    collide<TVRHBA_DiagElementCapabilities>("TVRHBA_FCHBAElementCapabilities_map");
-    collide<TVRHBA_JobElementSettingData>("TVRHBA_JobElementSettingData");
-    collide<TVRHBA_DiagnosticsLog>("DiagnosticsLog_map");
-    collide<TVRHBA_UseOfLog>("UseOfLog_map");
-    collide<TVRHBA_AvailableDiagnosticService>("TVRHBA_AvailableDiagnosticService_map");
-    collide<TVRHBA_ServiceAffectsElement>("TVRHBA_ServiceAffectsElement_map", 1);
+// With one instance of the first test in the way all its others are taken back.
+TEST_F(Diagnostics, AreWholeOrMissing) {
+    for (const auto& [class_name, line] : told["refused"]) {
+        Instance_Map& refusing = *maps.at(class_name);
+        ASSERT_EQ(create_anew(), 0u);
+        Ref<Instance> other(clone(refusing.get(refusing.size() == tests ? 0 : 1)));
+        ClearDiagnosticClassMaps(agent->maps, 0);
+        refusing.insert(other.release());
+        log.take();
+        EXPECT_EQ(CreateFCHBADiagnosticClassFeature(agent->maps), 0u);
+        const std::vector<std::string> failed = {
+            line, "Failed to insert the Diag Instances into map for DiagTest " + names[0]};
+        EXPECT_EQ(sequence(failed), failed);
+        refusing.erase({0});
+        EXPECT_EQ(map<TVRHBA_JobSettingData>().size(), 1u);
+        for (const auto& [filled, unused] : told["refused"]) {
+            EXPECT_EQ(maps.at(filled)->size(),
+                      (tests - 1) * (is_per_controller(filled) ? controllers : 1))
+                << filled << ' ' << class_name;
+        }
+    }
+}
+
+// Records of several runs, in this order; then those of the Echo test go.
+TEST_F(Diagnostics, LeaveRecordsUntilTheirLogIsCleared) {
+    const Diagnostic_Counts counts{3, 40, 1};
+    const Ref<TVRHBA_PortController> port(map<TVRHBA_PortController>().get(1)->clone());
+    const auto run = [&](const std::string& test, const char* job, uint32 overridden,
+                         const TVRHBA_PortController* element) {
+        const Diagnostic_Outcome outcome{
+            "TVR:FCHBA " + test + " Test", test + " ended", job, &counts, 5, element, overridden};
+        CreateDiagnosticServiceRecord(agent->maps, outcome);
+        CreateDiagnosticCompletionRecord(agent->maps, outcome);
+    };
+    log.take();
+    run("Status", "job1", 0, nullptr);
+    run("Echo", "job2", 1, port.get());
+    run("Self", "job3", 0, port.get());
+    run("Echo", "job4", 0, nullptr);
+    run("Beacon", "job5", 1, port.get());
+    EXPECT_EQ(logged("Invalid managed element"), 4u);
+    EXPECT_EQ(logged("PortController : 1000AABBCCDD0200"), 6u);
+    const std::pair<const char*, const Instance*> made[] = {
+        {"service", map<TVRHBA_DiagnosticServiceRecord>().get(1)},
+        {"settings", map<TVRHBA_DiagnosticSettingDataRecord>().get(0)},
+        {"corresponding", map<TVRHBA_CorrespondingSettingDataRecord>().get(1)},
+        {"without a port", map<TVRHBA_DiagnosticCompletionRecord>().get(0)}};
+    const std::string now = "CreationTimeStamp=" + std::string(Datetime::now().ascii()) + "; ";
+    for (const auto& [what, record] : made) {
+        std::string line = one_line(record);
+        line.erase(std::min(line.find(now), line.size()), now.size());
+        EXPECT_EQ(line, told["records"][what] + " ");
+    }
+    EXPECT_EQ(map<TVRHBA_LogManagesRecord>().size(), 12u);
+    map<TVRHBA_ConcreteJob>().insert(TVRHBA_ConcreteJob::create(true));
+    refresh();
+    EXPECT_EQ(map<TVRHBA_ConcreteJob>().size(), 1u);
+
+    TVRHBA_DiagnosticsLog_Provider provider;
+    Property<uint32> code{9, 1};
+    const Ref<TVRHBA_DiagnosticsLog> self(map<TVRHBA_DiagnosticsLog>().get(1)->clone());
+    EXPECT_EQ(provider.ClearLog(self.get(), code), INVOKE_METHOD_OK);
+    EXPECT_EQ(code.value, 0u);
+    EXPECT_EQ(log.lines().back().text, "Exiting TVRHBA_DiagnosticsLog_Provider::ClearLog");
+    EXPECT_THAT(texts<TVRHBA_DiagnosticServiceRecord>("InstanceID"),
+                ElementsAre("job1:Service Record", "job3:Service Record", "job5:Service Record"));
+    EXPECT_THAT(texts<TVRHBA_DiagnosticCompletionRecord>("InstanceID"),
+                ElementsAre("job1", "job3", "job5"));
+    EXPECT_THAT(texts<TVRHBA_DiagnosticSettingDataRecord>("Caption"), ElementsAre("job2", "job5"));
+    EXPECT_EQ(map<TVRHBA_CorrespondingSettingDataRecord>().size(), 4u);
+    EXPECT_EQ(map<TVRHBA_LogManagesRecord>().size(), 7u);
+    EXPECT_EQ(map<TVRHBA_RecordAppliesToElement>().size(), 5u);
+    self->InstanceID.set("another");
+    EXPECT_EQ(provider.ClearLog(self.get(), code), INVOKE_METHOD_OK);
+    EXPECT_EQ(code.value, 5u);
+    EXPECT_EQ(log.lines().back().text, "Invalid instance of Diagnostic Log");
+}
+
+TEST_F(Diagnostics, AreExplained) {
+    TVRHBA_HelpService_Provider provider;
+    const std::string unsupported = "Unsupported Delivery options, Use '1' for proper support";
+    const std::string no_line = "PERF: ---No timeout BuildCimpleInfo END---"; // of its own
+    const std::tuple<std::string, std::string, Property<uint16>, uint16, uint32, std::string>
+        cases[] = {
+            {"Ping", "Ping", {1, 0}, 1, 0, "TVRHBA_HelpService_Provider::GetHelp"},
+            {"Ping", "Ping", {2, 0}, 1, 5, unsupported},
+            {"Ping", "Ping", {1, 0}, 2, 5, unsupported},
+            {"Ping", "Echo", {2, 0}, 1, 4, no_line},
+            {"Ping", "ping", {1, 0}, 1, 4, no_line},
+            {"Ping", "Ping", {1, 1}, 1, 5, "Invalid Requested Document"},
+            {"Pong", "Ping", {1, 0}, 1, 5, "Invalid instance of Help Service"},
+        };
+    for (const auto& [name, document, form, delivery, result, last_line] : cases) {
+        const Ref<TVRHBA_HelpService> self(map<TVRHBA_HelpService>().get(5)->clone());
+        self->Name.set("TVR:FCHBA " + name + " Test");
+        Property<uint16> format = form;
+        Property<String> info{{}, 1};
+        Property<uint32> code{9, 1};
+        EXPECT_EQ(provider.GetHelp(self.get(), {"TVR:FCHBA " + document + " Test", 0}, format,
+                                   {delivery, 0}, info, code),
+                  INVOKE_METHOD_OK);
+        EXPECT_EQ(code.value, result);
+        EXPECT_EQ(log.lines().back().text, last_line);
+        EXPECT_EQ(info.value.c_str(), result == 0 ? told[names[5]]["help"] : "");
+    }
 }
 
 } // namespace

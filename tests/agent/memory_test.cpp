@@ -60,6 +60,10 @@ TEST_F(Exhausted_Memory, CostsAnInstanceAPortOrTheRestOfTheRebuild) {
           "Failed to create TVRHBA_PCIElementConformsToProfile",
           "Failed to create TVRHBA_SystemDevice"},
          1},
+        {"CreateFCHBADiagnosticClassFeature",
+         {"Failed to create the maps for TVR:FCHBA Beacon Test ,Check the memory availablity",
+          "Exception in FCHBA Diagnostics feature class creation"},
+         2},
     };
     libraries.adapters = {adapter(1), adapter(2)};
     libraries.adapters[0].ports[0].vpd = {{"PN", "part"}};

@@ -50,10 +50,5 @@ TEST_F(Client, TheProviderLogShowsTheLoggersState) {
               log["InstanceID"]);
 }
 
-// Entries of indications, which this version doesn't offer.
-TEST_F(Client, IndicationsAreRefused) {
-    EXPECT_EQ(manager().enable_indications("TVRHBA_AlertIndication").rc, 7);
-}
-
 } // namespace
 } // namespace client

@@ -64,6 +64,14 @@ std::size_t compare(const Meta_Class& meta_class, Random_Instances& random, Make
         } else if (random.below(20) == 0) {
             map.clear();
             members.clear();
+        } else if (random.below(8) == 0) {
+            std::vector<uint32> positions;
+            std::vector<Instance*> left;
+            for (uint32 i = 0; i < members.size(); ++i) {
+                random.below(4) == 0 ? positions.push_back(i) : left.push_back(members[i]);
+            }
+            map.erase(positions);
+            members = left;
         } else if (!members.empty()) {
             const uint32 position = random.below(static_cast<uint32>(members.size()));
             const Ref<Instance> removed(members[position]);
@@ -160,6 +168,9 @@ TEST(Instance_Map, a_cursor_reads_the_map_as_it_was_whatever_becomes_of_it) {
         [](auto& map) {
             const Ref<Device> removed(map->get(70));
             map->remove(70);
+        },
+        [](auto& map) {
+            map->erase({0, 1, 70, 99});
         },
         [](auto& map) {
             for (Instance* member : map->release()) {
