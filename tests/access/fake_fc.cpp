@@ -500,4 +500,52 @@ RM_STATUS LRM_DiagBeacon(HBA_WWN, uint32_t state) {
 RM_STATUS LRM_DiagBeaconState(HBA_WWN, uint32_t* state) {
     return putNumber(enter(__func__), state);
 }
+
+RM_STATUS LRM_DiagEchoTestV2(HBA_WWN, HBA_WWN target, uint32_t cycles, uint32_t haltOnError,
+                             uint32_t* testId, uint32_t flags, const void* pattern) {
+    *testId = 4711;
+    return request(__func__, static_cast<int>(target.wwn[7]), cycles, haltOnError, flags,
+                   static_cast<const char*>(pattern));
+}
+
+RM_STATUS LRM_DiagLoopBackTestV3(HBA_WWN, uint32_t internal, uint32_t cycles, uint32_t haltOnError,
+                                 uint32_t* testId, uint32_t flags, const void* pattern) {
+    *testId = 4711;
+    return request(__func__, internal, cycles, haltOnError, flags,
+                   static_cast<const char*>(pattern));
+}
+
+RM_STATUS LRM_DiagPciLoopBackTestV2(HBA_WWN, uint32_t cycles, uint32_t haltOnError,
+                                    uint32_t* testId, uint32_t flags, const void* pattern) {
+    *testId = 4711;
+    return request(__func__, cycles, haltOnError, flags, static_cast<const char*>(pattern));
+}
+
+RM_STATUS LRM_DiagRunPOST(HBA_WWN, uint32_t* testId) {
+    *testId = 4711;
+    return request(__func__);
+}
+
+RM_STATUS LRM_DiagGetResults(HBA_WWN, uint32_t testId, RM_DIAGRESULT* result) {
+    const uint32_t status = enter(__func__);
+    if (testId != 4711) {
+        return RM_STATUS_ERROR;
+    }
+    if (!libraries.results.empty()) {
+        *result = libraries.results.front();
+        if (libraries.results.size() > 1) {
+            libraries.results.pop_front();
+        }
+    }
+    return status;
+}
+
+RM_STATUS LRM_DiagCancelDiagnostic(HBA_WWN, uint32_t testId) {
+    return request(__func__, testId);
+}
+
+RM_STATUS LRM_GetFcpTargetMapping(HBA_WWN name, HBA_FCPTARGETMAPPING* mapping) {
+    mapping->NumberOfEntries = static_cast<uint32_t>(portOf(name).first->targets.size());
+    return enter(__func__);
+}
 }

@@ -86,6 +86,7 @@ struct Libraries {
     // Requests that change an adapter or reach for a target, each the entry point with its
     // arguments; and what the other calls write, where it is set.
     std::vector<std::string> requests;
+    std::deque<RM_DIAGRESULT> results; // of diagnostic tests, one a call and the last for ever
     std::string dumpDirectory;
     std::optional<uint32_t> number; // a count or state
     std::vector<std::string> dumpFiles;
