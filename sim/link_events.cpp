@@ -87,7 +87,6 @@ void LinkEvents::end() {
     lock.unlock();
     m_thread.join();
     lock.lock();
-    m_thread = std::thread();
     m_ending = false;
     if (!m_registrations.empty()) { // made by others in the meantime
         startThread();
