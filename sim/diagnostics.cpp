@@ -94,11 +94,9 @@ TestOutcome outcomeOf(const Port& port, const DiagnosticTest& test) {
     outcome.state = behaviour.finalState;
     outcome.resultCode = behaviour.resultCode.value_or(verdictOf(port, order));
     const bool fails = outcome.resultCode != testSucceeded;
-    outcome.completedCycles = fails && order.haltsOnError ? std::min(order.cycles, 1u) //
-                                                          : order.cycles;
-    outcome.loopsFailed = fails ? outcome.completedCycles : 0;
-    outcome.completedCycles = behaviour.completedCycles.value_or(outcome.completedCycles);
-    outcome.loopsFailed = behaviour.loopsFailed.value_or(outcome.loopsFailed);
+    const uint32_t cycles = fails && order.haltsOnError ? std::min(order.cycles, 1u) : order.cycles;
+    outcome.completedCycles = behaviour.completedCycles.value_or(cycles);
+    outcome.loopsFailed = behaviour.loopsFailed.value_or(fails ? cycles : 0);
     return outcome;
 }
 
