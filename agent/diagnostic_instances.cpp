@@ -8,12 +8,17 @@ namespace {
 
 constexpr char job_settings_name[] = "TVR:FCHBA JobSettingData";
 
+template <class T, class Value>
+void append_value(Property<Array<T>>& property, const Value& value) {
+    property.value.append(value);
+    property.null = 0;
+}
+
 // A property of which the table has no value stays NULL.
 template <class T, class Values>
 void set_values(Property<Array<T>>& property, const Values& values) {
     for (const auto& value : values) {
-        property.value.append(value);
-        property.null = 0;
+        append_value(property, value);
     }
 }
 
@@ -56,8 +61,8 @@ Ref<TVRHBA_FCHBADiagnosticSettingData> make_test_settings(const Diagnostic_Test&
     settings->LogOptions.set(Array<uint16>{2, 6});
     settings->LogStorage.set(Array<uint16>{2});
     for (const Loop_Control& loop : test.loop_control) {
-        set_values(settings->LoopControl, Few<uint16, 1>{loop.control});
-        set_values(settings->LoopControlParameter, Few<const char*, 1>{loop.parameter});
+        append_value(settings->LoopControl, loop.control);
+        append_value(settings->LoopControlParameter, loop.parameter);
     }
     if (test.has_data()) {
         settings->BufferSizes.set(Array<uint32>{8});
