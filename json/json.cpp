@@ -279,11 +279,19 @@ void Json::push_back(Json element) {
     std::get<std::vector<Json>>(_value).push_back(std::move(element));
 }
 
+void Json::set_boolean(bool value) noexcept {
+    _value = value;
+}
+
+void Json::set_unsigned(std::uint64_t value) noexcept {
+    _value = value;
+}
+
 void Json::set_integer(std::int64_t value) noexcept {
     if (value < 0) {
         _value = value;
     } else {
-        _value = static_cast<std::uint64_t>(value);
+        set_unsigned(static_cast<std::uint64_t>(value));
     }
 }
 

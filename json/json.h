@@ -28,9 +28,9 @@ public:
 
     Json() noexcept; // null
     Json(std::nullptr_t) noexcept;
-    template <std::same_as<bool> Bool> Json(Bool value) : _value(value) {}
+    template <std::same_as<bool> Bool> Json(Bool value) : Json() { set_boolean(value); }
     template <std::unsigned_integral Number>
-    requires(!std::same_as<Number, bool>) Json(Number value) : _value(std::uint64_t{value}) {}
+    requires(!std::same_as<Number, bool>) Json(Number value) : Json() { set_unsigned(value); }
     // A number that isn't negative is an unsigned one, as in a text.
     template <std::signed_integral Number> Json(Number value) : Json() { set_integer(value); }
     Json(double value);
@@ -90,6 +90,8 @@ public:
     void push_back(Json element);
 
 private:
+    void set_boolean(bool value) noexcept;
+    void set_unsigned(std::uint64_t value) noexcept;
     void set_integer(std::int64_t value) noexcept;
 
     std::variant<std::monostate, bool, std::uint64_t, std::int64_t, double, std::string,

@@ -21,7 +21,7 @@ fs::path build_tree() {
 // program or absolute.
 fs::path find(const char* what, const char* hint, const char* built, const fs::path& installed) {
     const fs::path tree = build_tree();
-    const fs::path file =
+    fs::path file =
         tree.empty() ? (own_file().parent_path() / installed).lexically_normal() : tree / built;
     if (std::error_code error; !fs::exists(file, error)) {
         throw Usage_Error(std::string("there is no ") + what + " at " + file.string() + hint);

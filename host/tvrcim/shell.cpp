@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <iostream>
+#include <utility>
 
 namespace tvrcim {
 
