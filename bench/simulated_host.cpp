@@ -65,26 +65,31 @@ void enter_simulated_host(char** argv) {
     give_up("cannot start again with the simulated libraries");
 }
 
+void* simulated(const char* function) {
+    static void* const library = dlopen("liblrmapi.so", RTLD_NOW | RTLD_LOCAL);
+    void* const symbol = library == nullptr ? nullptr : dlsym(library, function);
+    if (symbol == nullptr) {
+        give_up("the simulated libraries are not found");
+    }
+    return symbol;
+}
+
+void control(const std::string& request) {
+    static const auto call = reinterpret_cast<tvrsim_control_fn>(simulated("tvrsim_control"));
+    char message[256] = "";
+    if (call(request.c_str(), message, sizeof message) != 0) {
+        give_up(message);
+    }
+}
+
 void set_host(long ports, long disks) {
     kept = {};
-    static const auto control = [] {
-        void* library = dlopen("liblrmapi.so", RTLD_NOW | RTLD_LOCAL);
-        void* symbol = library == nullptr ? nullptr : dlsym(library, "tvrsim_control");
-        if (symbol == nullptr) {
-            give_up("the simulated libraries are not found");
-        }
-        return reinterpret_cast<tvrsim_control_fn>(symbol);
-    }();
     const std::string targets = disks == 0
                                     ? ""
                                     : R"("targets": [{"luns": [{"blocks": 2048, "copies": )" +
                                           std::to_string(disks) + "}]}]";
-    const std::string request = R"({"scenario": {"adapters": [{"copies": )" +
-                                std::to_string(ports) + R"(, "ports": [{)" + targets + "}]}]}}";
-    char message[256] = "";
-    if (control(request.c_str(), message, sizeof message) != 0) {
-        give_up(message);
-    }
+    control(R"({"scenario": {"adapters": [{"copies": )" + std::to_string(ports) +
+            R"(, "ports": [{)" + targets + "}]}]}}");
 }
 
 std::unique_ptr<tvrhost::Object_Manager> module_manager() {

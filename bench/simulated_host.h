@@ -14,6 +14,11 @@ namespace tvrbench {
 // Returns in the new process only. The directory is removed at its end.
 void enter_simulated_host(char** argv);
 
+// A function of the simulated libraries, and a request to their control (sim/tvrsim.h). What isn't
+// there or fails ends the program.
+void* simulated(const char* function);
+void control(const std::string& request);
+
 // Makes the host show so many ports from now on, each on an adapter of its own and with so many
 // disks, of one target, behind it; without latency. Ends a kept object manager.
 void set_host(long ports, long disks = 0);
