@@ -38,6 +38,9 @@ bool LinkEvents::remove(HBA_CALLBACKHANDLE handle) {
     m_registrations.erase(found);
     if (!isEventThread) {
         m_done.wait(lock, [&] { return m_running != numberOfHandle(handle); });
+        if (m_registrations.empty()) {
+            endThread(lock);
+        }
     }
     return true;
 }
@@ -76,9 +79,12 @@ void LinkEvents::end() {
     std::unique_lock lock(m_mutex);
     m_registrations.clear();
     m_queue.clear();
-    if (isEventThread) {
-        return;
+    if (!isEventThread) {
+        endThread(lock);
     }
+}
+
+void LinkEvents::endThread(std::unique_lock<std::mutex>& lock) {
     m_done.wait(lock, [this] { return !m_ending; });
     if (!m_thread.joinable()) {
         return;

@@ -29,9 +29,9 @@ struct Link {
     bool isUp = false;
 };
 
-/// Delivers events on one thread of its own, which the first registration starts. Each registration
-/// gets the events that were raised since it was made, in their order. Threads may share an object;
-/// no lock is held while a callback runs, so callbacks may do whatever they want.
+/// Delivers events on one thread of its own, which there is as long as somebody is registered. Each
+/// registration gets the events that were raised since it was made, in their order. Threads may
+/// share an object; no lock is held while a callback runs, so callbacks may do whatever they want.
 class LinkEvents {
 public:
     LinkEvents() = default;
@@ -80,6 +80,9 @@ private:
     Registrations::iterator find(HBA_CALLBACKHANDLE handle);
     Registrations::iterator nextListener(const Queued& queued, uint64_t after);
     void startThread();
+    /// Waits for the thread's end, without the lock meanwhile, and starts it again for those who
+    /// have registered by then.
+    void endThread(std::unique_lock<std::mutex>& lock);
     void deliverAll();
     Queued takeOne();
 

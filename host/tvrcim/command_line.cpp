@@ -66,7 +66,11 @@ void show_help(const CLI::App& app, const CLI::App* command, std::ostream& out) 
         out << app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
         return;
     }
-    out << command->help(app.get_name());
+    std::string before;
+    for (const CLI::App* each = command->get_parent(); each != nullptr; each = each->get_parent()) {
+        before = each->get_name() + (before.empty() ? "" : " ") + before;
+    }
+    out << command->help(before);
     if (!app.get_name().empty()) {
         out << "'tvrcim --help' shows the options that may stand before the command.\n";
     }
@@ -118,6 +122,16 @@ std::vector<std::string> command_names(const CLI::App& app) {
     return names;
 }
 
+// The innermost command that was read, or null.
+const CLI::App* parsed_command(const CLI::App& app) {
+    const CLI::App* command = nullptr;
+    for (std::vector<CLI::App*> parsed = app.get_subcommands(); !parsed.empty();
+         parsed = command->get_subcommands()) {
+        command = parsed.back();
+    }
+    return command;
+}
+
 // Returns a status if there is nothing left to do.
 std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ostream& out) {
     std::reverse(words.begin(), words.end()); // the parser takes the last word first
@@ -135,31 +149,32 @@ std::optional<int> parse(CLI::App& app, std::vector<std::string> words, std::ost
         show_help(app, named.empty() ? nullptr : app.get_subcommand(named.front()), out);
         return success;
     } catch (const CLI::CallForHelp&) {
-        const std::vector<CLI::App*> parsed = app.get_subcommands();
-        show_help(app, parsed.empty() ? nullptr : parsed.front(), out);
+        show_help(app, parsed_command(app), out);
         return success;
     } catch (const CLI::CallForVersion& version) {
         out << version.what() << '\n';
         return success;
     } catch (const CLI::ParseError& error) {
-        const CLI::App* command = nullptr;
-        for (const CLI::App* each : app.get_subcommands()) {
-            command = each;
-        }
+        const CLI::App* const command = parsed_command(app);
         const std::vector<std::string> left = app.remaining(true);
         check_options(app, command, left);
         if (command == nullptr && !left.empty() && !left.front().starts_with('-')) {
             throw no_command(left.front(), commands);
         }
-        std::string list;
-        if (command == nullptr) {
-            for (const std::string& each : commands) {
+        const std::vector<std::string> below =
+            command == nullptr ? commands : command_names(*command);
+        if (!below.empty() && left.empty() &&
+            dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+            std::string list;
+            for (const std::string& each : below) {
                 list += (list.empty() ? "" : ", ") + each;
             }
+            throw Usage_Error((command == nullptr ? "a command is missing: "
+                                                  : command->get_name() + " lacks a word: ") +
+                              list);
         }
-        if (command == nullptr && left.empty() &&
-            dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
-            throw Usage_Error("a command is missing: " + list);
+        if (command != nullptr && !below.empty() && !left.empty()) {
+            throw no_command(command->get_name() + " " + left.front(), below);
         }
         throw Usage_Error(first_line(error.what()) + "; 'tvrcim " +
                           (command == nullptr ? "" : command->get_name() + " ") +
@@ -230,6 +245,34 @@ void add_association_commands(CLI::App& app, Command& chosen) {
         command->callback(
             [&chosen, read] { chosen = [read](Session& session) { show_graph(session, *read); }; });
     }
+}
+
+void add_diagnostic_commands(CLI::App& app, Command& chosen) {
+    auto* const diag = app.add_subcommand("diag", "Tests that the adapters carry out");
+    diag->require_subcommand(1);
+    diag->fallthrough();
+    struct Words {
+        std::string port;
+        std::string test;
+        std::vector<std::string> settings;
+    };
+    const auto read = std::make_shared<Words>();
+    auto* const list = diag->add_subcommand("list", "The tests; of a port with their last results");
+    list->add_option("PORT", read->port, "a port's WWPN, or its beginning");
+    list->callback([&chosen, read] {
+        chosen = [read](Session& session) { list_diagnostics(session, read->port); };
+    });
+    auto* const run = diag->add_subcommand("run", "Runs a test on a port, to its end");
+    run->add_option("PORT", read->port, "a port's WWPN, or its beginning")->required();
+    run->add_option("TEST", read->test, "a test's name in the list, or its beginning")->required();
+    run->add_option("--set", read->settings, "a setting for this run and later ones")
+        ->type_name("NAME=VALUE")
+        ->allow_extra_args(false);
+    run->callback([&chosen, read] {
+        chosen = [read](Session& session) {
+            run_diagnostic(session, read->port, read->test, read->settings);
+        };
+    });
 }
 
 // What is read for a command lives as long as the parser's callback.
@@ -330,6 +373,7 @@ void add_commands(CLI::App& app, Command& chosen) {
         });
     }
     add_association_commands(app, chosen);
+    add_diagnostic_commands(app, chosen);
 }
 
 } // namespace

@@ -47,6 +47,15 @@ struct Graph_Words {
 };
 void show_graph(Session& session, const Graph_Words& words);
 
+// The name by which `diag` knows a test: "external-loopback" of "TVR:FCHBA External Loopback Test".
+std::string short_name_of(const std::string& test);
+// `diag list`: the tests of the adapters; of a port with what they last came to there
+void list_diagnostics(Session& session, const std::string& port);
+// `diag run`, with NAME=VALUE of the test's settings or of the job's. It goes on until the test is
+// over, which can take minutes. The status is that of a failure unless the test has passed.
+void run_diagnostic(Session& session, const std::string& port, const std::string& test,
+                    const std::vector<std::string>& settings);
+
 // `watch`, of an indication class, until `count` alerts have come, or without end if that is 0.
 void watch_alerts(Session& session, const std::string& class_name, unsigned count);
 

@@ -1,6 +1,7 @@
 #include "host/tvrcim/completion.h"
 
 #include "host/tvrcim/command_line.h"
+#include "host/tvrcim/commands.h"
 #include "host/tvrcim/wwn.h"
 
 #include <algorithm>
@@ -170,6 +171,20 @@ Words port_words(Session& session) {
     return model == nullptr ? Words() : key_values(session, *model, "DeviceID");
 }
 
+// Names of the tests as `diag` takes them.
+Words test_words(Session& session) {
+    const tvrmof::Class* const model = session.manager.schema()->find("TVRHBA_FCHBADiagnosticTest");
+    Words words;
+    if (model != nullptr) {
+        for (const tvrhost::Cim_Path& path :
+             session.manager.enumerate_instance_names(session.name_space_of(*model), model->name)
+                 .paths) {
+            words.push_back(short_name_of(path.keys["Name"].plain()));
+        }
+    }
+    return words;
+}
+
 // What may stand at the end of `words`.
 Words candidates(Session& session, const Words& words) {
     Words commands = shell_commands();
@@ -203,6 +218,12 @@ Words candidates(Session& session, const Words& words) {
     }
     if (name == "watch") {
         return indication_words(session);
+    }
+    if (name == "diag") {
+        return words.size() == 2                        ? Words{"list", "run"}
+               : words.size() == 3                      ? port_words(session)
+               : words.size() == 4 && words[1] == "run" ? test_words(session)
+                                                        : Words();
     }
     if (words.size() == 2) {
         return name == "enum" || name == "classes" ? class_words(session, false, "")

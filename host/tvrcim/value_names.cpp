@@ -52,6 +52,14 @@ constexpr Name communication_status[] = {{0, "Unknown"},
                                          {3, "Lost Communication"},
                                          {4, "No Contact"}};
 constexpr Name primary_status[] = {{0, "Unknown"}, {1, "OK"}, {2, "Degraded"}, {3, "Error"}};
+constexpr Name job_state[] = {
+    {2, "New"},        {3, "Starting"},       {4, "Running"},
+    {5, "Suspended"},  {6, "Shutting Down"},  {7, "Completed"},
+    {8, "Terminated"}, {9, "Killed"},         {10, "Exception"},
+    {11, "Service"},   {12, "Query Pending"}, {0x8000, "Failed"}}; // of the tests of this module
+constexpr Name completion_state[] = {{0, "Unknown"},   {1, "Other"},  {2, "OK"},
+                                     {3, "Warning"},   {4, "Failed"}, {5, "Aborted"},
+                                     {6, "Incomplete"}};
 constexpr Name enabled_state[] = {{0, "Unknown"},  {1, "Other"},         {2, "Enabled"},
                                   {3, "Disabled"}, {4, "Shutting Down"}, {5, "Not Applicable"},
                                   {6, "Offline"},  {7, "In Test"},       {8, "Deferred"},
@@ -149,6 +157,8 @@ constexpr Table tables[] = {
     {"CIM_RegisteredSpecification", "RegisteredOrganization", organisation},
     {"CIM_RegisteredSpecification", "AdvertiseTypes", advertise_type},
     {"CIM_Log", "LogState", log_state},
+    {"CIM_ConcreteJob", "JobState", job_state},
+    {"CIM_DiagnosticCompletionRecord", "CompletionState", completion_state},
 };
 
 bool is_below(const tvrmof::Class* model, std::string_view name) {

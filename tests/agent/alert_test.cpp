@@ -82,7 +82,7 @@ TEST_F(Alerts, TellWhichLinkIsDownOrUp) {
     EXPECT_EQ(libraries.openHandles, 0);
     raise(2, down);
     raise(2, HBA_EVENT_PORT_NEW_TARGETS); // neither up nor down
-    agent->maps.m_TVRHBA_FCPort_map.remove(2);
+    agent->maps.m_TVRHBA_FCPort_map.erase({2});
     raise(3, down); // has left the maps
     raise(1, up);
     wait_until([this] { return count() == 2; });
