@@ -52,10 +52,22 @@ Subject listenerSubject(HBA_CALLBACKHANDLE handle) {
     return port ? host.subjectOf(*port) : Subject{};
 }
 
-bool hasPort(const Adapter& adapter, const HBA_WWN& wwpn) {
-    return std::any_of(adapter.ports.begin(), adapter.ports.end(), [&](const Port& port) {
-        return numberOf(port.hba.PortWWN) == numberOf(wwpn);
-    });
+/// Null if it is no port of the adapter.
+const Port* portOf(const Adapter& adapter, const HBA_WWN& wwpn) {
+    const auto found =
+        std::find_if(adapter.ports.begin(), adapter.ports.end(), [&](const Port& port) {
+            return numberOf(port.hba.PortWWN) == numberOf(wwpn);
+        });
+    return found == adapter.ports.end() ? nullptr : &*found;
+}
+
+/// The events of a port whose link flaps.
+LinkEvent flapping(const Port& port) {
+    LinkEvent event{port.hba.PortWWN, HBA_EVENT_PORT_OFFLINE, port.hba.PortFcId};
+    event.times = port.flaps->times;
+    event.alternates = true;
+    event.pause = std::chrono::milliseconds(port.flaps->everyMs);
+    return event;
 }
 
 /// Has a logical unit answer a command, which fails first as often as the scenario tells.
@@ -244,10 +256,14 @@ HBA_STATUS HBA_RegisterForAdapterPortEvents(HBA_PORT_EVENT_CALLBACK callback, vo
                            if (callback == nullptr || callbackHandle == nullptr) {
                                return HBA_STATUS_ERROR_ARG;
                            }
-                           if (!hasPort(adapter, PortWWN)) {
+                           const Port* const port = portOf(adapter, PortWWN);
+                           if (port == nullptr) {
                                return HBA_STATUS_ERROR_ILLEGAL_WWN;
                            }
                            *callbackHandle = host.events().add(callback, userData, PortWWN);
+                           if (port->flaps) {
+                               host.events().raise(flapping(*port));
+                           }
                            return HBA_STATUS_OK;
                        });
                    });

@@ -1,5 +1,6 @@
 #include "sim/link_events.h"
 
+#include "sim/part_reader.h"
 #include "sim/scenario_names.h"
 
 #include <algorithm>
@@ -56,7 +57,7 @@ std::optional<HBA_WWN> LinkEvents::portOf(HBA_CALLBACKHANDLE handle) {
 
 void LinkEvents::raise(const LinkEvent& event) {
     const std::lock_guard lock(m_mutex);
-    Queued queued{event, m_lastNumber};
+    const Queued queued{event, m_lastNumber, Clock::now() + event.pause};
     if (event.times > 0 && nextListener(queued, 0) != m_registrations.end()) {
         m_queue.push_back(queued);
         m_wanted.notify_one();
@@ -126,11 +127,17 @@ void LinkEvents::deliverAll() {
     isEventThread = true;
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_wanted.wait(lock, [this] { return m_ending || !m_queue.empty(); });
         if (m_ending) {
             return;
         }
-        const Queued queued = takeOne();
+        const Clock::time_point now = Clock::now();
+        const auto first = std::find_if(m_queue.begin(), m_queue.end(),
+                                        [&](const Queued& each) { return each.due <= now; });
+        if (first == m_queue.end()) {
+            awaitEvent(lock);
+            continue;
+        }
+        const Queued queued = takeOne(first);
         uint64_t last = 0;
         for (auto next = nextListener(queued, last); next != m_registrations.end();
              next = nextListener(queued, last)) {
@@ -146,14 +153,29 @@ void LinkEvents::deliverAll() {
     }
 }
 
+/// Until something is raised or due, or the thread is to end.
+void LinkEvents::awaitEvent(std::unique_lock<std::mutex>& lock) {
+    const auto next =
+        std::min_element(m_queue.begin(), m_queue.end(),
+                         [](const Queued& a, const Queued& b) { return a.due < b.due; });
+    if (next == m_queue.end()) {
+        m_wanted.wait(lock);
+    } else {
+        const Clock::time_point due = next->due; // the queue may change meanwhile
+        m_wanted.wait_until(lock, due);
+    }
+}
+
 /// The next single event. Those that nobody waits for any more are dropped together.
-LinkEvents::Queued LinkEvents::takeOne() {
-    Queued& front = m_queue.front();
-    const Queued one = front;
-    if (--front.event.times == 0 || nextListener(one, 0) == m_registrations.end()) {
-        m_queue.pop_front();
-    } else if (front.event.alternates) {
-        front.event.type = otherTurn(front.event.type);
+LinkEvents::Queued LinkEvents::takeOne(Queue::iterator from) {
+    const Queued one = *from;
+    if (--from->event.times == 0 || nextListener(one, 0) == m_registrations.end()) {
+        m_queue.erase(from);
+        return one;
+    }
+    from->due += from->event.pause;
+    if (from->event.alternates) {
+        from->event.type = otherTurn(from->event.type);
     }
     return one;
 }
@@ -190,6 +212,15 @@ std::vector<LinkEvent> readLinkEvents(const Json& value, const std::string& path
         events.push_back(readLinkEvent(each, place));
     });
     return events;
+}
+
+void readFlaps(ObjectReader& port, std::optional<Flaps>& flaps) {
+    constexpr uint32_t longest = 60000;
+    constexpr auto usual = +[] { return Flaps{}; };
+    readPart(port, "flaps", flaps, usual, [](ObjectReader& reader, Flaps& read) {
+        reader.number("everyMs", read.everyMs, longest);
+        reader.number("times", read.times);
+    });
 }
 
 } // namespace tvrsim

@@ -3,6 +3,7 @@
 
 #include "sim/json_reader.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <map>
@@ -19,7 +20,14 @@ struct LinkEvent {
     uint32_t type = HBA_EVENT_PORT_UNKNOWN;
     uint32_t fabricPortId = 0;
     uint32_t times = 1;
-    bool alternates = false; ///< offline and online take turns
+    bool alternates = false;            ///< offline and online take turns
+    std::chrono::milliseconds pause{0}; ///< before each of them; the others go on meanwhile
+};
+
+/// How the link of a port goes and comes as soon as somebody listens.
+struct Flaps {
+    uint32_t everyMs = 1000;
+    uint32_t times = UINT32_MAX; ///< events, the first one offline
 };
 
 /// The link of a port, or of one that is not there.
@@ -71,10 +79,13 @@ private:
         HBA_PORT_EVENT_CALLBACK callback;
         void* data;
     };
+    using Clock = std::chrono::steady_clock;
     struct Queued {
         LinkEvent event;
-        uint64_t newest; ///< the last registration that gets it
+        uint64_t newest;       ///< the last registration that gets it
+        Clock::time_point due; ///< of the next one
     };
+    using Queue = std::deque<Queued>;
     using Registrations = std::map<Key, Registration>;
 
     Registrations::iterator find(HBA_CALLBACKHANDLE handle);
@@ -84,13 +95,14 @@ private:
     /// have registered by then.
     void endThread(std::unique_lock<std::mutex>& lock);
     void deliverAll();
-    Queued takeOne();
+    void awaitEvent(std::unique_lock<std::mutex>& lock);
+    Queued takeOne(Queue::iterator from);
 
     std::mutex m_mutex;
     std::condition_variable m_wanted; ///< for the thread: there is an event, or an end
     std::condition_variable m_done;   ///< for callers: a callback or the thread has ended
     Registrations m_registrations;
-    std::deque<Queued> m_queue;
+    Queue m_queue; ///< those that are due in their order
     std::thread m_thread;
     uint64_t m_lastNumber = 0;
     uint64_t m_running = 0; ///< number of the registration whose callback runs; 0 for none
@@ -100,5 +112,8 @@ private:
 /// Reads the "linkEvents" of a control request: one object or an array of them. The caller sees to
 /// it that the ports exist. Throws FormatError.
 std::vector<LinkEvent> readLinkEvents(const Json& value, const std::string& path);
+
+/// Reads the "flaps" of a port, of which null ends what there was. Throws FormatError.
+void readFlaps(ObjectReader& port, std::optional<Flaps>& flaps);
 
 } // namespace tvrsim

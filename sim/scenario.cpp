@@ -303,6 +303,7 @@ void readPortFields(const Json& value, const std::string& path, Port& port) {
         readMappingFaults(*mapping, reader.pathOf("mapping"), port.mapping);
     }
     readDiagnostics(reader, port.diagnostics);
+    readFlaps(reader, port.flaps);
     reader.flag("enableNeedsReset", port.enableNeedsReset);
     reader.finish();
     if (hasPlug) {

@@ -5,6 +5,7 @@
 #include "sim/entry_points.h"
 #include "sim/firmware.h"
 #include "sim/inventory.h"
+#include "sim/link_events.h"
 #include "sim/targets.h"
 #include "sim/virtual_ports.h"
 #include "sim/world_wide_names.h"
@@ -77,7 +78,8 @@ struct Port {
     CommandCounts failedCommands;           ///< of units in the table of targets
     std::optional<Surroundings> behindPlug; ///< put aside while a loopback plug is in their place
     std::optional<Diagnostics> diagnostics = usualDiagnostics();
-    MappingFaults mapping; ///< of LRM_GetFcpTargetMapping
+    MappingFaults mapping;      ///< of LRM_GetFcpTargetMapping
+    std::optional<Flaps> flaps; ///< empty: events come of changes and requests alone
     bool enableNeedsReset = false;
     uint32_t stateWhenEnabled = HBA_PORTSTATE_LINKDOWN;
     std::optional<uint32_t> stateAfterReset; ///< set by a change that waits for a reset
