@@ -41,7 +41,7 @@ std::string signature(const tvrmof::Feature& method) {
     return text + ")";
 }
 
-// A served class that has nothing to offer yet; the module must be there to say so.
+// A served class that never has instances; the module must be there to say so.
 bool is_empty(Session& session, const tvrmof::Class& model) {
     return session.is_served(model) && is_always_empty(model);
 }
@@ -103,7 +103,7 @@ Json class_json(Session& session, const tvrmof::Class& model) {
 
 void describe_class(Session& session, const tvrmof::Class& model) {
     session.out << model.name << (model.super == nullptr ? "" : " : " + model.super->name)
-                << (is_empty(session, model) ? "  (not served yet: always empty)" : "") << '\n';
+                << (is_empty(session, model) ? "  (always empty)" : "") << '\n';
     for (const tvrmof::Feature* feature : model.features) {
         if (feature->kind == Feature_Kind::method) {
             const bool is_told = session.is_served(model) && is_unsupported(model, *feature);
@@ -148,7 +148,7 @@ void show_classes(Session& session, const std::string& pattern, bool all) {
         for (const std::string& word : offers(session, *model)) {
             words += (words.empty() ? "" : ", ") + word;
         }
-        rows.push_back({model->name, is_empty(session, *model) ? "nothing yet" : words});
+        rows.push_back({model->name, is_empty(session, *model) ? "no instances" : words});
     }
     if (rows.size() == 1 && json.empty()) {
         throw Usage_Error("no class matches '" + pattern + "'" +

@@ -16,7 +16,7 @@ _tvrcim_method() {
 
 _tvrcim() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands='list tree classes enum get set call assoc refs graph watch shell help'
+    local commands='list tree classes enum get set call assoc refs graph diag watch shell help'
     local options='--module --sim --namespace -o --output --device-log --log --instances --help --version'
     local word command='' words=() behind=0
     local i
@@ -47,7 +47,7 @@ _tvrcim() {
         mapfile -t COMPREPLY < <(compgen -W 'FATAL ERR WARN INFO DBG' -- "$current")
         return
         ;;
-    -p | --property | --role | --result-role | --depth | --fold | --count)
+    -p | --property | --role | --result-role | --depth | --fold | --count | --set)
         return
         ;;
     --namespace)
@@ -63,6 +63,7 @@ _tvrcim() {
         assoc) options+=' --class --result-class --role --result-role -p --property --names' ;;
         refs) options+=' --class --role -p --property --names' ;;
         graph) options+=' --depth --fold --leaf --hide' ;;
+        diag) options+=' --set' ;;
         watch) options+=' --count' ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
@@ -75,6 +76,14 @@ _tvrcim() {
         ;;
     help)
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
+        ;;
+    diag)
+        case $behind in
+        0) words=(list run) ;;
+        1) mapfile -t words < <("${COMP_WORDS[0]}" list 2>/dev/null | awk 'NR > 1 { print $1 }') ;;
+        2) mapfile -t words < <("${COMP_WORDS[0]}" diag list 2>/dev/null | awk 'NR > 1 { print $1 }') ;;
+        esac
+        mapfile -t COMPREPLY < <(compgen -W "${words[*]}" -- "$current")
         ;;
     enum | classes | get | set | call | assoc | refs | graph)
         # Behind the path of an instance; bash has broken that into words of its own.

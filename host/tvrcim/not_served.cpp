@@ -11,7 +11,6 @@ namespace {
 constexpr std::string_view own_classes = "TVRHBA_";
 
 constexpr std::string_view always_empty[] = {
-    "TVRHBA_AlertIndication",
     "TVRHBA_ChassisContainsCard",
     "TVRHBA_VMSystemDevice",
 };
