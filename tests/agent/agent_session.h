@@ -1,0 +1,43 @@
+// Sessions with an agent: clients' calls on one side, the adapters' libraries on the other.
+#pragma once
+
+#include "tests/agent/agent_fixture.h"
+#include "tests/common/session.h"
+
+namespace cimple {
+
+// Classes go without "TVRHBA_". What a command tells of its work: the requests that reached the
+// libraries as "> ", the lines of the providers' log as "| ", and "rebuild" if it asked for one.
+//
+//   load, unload, refresh, clock SECONDS   of the agent and its time
+//   status ENTRY_POINT CODE...             what its next calls come to
+//   list CLASS PROPERTY...                 these properties of each instance
+//   show CLASS NUMBER                      all properties of an instance
+//   count CLASS...
+//   let NAME CLASS NUMBER PROPERTY=VALUE...  a copy of an instance, changed
+//   put NAME, drop CLASS...                changes the maps
+//   call OF METHOD PARAMETER=VALUE...      OF is a copy, or a class for its first instance
+//   modify NAME PROPERTY=VALUE...
+//   log TEXT...                            how often each came in the log
+class With_Session : public With_Agent {
+protected:
+    With_Session();
+    // The section of that name, else the one named like the test.
+    void play(const char* file, std::string section = {});
+
+    // What a client and its providers did since the last call.
+    void tell_work(std::ostream& answer);
+    Collected all(const std::string& class_name);
+
+    Session session;
+
+private:
+    Instance* named(const std::string& name);
+    void set(Instance* instance, const Session::Words& words, std::size_t first);
+    void call(const Session::Words& words, std::ostream& answer);
+    void modify(const Session::Words& words, std::ostream& answer);
+
+    std::map<std::string, Ref<Instance>> _named;
+};
+
+} // namespace cimple
