@@ -54,21 +54,26 @@ template <class C> Class_Map<C>& map_in(ProviderAgent& agent) {
 }
 
 struct Map_Calls {
+    std::size_t (*size)(ProviderAgent& agent);
     void (*clear)(ProviderAgent& agent);
     void (*insert)(ProviderAgent& agent, const Instance* instance);
 };
 template <class... C> std::map<std::string, Map_Calls> map_calls() {
     return {{C::static_meta_class.name,
-             {[](ProviderAgent& agent) { map_in<C>(agent).clear(); },
+             {[](ProviderAgent& agent) { return map_in<C>(agent).size(); },
+              [](ProviderAgent& agent) { map_in<C>(agent).clear(); },
               [](ProviderAgent& agent, const Instance* instance) {
                   map_in<C>(agent).insert(clone_of(static_cast<const C*>(instance)));
               }}}...};
 }
 const std::map<std::string, Map_Calls>& maps() {
     static const auto calls =
-        map_calls<TVRHBA_BootBIOSService, TVRHBA_DumpData, TVRHBA_DumpService,
+        map_calls<CIM_ComputerSystem, TVRHBA_BootBIOSService, TVRHBA_DriverParameterAffectsFCPort,
+                  TVRHBA_DriverParams, TVRHBA_DriverServiceElementSettingData, TVRHBA_DumpData,
+                  TVRHBA_DumpService, TVRHBA_FCDriverServiceAffectsDriver,
                   TVRHBA_FCHBADriverParamService, TVRHBA_FCHBAWWNService, TVRHBA_FCPort,
-                  TVRHBA_PortController, TVRHBA_SoftwareInstallationService>();
+                  TVRHBA_FCPortStatistics, TVRHBA_PortController,
+                  TVRHBA_SoftwareInstallationService>();
     return calls;
 }
 
@@ -83,13 +88,13 @@ With_Session::With_Session() {
         libraries.calls.clear();
     });
     session.on("clock", [this](const Words& words, std::ostream&) {
-        clock.time += static_cast<uint64>(std::stold(words.at(0)) * 1'000'000);
+        clock.time += static_cast<uint64>(static_cast<sint64>(std::stold(words.at(0)) * 1'000'000));
     });
     session.on("status", [this](const Words& words, std::ostream&) {
         auto& statuses = libraries.statuses[words.at(0)];
         statuses.clear();
         for (std::size_t i = 1; i < words.size(); ++i) {
-            statuses.push_back(static_cast<uint32>(std::stoul(words[i])));
+            statuses.push_back(number(words[i]));
         }
     });
     session.on("list", [this](const Words& words, std::ostream& answer) {
@@ -128,6 +133,30 @@ With_Session::With_Session() {
             maps().at("TVRHBA_" + class_name).clear(*agent);
         }
     });
+    session.on("maps", [this](const Words& words, std::ostream& answer) {
+        for (const std::string& class_name : words) {
+            answer << (&class_name == words.data() ? "" : " ")
+                   << maps().at("TVRHBA_" + class_name).size(*agent);
+        }
+        answer << '\n';
+    });
+    session.on("adapters", [this](const Words& words, std::ostream&) {
+        libraries.adapters.clear();
+        for (const std::string& word : words) {
+            const std::size_t x = word.find('x');
+            libraries.adapters.push_back(
+                adapter(number(word), x == word.npos ? 1 : number(word.substr(x + 1))));
+        }
+    });
+    session.on("state", [this](const Words& words, std::ostream&) {
+        first_port(number(words.at(0))).attributes[RM_PA_PHYSICAL_STATE] =
+            fake::valueOf(number(words.at(1)));
+    });
+    session.on("statistic", [this](const Words& words, std::ostream&) {
+        first_port(number(words.at(0))).statistics[static_cast<uint16>(number(words.at(1)))] =
+            fake::valueOf(uint64{std::stoull(words.at(2))});
+    });
+    session.on("take", [this](const Words&, std::ostream&) { log.take(); });
     session.on("call", [this](const Words& words, std::ostream& answer) { call(words, answer); });
     session.on("modify",
                [this](const Words& words, std::ostream& answer) { modify(words, answer); });
@@ -139,11 +168,13 @@ With_Session::With_Session() {
     });
 }
 
-void With_Session::play(const char* file, std::string section) {
-    if (section.empty()) {
-        section = testing::UnitTest::GetInstance()->current_test_info()->name();
-    }
-    session.run(std::string(TVR_TEXTS "/") + file, section);
+uint32 With_Session::number(const std::string& word) {
+    return static_cast<uint32>(std::stoul(word));
+}
+
+void With_Session::play(const char* file) {
+    session.run(std::string(TVR_TEXTS "/") + file,
+                testing::UnitTest::GetInstance()->current_test_info()->name());
 }
 
 Collected With_Session::all(const std::string& class_name) {

@@ -13,21 +13,27 @@ namespace cimple {
 //   status ENTRY_POINT CODE...             what its next calls come to
 //   list CLASS PROPERTY...                 these properties of each instance
 //   show CLASS NUMBER                      all properties of an instance
-//   count CLASS...
+//   count CLASS...                         instances
+//   maps CLASS...                          instances in the maps, without a look at the hardware
 //   let NAME CLASS NUMBER PROPERTY=VALUE...  a copy of an instance, changed
 //   put NAME, drop CLASS...                changes the maps
 //   call OF METHOD PARAMETER=VALUE...      OF is a copy, or a class for its first instance
 //   modify NAME PROPERTY=VALUE...
 //   log TEXT...                            how often each came in the log
+//   take                                   forgets the log
+//   adapters NUMBER[xPORTS]...             the adapters from here on
+//   state ADAPTER VALUE, statistic ADAPTER NUMBER VALUE   of the first port
 class With_Session : public With_Agent {
 protected:
     With_Session();
-    // The section of that name, else the one named like the test.
-    void play(const char* file, std::string section = {});
+    // The section named like the test.
+    void play(const char* file);
 
     // What a client and its providers did since the last call.
     void tell_work(std::ostream& answer);
     Collected all(const std::string& class_name);
+    static uint32 number(const std::string& word);
+    fake::Port& first_port(std::size_t adapter) { return libraries.adapters.at(adapter).ports[0]; }
 
     Session session;
 

@@ -57,14 +57,7 @@ protected:
     }
 };
 
-class Services_Sessions : public Services, public testing::WithParamInterface<std::string> {};
-INSTANTIATE_TEST_SUITE_P(, Services_Sessions,
-                         testing::ValuesIn(Session::sections(TVR_TEXTS "/services.txt")),
-                         [](const auto& one) { return one.param; });
-
-TEST_P(Services_Sessions, Are) {
-    play("services.txt", GetParam());
-}
+TVR_SESSIONS(Services, "services.txt");
 
 TEST_F(Services, InstallationHoldsOffEnumerationsAndRefreshes) {
     Gate gate;

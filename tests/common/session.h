@@ -104,3 +104,13 @@ private:
     std::map<std::string, Command> _commands;
     std::map<std::string, std::string> _names;
 };
+
+// Makes each section of the file a test of a fixture that has a `session`.
+#define TVR_SESSIONS(fixture, file)                                                                \
+    class fixture##_Sessions : public fixture, public testing::WithParamInterface<std::string> {}; \
+    TEST_P(fixture##_Sessions, Go) {                                                               \
+        session.run(TVR_TEXTS "/" file, GetParam());                                               \
+    }                                                                                              \
+    INSTANTIATE_TEST_SUITE_P(, fixture##_Sessions,                                                 \
+                             testing::ValuesIn(Session::sections(TVR_TEXTS "/" file)),             \
+                             [](const auto& one) { return one.param; })
