@@ -83,10 +83,7 @@ With_Session::With_Session() {
     session.rename(directory.path(), "$DIR");
     session.on("load", [this](const Words&, std::ostream&) { load(); });
     session.on("unload", [this](const Words&, std::ostream&) { unload(); });
-    session.on("refresh", [this](const Words&, std::ostream&) {
-        refresh();
-        libraries.calls.clear();
-    });
+    session.on("refresh", [this](const Words&, std::ostream&) { refresh(); });
     session.on("clock", [this](const Words& words, std::ostream&) {
         clock.time += static_cast<uint64>(static_cast<sint64>(std::stold(words.at(0)) * 1'000'000));
     });
@@ -223,6 +220,13 @@ void With_Session::set(Instance* instance, const Words& words, std::size_t first
     }
 }
 
+void With_Session::begin_work() {
+    wait_for_end();
+    log.take();
+    libraries.requests.clear();
+    libraries.calls.clear();
+}
+
 void With_Session::tell_work(std::ostream& answer) {
     wait_for_end();
     for (const std::string& request : std::exchange(libraries.requests, {})) {
@@ -235,7 +239,7 @@ void With_Session::tell_work(std::ostream& answer) {
             answer << "| " << line.text << '\n';
         }
     }
-    if (std::exchange(libraries.calls["HBA_GetNumberOfAdapters"], 0) != 0) {
+    if (calls("HBA_GetNumberOfAdapters") != 0) {
         answer << "rebuild\n";
     }
 }
@@ -246,8 +250,7 @@ void With_Session::call(const Words& words, std::ostream& answer) {
         as_method(*find_feature(class_of(self), words.at(1).c_str(), METHODS));
     const Ref<Instance> call(create(&method, true));
     set(call.get(), words, 2);
-    log.take();
-    libraries.requests.clear();
+    begin_work();
     const Provider_Handle provider(provider_of(class_of(self)->name));
     const int status = provider.call(OPERATION_INVOKE_METHOD, self, call.get());
     auto texts = describe(call.get());
@@ -279,8 +282,7 @@ void With_Session::modify(const Words& words, std::ostream& answer) {
     wanted.push_back(nullptr);
     const Ref<Instance> model(clone(instance));
     filter_properties(model.get(), wanted.data(), true);
-    log.take();
-    libraries.requests.clear();
+    begin_work();
     const Provider_Handle provider(provider_of(class_of(instance)->name));
     answer << provider.call(OPERATION_MODIFY_INSTANCE, model.get(), instance) << '\n';
     tell_work(answer);

@@ -29,7 +29,8 @@ protected:
     // The section named like the test.
     void play(const char* file);
 
-    // What a client and its providers did since the last call.
+    // From here to there is what a client's call does.
+    void begin_work();
     void tell_work(std::ostream& answer);
     Collected all(const std::string& class_name);
     static uint32 number(const std::string& word);

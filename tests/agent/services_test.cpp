@@ -41,7 +41,6 @@ protected:
         });
         load();
         refresh();
-        libraries.calls.clear();
     }
     uint32 install() {
         const Collected ports = all("FCPort");
