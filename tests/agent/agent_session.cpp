@@ -8,9 +8,13 @@ namespace {
 
 using Words = Session::Words;
 
+std::string full(const std::string& class_name) {
+    return class_name == "ComputerSystem" ? "CIM_" + class_name : "TVRHBA_" + class_name;
+}
+
 const Registration* provider_of(const std::string& class_name) {
     for (const Registration* at = cimple_module(); at != nullptr; at = at->next) {
-        if (at->meta_class->name == "TVRHBA_" + class_name || at->meta_class->name == class_name) {
+        if (at->meta_class->name == class_name) {
             return at;
         }
     }
@@ -127,13 +131,13 @@ With_Session::With_Session() {
     });
     session.on("drop", [this](const Words& words, std::ostream&) {
         for (const std::string& class_name : words) {
-            maps().at("TVRHBA_" + class_name).clear(*agent);
+            maps().at(full(class_name)).clear(*agent);
         }
     });
     session.on("maps", [this](const Words& words, std::ostream& answer) {
         for (const std::string& class_name : words) {
             answer << (&class_name == words.data() ? "" : " ")
-                   << maps().at("TVRHBA_" + class_name).size(*agent);
+                   << maps().at(full(class_name)).size(*agent);
         }
         answer << '\n';
     });
@@ -152,6 +156,16 @@ With_Session::With_Session() {
     session.on("statistic", [this](const Words& words, std::ostream&) {
         first_port(number(words.at(0))).statistics[static_cast<uint16>(number(words.at(1)))] =
             fake::valueOf(uint64{std::stoull(words.at(2))});
+    });
+    session.on("trace", [this](const Words& words, std::ostream& answer) {
+        for (const LogCapture::Line& line : log.lines()) {
+            for (const std::string& file : words) {
+                if (line.file.find(file) != line.file.npos) {
+                    answer << line.text << '\n';
+                }
+            }
+        }
+        log.take();
     });
     session.on("take", [this](const Words&, std::ostream&) { log.take(); });
     session.on("call", [this](const Words& words, std::ostream& answer) { call(words, answer); });
@@ -176,7 +190,7 @@ void With_Session::play(const char* file) {
 
 Collected With_Session::all(const std::string& class_name) {
     Collected found;
-    const Provider_Handle provider(provider_of(class_name));
+    const Provider_Handle provider(provider_of(full(class_name)));
     const auto collect = [](Instance* instance, int, void* collected) {
         if (instance != nullptr) {
             static_cast<Collected*>(collected)->_instances.emplace_back(instance);

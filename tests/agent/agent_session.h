@@ -20,6 +20,7 @@ namespace cimple {
 //   call OF METHOD PARAMETER=VALUE...      OF is a copy, or a class for its first instance
 //   modify NAME PROPERTY=VALUE...
 //   log TEXT...                            how often each came in the log
+//   trace FILE...                          their lines in the log, which is forgotten then
 //   take                                   forgets the log
 //   adapters NUMBER[xPORTS]...             the adapters from here on
 //   state ADAPTER VALUE, statistic ADAPTER NUMBER VALUE   of the first port
