@@ -26,10 +26,6 @@ protected:
             log.take();
             answer << is_valid(agent->maps, words.at(1)) << ' ' << log.take().back() << '\n';
         });
-        // As the rebuild has left them, for their enumeration reads the counters.
-        session.on("statistics", [this](const auto&, std::ostream& answer) {
-            answer << one_line(agent->maps.m_TVRHBA_FCPortStatistics_map.get(0)) << '\n';
-        });
     }
 };
 

@@ -9,7 +9,10 @@ namespace {
 using Words = Session::Words;
 
 std::string full(const std::string& class_name) {
-    return class_name == "ComputerSystem" ? "CIM_" + class_name : "TVRHBA_" + class_name;
+    if (class_name == "ComputerSystem") {
+        return "CIM_" + class_name;
+    }
+    return (class_name.starts_with("TVRHBA_") ? "" : "TVRHBA_") + class_name;
 }
 
 const Registration* provider_of(const std::string& class_name) {
@@ -53,18 +56,28 @@ void set_text(Instance* instance, const Meta_Property& property, std::string tex
     }
 }
 
+void show(const Instance* instance, std::ostream& answer) {
+    for (const auto& [name, text] : describe(instance)) {
+        answer << (name.empty() ? "in" : name) << " = " << text << '\n';
+    }
+}
+
 template <class C> Class_Map<C>& map_in(ProviderAgent& agent) {
     return agent.maps.*map_of<C>;
 }
 
 struct Map_Calls {
     std::size_t (*size)(ProviderAgent& agent);
+    const Instance* (*at)(ProviderAgent& agent, std::size_t number);
     void (*clear)(ProviderAgent& agent);
     void (*insert)(ProviderAgent& agent, const Instance* instance);
 };
 template <class... C> std::map<std::string, Map_Calls> map_calls() {
     return {{C::static_meta_class.name,
              {[](ProviderAgent& agent) { return map_in<C>(agent).size(); },
+              [](ProviderAgent& agent, std::size_t number) -> const Instance* {
+                  return map_in<C>(agent).get(number);
+              },
               [](ProviderAgent& agent) { map_in<C>(agent).clear(); },
               [](ProviderAgent& agent, const Instance* instance) {
                   map_in<C>(agent).insert(clone_of(static_cast<const C*>(instance)));
@@ -76,7 +89,7 @@ const std::map<std::string, Map_Calls>& maps() {
                   TVRHBA_DriverParams, TVRHBA_DriverServiceElementSettingData, TVRHBA_DumpData,
                   TVRHBA_DumpService, TVRHBA_FCDriverServiceAffectsDriver,
                   TVRHBA_FCHBADriverParamService, TVRHBA_FCHBAWWNService, TVRHBA_FCPort,
-                  TVRHBA_FCPortStatistics, TVRHBA_PortController,
+                  TVRHBA_FCPortStatistics, TVRHBA_PortController, TVRHBA_RegisteredProfile,
                   TVRHBA_SoftwareInstallationService>();
     return calls;
 }
@@ -109,10 +122,10 @@ With_Session::With_Session() {
         }
     });
     session.on("show", [this](const Words& words, std::ostream& answer) {
-        for (const auto& [name, text] :
-             describe(all(words.at(0))._instances.at(std::stoul(words.at(1))).get())) {
-            answer << (name.empty() ? "in" : name) << " = " << text << '\n';
-        }
+        show(all(words.at(0))._instances.at(number(words.at(1))).get(), answer);
+    });
+    session.on("stored", [this](const Words& words, std::ostream& answer) {
+        show(maps().at(full(words.at(0))).at(*agent, number(words.at(1))), answer);
     });
     session.on("count", [this](const Words& words, std::ostream& answer) {
         for (const std::string& class_name : words) {
@@ -183,12 +196,10 @@ uint32 With_Session::number(const std::string& word) {
     return static_cast<uint32>(std::stoul(word));
 }
 
-void With_Session::play(const char* file) {
-    session.run(std::string(TVR_TEXTS "/") + file,
-                testing::UnitTest::GetInstance()->current_test_info()->name());
-}
-
 Collected With_Session::all(const std::string& class_name) {
+    if (class_name == "ComputerSystem") { // which no provider serves
+        return enumerated<CIM_ComputerSystem>();
+    }
     Collected found;
     const Provider_Handle provider(provider_of(full(class_name)));
     const auto collect = [](Instance* instance, int, void* collected) {

@@ -14,6 +14,7 @@ namespace cimple {
 //   list CLASS PROPERTY...                 these properties of each instance
 //   show CLASS NUMBER                      all properties of an instance
 //   count CLASS...                         instances
+//   stored CLASS NUMBER                    the same as the map has it
 //   maps CLASS...                          instances in the maps, without a look at the hardware
 //   let NAME CLASS NUMBER PROPERTY=VALUE...  a copy of an instance, changed
 //   put NAME, drop CLASS...                changes the maps
@@ -27,9 +28,6 @@ namespace cimple {
 class With_Session : public With_Agent {
 protected:
     With_Session();
-    // The section named like the test.
-    void play(const char* file);
-
     // From here to there is what a client's call does.
     void begin_work();
     void tell_work(std::ostream& answer);
