@@ -1,5 +1,5 @@
 // TVRHBA_FCPort through the loaded module.
-#include "tests/client/client.h"
+#include "tests/client/client_session.h"
 
 #include <thread>
 
@@ -9,25 +9,13 @@ namespace {
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
-class Ports : public Client {
+class Ports : public Client_Session {
 protected:
     Answer ports() { return enumerate("TVRHBA_FCPort"); }
     std::vector<std::string> ids() { return plain(ports(), "DeviceID"); }
 };
 
-TEST_F(Ports, ComeInTheOrderOfTheAdaptersWithTheirOwnStates) {
-    const Answer answer = ports();
-    std::vector<std::string> seen;
-    for (const Cim_Instance& port : answer.instances) {
-        seen.push_back(port["DeviceID"].as_string() + " " + port["OperationalStatus"].literal() +
-                       " " + port["StatusDescriptions"].plain() + " " + port["Speed"].plain() +
-                       " " + port["PortType"].plain());
-    }
-    EXPECT_THAT(seen, ElementsAre("10000254564A1020 {2} OK 16000000000 10",
-                                  "10000254564A1021 {1} Other 0 0",
-                                  "10000254563C7780 {2} OK 8000000000 11",
-                                  "10000254563C7781 {32790} Disable 0 0"));
-}
+TVR_SESSIONS(Ports, "port.txt");
 
 TEST_F(Ports, AreFoundByKey) {
     const Cim_Path path = ports().instances.at(2).path;

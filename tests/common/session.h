@@ -32,6 +32,8 @@ public:
 
     // The command gets the words behind its name.
     void on(const std::string& name, Command command) { _commands[name] = std::move(command); }
+    // All that stands behind the name of the command that runs, as it stands there.
+    const std::string& rest() const { return _rest; }
     // `text`, which is another one in each run, stands as `name` in commands and answers.
     void rename(const std::string& text, const std::string& name) { _names[name] = text; }
 
@@ -88,6 +90,7 @@ private:
         if (command == _commands.end()) {
             return "  no such command\n";
         }
+        _rest = line.substr(std::min(words[0].size() + 1, line.size()));
         words.erase(words.begin());
         std::stringstream told;
         command->second(words, told);
@@ -103,6 +106,7 @@ private:
 
     std::map<std::string, Command> _commands;
     std::map<std::string, std::string> _names;
+    std::string _rest;
 };
 
 // Makes each section of the file a test of a fixture that has a `session`.
