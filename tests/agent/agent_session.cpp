@@ -6,7 +6,7 @@ namespace cimple {
 
 namespace {
 
-using Words = Session::Words;
+using Words = Text_Session::Words;
 
 std::string full(const std::string& class_name) {
     if (class_name == "ComputerSystem") {

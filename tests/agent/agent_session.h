@@ -35,13 +35,13 @@ protected:
     static uint32 number(const std::string& word);
     fake::Port& first_port(std::size_t adapter) { return libraries.adapters.at(adapter).ports[0]; }
 
-    Session session;
+    Text_Session session;
 
 private:
     Instance* named(const std::string& name);
-    void set(Instance* instance, const Session::Words& words, std::size_t first);
-    void call(const Session::Words& words, std::ostream& answer);
-    void modify(const Session::Words& words, std::ostream& answer);
+    void set(Instance* instance, const Text_Session::Words& words, std::size_t first);
+    void call(const Text_Session::Words& words, std::ostream& answer);
+    void modify(const Text_Session::Words& words, std::ostream& answer);
 
     std::map<std::string, Ref<Instance>> _named;
 };

@@ -54,7 +54,7 @@ protected:
 
 private:
     // A number stands for as many parameters of the next name.
-    static std::vector<RM_DRIVERPARAM> params(const Session::Words& words) {
+    static std::vector<RM_DRIVERPARAM> params(const Text_Session::Words& words) {
         std::vector<RM_DRIVERPARAM> params;
         uint32 times = 1;
         for (const std::string& word : words) {

@@ -2,7 +2,7 @@
 
 namespace client {
 
-using Words = Session::Words;
+using Words = Text_Session::Words;
 
 Client_Session::Client_Session() {
     session.on("control", [this](const Words&, std::ostream&) { control(session.rest()); });

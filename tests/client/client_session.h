@@ -20,17 +20,17 @@ protected:
     Client_Session();
     void make_host();
 
-    Session session;
+    Text_Session session;
     tvrjson::Json ports = tvrjson::Json::array();
 
 private:
-    void tell(const Cim_Instance& instance, const Session::Words& properties, std::size_t first,
+    void tell(const Cim_Instance& instance, const Text_Session::Words& properties, std::size_t first,
               std::ostream& answer);
 
     using Json = tvrjson::Json;
     Json _units = Json::array();
     Json _default = Json::object();
-    Session::Words _types;
+    Text_Session::Words _types;
 };
 
 } // namespace client

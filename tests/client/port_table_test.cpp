@@ -9,7 +9,7 @@ class Port_Tables : public Client_Session {
 protected:
     Port_Tables() {
         // For each bit what it is called alone, eight in a line.
-        session.on("fc4", [this](const Session::Words&, std::ostream& answer) {
+        session.on("fc4", [this](const Text_Session::Words&, std::ostream& answer) {
             for (std::size_t bit = 0; bit < 256; ++bit) {
                 std::string bytes(64, '0');
                 bytes[bit / 8 * 2 + (bit % 8 < 4 ? 1 : 0)] = "1248"[bit % 4];

@@ -14,7 +14,7 @@
 // they answer below, by two columns further right; empty lines and lines of "#" are for the reader.
 // Words are set apart by blanks, those between double quotes are part of a word. A blank that ends
 // a line of an answer is followed by a backslash.
-class Session {
+class Text_Session {
 public:
     using Words = std::vector<std::string>;
     using Command = std::function<void(const Words& words, std::ostream& answer)>;
@@ -30,7 +30,8 @@ public:
         return names;
     }
 
-    // The command gets the words behind its name.
+    // The command gets the words behind its name. The one called "" gets lines that begin with no
+    // command's name.
     void on(const std::string& name, Command command) { _commands[name] = std::move(command); }
     // All that stands behind the name of the command that runs, as it stands there.
     const std::string& rest() const { return _rest; }
@@ -86,12 +87,17 @@ private:
             replace(line, name, text);
         }
         Words words = words_of(line);
-        const auto command = _commands.find(words[0]);
+        auto command = _commands.find(words[0]);
         if (command == _commands.end()) {
-            return "  no such command\n";
+            command = _commands.find("");
+            if (command == _commands.end()) {
+                return "  no such command\n";
+            }
+            _rest = line;
+        } else {
+            _rest = line.substr(std::min(words[0].size() + 1, line.size()));
+            words.erase(words.begin());
         }
-        _rest = line.substr(std::min(words[0].size() + 1, line.size()));
-        words.erase(words.begin());
         std::stringstream told;
         command->second(words, told);
         std::string answer;
@@ -116,5 +122,5 @@ private:
         session.run(TVR_TEXTS "/" file, GetParam());                                               \
     }                                                                                              \
     INSTANTIATE_TEST_SUITE_P(, fixture##_Sessions,                                                 \
-                             testing::ValuesIn(Session::sections(TVR_TEXTS "/" file)),             \
+                             testing::ValuesIn(Text_Session::sections(TVR_TEXTS "/" file)),        \
                              [](const auto& one) { return one.param; })
