@@ -35,7 +35,11 @@ protected:
             answer << std::exchange(libraries->calls[words.at(0)], 0) << '\n';
         });
     }
-    ~Access_Session() override { *libraries = {}; }
+    ~Access_Session() override {
+        if (libraryHandles[LRMAPI_LIBRARY] != nullptr) { // which the records are part of
+            *libraries = {};
+        }
+    }
 
     // A command of which also requests and log are told.
     void on_call(const std::string& name, Text_Session::Command call) {
@@ -53,13 +57,16 @@ protected:
                        << (next - i == 1 ? "" : ", times " + std::to_string(next - i)) << '\n';
             }
             for (const std::string& line : log.take()) {
-                answer << "| ";
-                for (const char c : line) {
-                    answer << (c == '\n' ? "\\n" : std::string(1, c));
-                }
-                answer << '\n';
+                tell(line, answer);
             }
         });
+    }
+    static void tell(const std::string& line, std::ostream& answer) {
+        answer << "| ";
+        for (const char c : line) {
+            answer << (c == '\n' ? "\\n" : std::string(1, c));
+        }
+        answer << '\n';
     }
     static uint32 number(const std::string& word) {
         return static_cast<uint32>(std::stoul(word, nullptr, 0));
