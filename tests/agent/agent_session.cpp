@@ -127,12 +127,20 @@ With_Session::With_Session() {
     session.on("stored", [this](const Words& words, std::ostream& answer) {
         show(maps().at(full(words.at(0))).at(*agent, number(words.at(1))), answer);
     });
-    session.on("count", [this](const Words& words, std::ostream& answer) {
-        for (const std::string& class_name : words) {
-            answer << (&class_name == words.data() ? "" : " ") << all(class_name).size();
-        }
-        answer << '\n';
+    // A number for each word.
+    const auto on_each = [this](const char* name, auto count) {
+        session.on(name, [count](const Words& words, std::ostream& answer) {
+            for (const std::string& word : words) {
+                answer << (&word == words.data() ? "" : " ") << count(word);
+            }
+            answer << '\n';
+        });
+    };
+    on_each("count", [this](const std::string& class_name) { return all(class_name).size(); });
+    on_each("maps", [this](const std::string& class_name) {
+        return maps().at(full(class_name)).size(*agent);
     });
+    on_each("log", [this](const std::string& text) { return logged(text); });
     session.on("let", [this](const Words& words, std::ostream&) {
         const Collected found = all(words.at(1));
         Ref<Instance> copy(clone(found._instances.at(std::stoul(words.at(2))).get()));
@@ -146,13 +154,6 @@ With_Session::With_Session() {
         for (const std::string& class_name : words) {
             maps().at(full(class_name)).clear(*agent);
         }
-    });
-    session.on("maps", [this](const Words& words, std::ostream& answer) {
-        for (const std::string& class_name : words) {
-            answer << (&class_name == words.data() ? "" : " ")
-                   << maps().at(full(class_name)).size(*agent);
-        }
-        answer << '\n';
     });
     session.on("adapters", [this](const Words& words, std::ostream&) {
         libraries.adapters.clear();
@@ -184,12 +185,6 @@ With_Session::With_Session() {
     session.on("call", [this](const Words& words, std::ostream& answer) { call(words, answer); });
     session.on("modify",
                [this](const Words& words, std::ostream& answer) { modify(words, answer); });
-    session.on("log", [this](const Words& words, std::ostream& answer) {
-        for (const std::string& text : words) {
-            answer << (&text == words.data() ? "" : " ") << logged(text);
-        }
-        answer << '\n';
-    });
 }
 
 uint32 With_Session::number(const std::string& word) {
@@ -295,14 +290,12 @@ void With_Session::modify(const Words& words, std::ostream& answer) {
     Instance* instance = named(words.at(0));
     set(instance, words, 1);
     std::vector<std::string> names;
-    for (std::size_t i = 1; i < words.size(); ++i) {
-        if (!words[i].ends_with("=null")) {
-            names.push_back(words[i].substr(0, words[i].find('=')));
-        }
-    }
     std::vector<const char*> wanted;
-    for (const std::string& name : names) {
-        wanted.push_back(name.c_str());
+    names.reserve(words.size());
+    for (const std::string& word : words) {
+        if (&word != words.data() && !word.ends_with("=null")) {
+            wanted.push_back(names.emplace_back(word.substr(0, word.find('='))).c_str());
+        }
     }
     wanted.push_back(nullptr);
     const Ref<Instance> model(clone(instance));
