@@ -1,6 +1,7 @@
 #include "access/method_wrapper.h"
 #include "tests/access/fake_fixture.h"
 #include "tests/access/run_process.h"
+#include "tests/common/session.h"
 
 #include <gmock/gmock.h>
 
@@ -174,37 +175,35 @@ TEST_F(MethodWrapper, ValidatesLocalPorts) {
 
 // ---- names ----
 
-constexpr HBA_WWN sample{{0x10, 0x00, 0xAA, 0xBB, 0xCC, 0xDD, 0x00, 0x11}};
+class HBANames : public testing::Test {
+protected:
+    HBANames() {
+        session.on("id", [this](const auto&, std::ostream& answer) {
+            char out[W::hbaNameTextSize];
+            answer << W::Id2HBAName(out, session.rest().c_str()) << ' ' << out << '\n';
+        });
+        session.on("name", [this](const auto& words, std::ostream& answer) {
+            LogCapture log;
+            char out[W::hbaNameTextSize] = "";
+            const uint32 result = W::str2HBAName(&_name, words.at(0).c_str());
+            W::hbaNameToText(out, _name);
+            answer << result << ' ' << out << ", " << log.take().back() << '\n';
+        });
+    }
 
-using W = TVR_MethodWrapper;
+    using W = TVR_MethodWrapper;
+    Text_Session session;
 
-TEST(HBANames, PutColonsIn) {
+private:
+    HBA_WWN _name{};
+};
+
+TVR_SESSIONS(HBANames, "names.txt");
+
+TEST_F(HBANames, NeedATextAndAPlace) {
     char out[W::hbaNameTextSize];
-    EXPECT_EQ(W::Id2HBAName(out, "\"1000aaBBCCDD0011\""), 0u);
-    EXPECT_STREQ(out, "10:00:aa:BB:CC:DD:00:11");
-    HBA_WWN name;
-    for (const char* text : {"", "\"", "1", "1000AABBCCDD001", "no test of character"}) {
-        EXPECT_EQ(W::Id2HBAName(out, text), 0u);
-        EXPECT_EQ(W::str2HBAName(&name, out), 1u) << text;
-    }
-    EXPECT_EQ(W::Id2HBAName(nullptr, "") + W::Id2HBAName(out, nullptr), 2u);
-    EXPECT_EQ(W::hbaNameToText(out, sample), 0u);
-    EXPECT_STREQ(out, "10:00:AA:BB:CC:DD:00:11");
-}
-
-TEST(HBANames, AreReadInTheColonForm) {
     HBA_WWN name{};
-    LogCapture log;
-    EXPECT_EQ(W::str2HBAName(&name, "10:00:aa:bb:CC:DD:00:11"), 0u);
-    EXPECT_THAT(name.wwn, testing::ElementsAreArray(sample.wwn));
-    for (const char* bad :
-         {"10 00 aa bb cc dd 00 11", "10:00:aa bb:cc:dd:00:11", "10:00:aa:bb:cc:dd:00:1",
-          "10:00:aa:bb:cc:dd:00:111", "10:00:aa:bb:cc:dd:00:1g", "10-00-aa-bb-cc-dd-00-11",
-          "1:000:aa:bb:cc:dd:00:11", "", ":::::::::::::::::::::::"}) {
-        EXPECT_EQ(W::str2HBAName(&name, bad), 1u) << bad;
-        EXPECT_THAT(name.wwn, testing::ElementsAreArray(sample.wwn)) << bad;
-        EXPECT_EQ(log.take().back(), "INVALID HBA Name") << bad;
-    }
+    EXPECT_EQ(W::Id2HBAName(nullptr, "") + W::Id2HBAName(out, nullptr), 2u);
     EXPECT_EQ(W::str2HBAName(&name, nullptr) + W::str2HBAName(nullptr, ""), 2u);
 }
 

@@ -87,15 +87,38 @@ int provider(const Registration* registration, int operation, void* arg0, void* 
     if (script.hook) {
         script.hook(operation);
     }
-    switch (operation) {
-    case OPERATION_GET_INSTANCE:
-        keep(script.model, arg1);
-        if (script.got) {
-            *static_cast<Instance**>(arg2) = clone(script.got.get());
+    const bool sends =
+        operation == OPERATION_MODIFY_INSTANCE || operation == OPERATION_INVOKE_METHOD;
+    if (operation == OPERATION_CREATE_INSTANCE) {
+        keep(script.instance, arg1);
+        if (script.created) {
+            script.created(*static_cast<Instance*>(arg1));
         }
-        return status;
-    case OPERATION_ENUM_INSTANCES:
+    } else if (operation == OPERATION_ENUM_REFERENCES) {
+        keep(script.model, arg2);
+        if (script.direct) {
+            pass(script.direct, arg4, arg5);
+        }
+    } else if (operation == OPERATION_ENABLE_INDICATIONS) {
+        script.indicate = reinterpret_cast<Indication_Proc>(arg1);
+        script.indication_data = arg2;
+    } else if (operation == OPERATION_ENUM_ASSOCIATOR_NAMES ||
+               operation == OPERATION_ENUM_ASSOCIATORS) {
+        if (script.direct) {
+            pass(script.direct, arg5, arg6);
+        }
+    } else if (operation == OPERATION_GET_INSTANCE || operation == OPERATION_ENUM_INSTANCES ||
+               operation == OPERATION_DELETE_INSTANCE || sends) {
         keep(script.model, arg1);
+    }
+    if (sends) {
+        keep(script.instance, arg2);
+    }
+    if (operation == OPERATION_GET_INSTANCE && script.got) {
+        *static_cast<Instance**>(arg2) = clone(script.got.get());
+    } else if (operation == OPERATION_INVOKE_METHOD && script.turn) {
+        script.turn(*static_cast<Widget_Turn*>(static_cast<Instance*>(arg2)));
+    } else if (operation == OPERATION_ENUM_INSTANCES) {
         for (const Ref<>& instance : script.instances) {
             if (script.use_selector &&
                 !static_cast<Instance_Selector*>(arg4)->accepts(instance.get())) {
@@ -106,43 +129,8 @@ int provider(const Registration* registration, int operation, void* arg0, void* 
         }
         reinterpret_cast<Instance_Enumerator_Proc>(arg2)(nullptr, status, arg3);
         script.closed = true;
-        return status;
-    case OPERATION_ENUM_REFERENCES:
-        keep(script.model, arg2);
-        if (script.direct) {
-            pass(script.direct, arg4, arg5);
-        }
-        return status;
-    case OPERATION_ENUM_ASSOCIATOR_NAMES:
-    case OPERATION_ENUM_ASSOCIATORS:
-        if (script.direct) {
-            pass(script.direct, arg5, arg6);
-        }
-        return status;
-    case OPERATION_CREATE_INSTANCE:
-        keep(script.instance, arg1);
-        if (script.created) {
-            script.created(*static_cast<Instance*>(arg1));
-        }
-        return status;
-    case OPERATION_DELETE_INSTANCE:
-        keep(script.model, arg1);
-        return status;
-    case OPERATION_ENABLE_INDICATIONS:
-        script.indicate = reinterpret_cast<Indication_Proc>(arg1);
-        script.indication_data = arg2;
-        return status;
-    case OPERATION_MODIFY_INSTANCE:
-    case OPERATION_INVOKE_METHOD:
-        keep(script.model, arg1);
-        keep(script.instance, arg2);
-        if (operation == OPERATION_INVOKE_METHOD && script.turn) {
-            script.turn(*static_cast<Widget_Turn*>(static_cast<Instance*>(arg2)));
-        }
-        return status;
-    default:
-        return status;
     }
+    return status;
 }
 
 } // namespace

@@ -34,28 +34,21 @@ bool fake_resolve(const char* name, Host_Name& found) {
 constexpr Host_Lookup fake_lookup{&fake_host_name, &fake_resolve};
 
 std::string value_text(Type type, const void* value) {
+    uint64 bits = 0; // of an integer
     switch (type) {
     case BOOLEAN:
         return *static_cast<const bool*>(value) ? "true" : "false";
-    case UINT8:
-        return std::to_string(*static_cast<const uint8*>(value));
-    case UINT16:
-        return std::to_string(*static_cast<const uint16*>(value));
-    case SINT32:
-        return std::to_string(*static_cast<const sint32*>(value));
-    case UINT32:
-        return std::to_string(*static_cast<const uint32*>(value));
-    case UINT64:
-        return std::to_string(*static_cast<const uint64*>(value));
     case STRING:
         return static_cast<const String*>(value)->c_str();
     case REAL32:
         return std::to_string(*static_cast<const real32*>(value));
     case DATETIME:
         return static_cast<const Datetime*>(value)->ascii().c_str();
+    case SINT32:
+        return std::to_string(*static_cast<const sint32*>(value));
     default:
-        ADD_FAILURE() << "no text for " << type_name(type);
-        return {};
+        std::memcpy(&bits, value, traits_of(type).size);
+        return std::to_string(bits);
     }
 }
 

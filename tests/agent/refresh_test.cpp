@@ -1,5 +1,5 @@
 // When a refresh runs, who waits for it, and what readers see meanwhile.
-#include "tests/agent/agent_fixture.h"
+#include "tests/agent/agent_session.h"
 
 #include "agent/locks.h"
 #include "runtime/association.h"
@@ -30,13 +30,36 @@ int create_or_fail(pthread_t* thread, const pthread_attr_t* attributes, void* (*
     return pthread_create(thread, attributes, proc, argument);
 }
 
-class Refresh : public With_Agent {
+class Refresh : public With_Session {
 protected:
+    Refresh() {
+        session.on("configure", [this](const auto&, std::ostream&) {
+            directory.write("etc/tavrin_fc_provider.conf", session.rest() + '\n');
+        });
+        session.on("force",
+                   [this](const auto&, std::ostream&) { agent->m_bForceAdapterRefresh = true; });
+        // Asks for the maps, as each enumeration does, and waits for what comes of it.
+        session.on("request", [this](const auto&, std::ostream&) {
+            agent->BuildCimpleInfo();
+            wait_for_end();
+        });
+        session.on("SAN-request", [this](const auto&, std::ostream&) {
+            enumerated_SAN<TVRHBA_TapeDrive>();
+            wait_for_end();
+        });
+        session.on("ready", [this](const auto&, std::ostream& answer) {
+            answer << "adapter data " << agent->m_bIsAdapterDataReady << ", maps "
+                   << agent->m_bIsAdapterMapsReady << ", SAN maps " << agent->m_bIsSANMapsReady
+                   << ", forced " << agent->m_bForceAdapterRefresh << '\n';
+        });
+    }
     ~Refresh() override {
         set_thread_create(nullptr);
         failing_starts = 0;
     }
 };
+
+TVR_SESSIONS(Refresh, "refresh.txt");
 
 TEST_F(Refresh, TheFirstRequestWaits) {
     Gate gate;
@@ -50,39 +73,6 @@ TEST_F(Refresh, TheFirstRequestWaits) {
                 ElementsAre("1000AABBCCDD0100", "1000AABBCCDD0200", "1000AABBCCDD0300"));
     EXPECT_EQ(logged(begin_line), 1u);
     EXPECT_EQ(logged("PERF: Clearing the previous thread...with join"), 0u);
-}
-
-TEST_F(Refresh, IsDueWhenTheCacheExpiresOrWhenForced) {
-    load();
-    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
-    wait_for_end();
-    EXPECT_EQ(logged(begin_line), 1u);
-
-    clock.time += 10 * minute - 1;
-    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
-    EXPECT_EQ(logged(begin_line), 1u);
-    EXPECT_EQ(logged(no_timeout_line), 1u);
-
-    // Expiry renews the SAN alone, force the adapters.
-    clock.time += 1;
-    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
-    wait_for_end();
-    EXPECT_EQ(logged(begin_line), 2u);
-    EXPECT_EQ(logged("PERF: Clearing the previous thread...with join"), 1u);
-    EXPECT_EQ(logged("PERF: Updating Adapter Maps..."), 1u);
-    EXPECT_EQ(logged("PERF: Entered clearSANMaps()"), 2u);
-
-    agent->m_bForceAdapterRefresh = true;
-    EXPECT_EQ(enumerated<TVRHBA_FCPort>().size(), 3u);
-    wait_for_end();
-    EXPECT_EQ(logged(begin_line), 3u);
-    EXPECT_EQ(logged("PERF: Updating Adapter Maps..."), 2u);
-    EXPECT_FALSE(agent->m_bForceAdapterRefresh);
-
-    clock.time -= 60 * minute; // set back
-    agent->BuildCimpleInfo();
-    wait_for_end();
-    EXPECT_EQ(logged(begin_line), 4u);
 }
 
 TEST_F(Refresh, CountsTheTimeOutFromItsEnd) {
@@ -106,16 +96,6 @@ TEST_F(Refresh, CountsTheTimeOutFromItsEnd) {
     agent->BuildCimpleInfo();
     wait_for_end();
     EXPECT_EQ(logged(begin_line), 2u);
-}
-
-TEST_F(Refresh, RunsTheAdapterStagesAtEachExpiryIfSoConfigured) {
-    directory.write("etc/tavrin_fc_provider.conf", "TVR_PROVIDER_REFRESH_ADAPTERDATA = TRUE\n");
-    load();
-    refresh();
-    clock.time += 10 * minute;
-    agent->BuildCimpleInfo();
-    wait_for_end();
-    EXPECT_EQ(logged("PERF: Building Adapter Data..."), 2u);
 }
 
 TEST_F(Refresh, GoesThroughItsStagesInOrder) {
@@ -293,24 +273,6 @@ TEST_F(Refresh, ServesASANRequestMadeDuringTheStageBeforeItEnds) {
     EXPECT_EQ(logged(begin_line), 1u);
 }
 
-TEST_F(Refresh, BuildsSANMapsOnRequestOnly) {
-    directory.write("etc/tavrin_fc_provider.conf", "TVR_PROVIDER_REFRESH_SANDATA = FALSE\n");
-    load();
-    refresh();
-    EXPECT_FALSE(agent->m_bIsSANMapsReady);
-    enumerated_SAN<TVRHBA_TapeDrive>();
-    wait_for_end();
-    EXPECT_TRUE(agent->m_bIsSANMapsReady);
-    EXPECT_EQ(logged("PERF: Entered clearSANMaps()"), 1u);
-    enumerated_SAN<TVRHBA_TapeDrive>();
-    EXPECT_EQ(logged("PERF: Entered clearSANMaps()"), 1u);
-
-    refresh();
-    EXPECT_FALSE(agent->m_bIsSANMapsReady) << "targets of adapters that are gone";
-    enumerated_SAN<TVRHBA_TapeDrive>();
-    EXPECT_EQ(logged("PERF: Entered clearSANMaps()"), 2u);
-}
-
 // A request that comes when the thread has passed its test for one is neither lost nor left
 // waiting.
 TEST_F(Refresh, LosesNoSANRequest) {
@@ -420,22 +382,6 @@ TEST_P(SAN_Scan, LetsPassWhoseRequestStartedIt) {
         }
         expect_ports();
     }
-}
-
-TEST_F(Refresh, ScansTheSANBesideReadersOfMaps) {
-    load();
-    std::vector<std::future<std::size_t>> readers;
-    std::size_t passed = 0;
-    libraries.entered = [&](const std::string& entry_point) {
-        if (entry_point == "HBA_GetFcpTargetMapping") {
-            readers.push_back(
-                std::async(std::launch::async, [] { return enumerated<TVRHBA_FCPort>().size(); }));
-            passed +=
-                readers.back().wait_for(std::chrono::seconds(10)) == std::future_status::ready;
-        }
-    };
-    refresh();
-    EXPECT_EQ(passed, 3u);
 }
 
 TEST_F(Refresh, AMethodTellsOfItsWaits) {

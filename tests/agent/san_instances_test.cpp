@@ -1,14 +1,11 @@
 // A rebuild of the SAN maps: its order, what its instances share, and where it ends.
-#include "tests/agent/agent_fixture.h"
+#include "tests/agent/agent_session.h"
 
 #include <cstring>
 #include <stdexcept>
 
 namespace cimple {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 HBA_FCPSCSIENTRY row(uint8 number) {
     HBA_FCPSCSIENTRY row{};
@@ -20,7 +17,7 @@ HBA_FCPSCSIENTRY row(uint8 number) {
 }
 
 // Three adapters of one port each, which see two logical units each: a volume and a tape drive.
-class SAN : public With_Agent {
+class SAN : public With_Session {
 protected:
     SAN() {
         for (fake::Adapter& adapter : libraries.adapters) {
@@ -34,48 +31,31 @@ protected:
             }
             return HBA_STATUS_OK;
         };
-    }
-    // The log from the rebuild's first line to the last one of `file`.
-    std::vector<std::string> rebuild_lines() {
-        std::vector<std::string> found;
-        for (const LogCapture::Line& line : log.lines()) {
-            if (line.file.ends_with("san_instances.cpp") || line.file.ends_with("creation.h")) {
-                found.push_back(line.text);
-            }
-        }
-        const auto begin = std::find(found.begin(), found.end(), "PERF: updateSANMaps: Entry");
-        return {begin, found.end()};
-    }
-    static std::vector<std::string> endpoints() {
-        return enumerated_SAN<TVRHBA_SCSIProtocolEndpoint>().texts("Name");
+        session.on("only", [this](const auto& words, std::ostream&) {
+            libraries.adapters.resize(number(words.at(0)));
+        });
+        session.on("same-node", [this](const auto&, std::ostream&) {
+            libraries.adapters[1].record.NodeWWN = libraries.adapters[0].record.NodeWWN;
+        });
+        session.on("row-twice", [this](const auto&, std::ostream&) {
+            libraries.adapters[1].targets = {row(0), row(0), row(1)};
+        });
+        session.on("no-host-name", [](const auto&, std::ostream&) {
+            static constexpr Host_Lookup failing = {
+                [](char*, std::size_t) -> int { throw std::runtime_error("no name"); },
+                [](const char*, Host_Name&) { return false; }};
+            set_host_lookup(&failing);
+        });
+        load();
     }
 };
 
-TEST_F(SAN, GoesThroughAdaptersPortsAndTargets) {
+TVR_SESSIONS(SAN, "san_instances.txt");
+
+// Or memory would grow with their number.
+TEST_F(SAN, AssociationsShareOneCopyOfEachOfTheirEnds) {
     libraries.adapters.resize(1);
-    load();
     refresh();
-    const std::string port = "1000AABBCCDD0100";
-    const std::string target = "5000AABBCCDD0001";
-    const std::string volume = port + "_" + target + "_5001020304050607_0000000000000000";
-    const std::string tape = port + "_" + target + "_5001020304050607_0001000000000000";
-    EXPECT_THAT(rebuild_lines(),
-                ElementsAre("PERF: updateSANMaps: Entry", "Creating classes for port 0.",
-                            "Creating classes for target 0 of 2.",
-                            "Generating TVRHBA_LocalHostedAccessPoint (" + port + ":" + target +
-                                ":0000000000000000)",
-                            "Target 0 is of type 0.", "creating TVRHBA_StorageVolume",
-                            "StorageVolumeInstance->DeviceID = " + volume,
-                            "Generating TVRHBA_StorageVolumeSystemDevice (" + volume + ")",
-                            "creating TVRHBA_SCSIInitiatorTargetStorageVolumePath - Storage Volume",
-                            "Creating classes for target 1 of 2.",
-                            "Generating TVRHBA_LocalHostedAccessPoint (" + port + ":" + target +
-                                ":0001000000000000)",
-                            "Target 1 is of type 1.",
-                            "Generating TVRHBA_TapeDriveSystemDevice (" + tape + ")",
-                            "creating TVRHBA_SCSIInitiatorTargetTapeDrivePath - Tape Drive",
-                            "PERF: updateSANMaps: cleanExit"));
-    // Associations share one copy of each of their ends, or memory would grow with their number.
     const auto& hosted = agent->maps.m_TVRHBA_LocalHostedAccessPoint_map;
     const auto* volume_path = agent->maps.m_TVRHBA_SCSIInitiatorTargetStorageVolumePath_map.get(0);
     const auto* tape_path = agent->maps.m_TVRHBA_SCSIInitiatorTargetTapeDrivePath_map.get(0);
@@ -84,42 +64,6 @@ TEST_F(SAN, GoesThroughAdaptersPortsAndTargets) {
     EXPECT_EQ(hosted.get(0)->Antecedent, hosted.get(1)->Antecedent);
     EXPECT_EQ(volume_path->LogicalUnit,
               agent->maps.m_TVRHBA_StorageVolumeSystemDevice_map.get(0)->PartComponent);
-}
-
-// A row that comes twice: what was made before it stays, and the next rebuild starts afresh.
-TEST_F(SAN, EndsAtTheFirstInstanceThatIsThereAlready) {
-    libraries.adapters[1].targets = {row(0), row(0), row(1)};
-    load();
-    refresh();
-    const std::string target = ":5000AABBCCDD0001:000";
-    EXPECT_EQ(rebuild_lines().back(), "Insert Failed : m_TVRHBA_SCSIProtocolEndpoint_map");
-    EXPECT_THAT(endpoints(), ElementsAre("1000AABBCCDD0100" + target + "0000000000000",
-                                         "1000AABBCCDD0100" + target + "1000000000000",
-                                         "1000AABBCCDD0200" + target + "0000000000000"));
-    EXPECT_EQ(enumerated_SAN<TVRHBA_SCSIInitiatorTargetStorageVolumePath>().size(), 2u);
-    libraries.adapters.resize(1);
-    refresh();
-    EXPECT_EQ(rebuild_lines().back(), "PERF: updateSANMaps: cleanExit");
-    EXPECT_EQ(endpoints().size(), 2u);
-}
-
-// Adapter maps that stopped short, at the second adapter or before there was a computer system.
-TEST_F(SAN, EndsAtAPortWithoutAnInitiator) {
-    const std::string missing = "Could not find TVRHBA_SCSIProtocolEndpoint Initiator instance.";
-    libraries.adapters[1].record.NodeWWN = libraries.adapters[0].record.NodeWWN;
-    load();
-    refresh();
-    EXPECT_EQ(rebuild_lines().back(), missing);
-    EXPECT_EQ(endpoints().size(), 2u);
-
-    static constexpr Host_Lookup failing = {
-        [](char*, std::size_t) -> int { throw std::runtime_error("no name"); },
-        [](const char*, Host_Name&) { return false; }};
-    set_host_lookup(&failing);
-    refresh();
-    ASSERT_TRUE(agent->maps.m_CIM_ComputerSystem_map.empty());
-    EXPECT_EQ(rebuild_lines().back(), missing);
-    EXPECT_THAT(endpoints(), IsEmpty());
 }
 
 } // namespace

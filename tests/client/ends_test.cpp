@@ -138,17 +138,6 @@ TEST_F(Ends, AClassTakesItsBrokerAlong) {
     EXPECT_EQ(enumerate("TVRHBA_FCPort").instances.size(), 4u);
 }
 
-// What a reader of adapter classes waits for is the adapters alone.
-TEST_F(Ends, TheFirstAnswerDoesNotWaitForTheScan) {
-    slow("HBA_GetFcpTargetMapping", 500);
-    for (int life = 0; life < 4; ++life) {
-        control(R"({"resetCounts": true})");
-        EXPECT_EQ(enumerate(life % 2 == 0 ? "TVRHBA_FCPort" : "TVRHBA_PhysicalPackage").rc, 0);
-        EXPECT_LT(calls("HBA_GetFcpTargetMapping"), 4);
-        stop();
-    }
-}
-
 // What became of a forked process that runs `body`, as waitpid tells it; one that hangs is ended.
 // Its names of semaphores are gone.
 template <class Body> int forked(Body&& body) {

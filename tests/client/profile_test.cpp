@@ -1,32 +1,12 @@
 // The registered profiles, which need neither agent nor adapter.
-#include "tests/client/client.h"
+#include "tests/client/client_session.h"
 
 namespace client {
 namespace {
 
-using testing::ElementsAre;
+class Profiles : public Client_Session {};
 
-TEST_F(Client, RegisteredProfilesInOrder) {
-    const Answer answer = manager().enumerate_instances(interop, "TVRHBA_RegisteredProfile");
-    ASSERT_EQ(answer.rc, 0);
-    EXPECT_TRUE(answer.done);
-    std::vector<std::string> standards; // organization and version
-    for (const Cim_Instance& profile : answer.instances) {
-        standards.push_back(profile["RegisteredOrganization"].plain() + " " +
-                            profile["RegisteredVersion"].plain());
-        EXPECT_EQ(profile.path.name_space, interop);
-    }
-    EXPECT_THAT(plain(answer, "RegisteredName"),
-                ElementsAre("Profile Registration", "Software Inventory", "Physical Package",
-                            "Host Discovered Resources", "FC HBA", "Storage HBA",
-                            "FC Initiator Ports", "Software Update", "Record Log", "Software",
-                            "Access Points", "PCI Device", "FCHBA Diagnostics"));
-    EXPECT_THAT(standards, ElementsAre("2 1.0.0", "2 1.0.0", "11 1.3.0", "11 1.2.0", "11 1.2.0",
-                                       "11 1.4.0", "11 1.3.0", "2 1.0.0", "2 1.0.1", "11 1.2.0",
-                                       "11 1.3.0", "2 1.0.0", "2 1.0.0"));
-    EXPECT_EQ(literals(answer.instances[5]), default_host()["profile"]);
-    EXPECT_EQ(calls("*"), 0) << "profiles come without a look at the adapters";
-}
+TVR_SESSIONS(Profiles, "profile.txt");
 
 TEST_F(Client, AProfileIsFoundByItsKeyToTheLetter) {
     const auto path = [](const char* id) {

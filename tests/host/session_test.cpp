@@ -6,6 +6,8 @@
 #include "host/tvrcim/output.h"
 #include "host/tvrcim/session.h"
 #include "host/tvrcim/shell.h"
+#include "tests/common/session.h"
+#include "tests/common/temp_dir.h"
 #include "tests/host/host_fixture.h"
 
 #include <filesystem>
@@ -20,27 +22,6 @@ using namespace tvrcim;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
-
-TEST(Near_Names, finds_what_was_meant) {
-    const std::vector<std::string> names = {"TVRHBA_FCPort", "TVRHBA_FCPortStatistics",
-                                            "TVRHBA_Product", "TVRHBA_TapeDrive"};
-    EXPECT_THAT(near_names("tvrhba_fcprot", names), ElementsAre("TVRHBA_FCPort"));
-    EXPECT_EQ(suggestion("fcport", names),
-              "; did you mean TVRHBA_FCPort or TVRHBA_FCPortStatistics?");
-}
-
-TEST(Shell_Words, are_split_as_people_expect) {
-    EXPECT_THAT(split_words("  get  A.b=c\t-p x "), ElementsAre("get", "A.b=c", "-p", "x"));
-    EXPECT_THAT(split_words("get A.b=\"c d\",e=\"f\\\"g\""),
-                ElementsAre("get", "A.b=\"c d\",e=\"f\\\"g\""));
-    EXPECT_THAT(split_words("get 'A.b=\"c d\"'"), ElementsAre("get", "A.b=\"c d\""));
-    EXPECT_THAT(split_words("set A \"w=[1, 2]\" x=\\ y ''"),
-                ElementsAre("set", "A", "w=[1, 2]", "x= y", ""));
-    EXPECT_THAT(split_words("set A w=\"x y\" z=[\"a\",1]"),
-                ElementsAre("set", "A", "w=x y", "z=[\"a\",1]"));
-    EXPECT_THROW(split_words("get 'A"), Usage_Error);
-    EXPECT_THROW(split_words("get A=\"b"), Usage_Error);
-}
 
 class Session_Test : public Host_Fixture {
 protected:
@@ -58,16 +39,15 @@ protected:
         module.add("Test_Other").enumerate_names = [](Request& r) {
             return CMReturnDone(r.result).rc;
         };
+        script_changes();
+        add_commands();
     }
 
-    Session& session() {
+    tvrcim::Session& console() {
         if (!made) {
             made.emplace(om(), Format::text, "root/x", out);
         }
         return *made;
-    }
-    std::string complaint(const std::string& path) {
-        return error_of([&] { session().find_path(path); });
     }
 
     // Runs lines through the shell; the status of the last, with the errors in `errors`.
@@ -78,134 +58,129 @@ protected:
             std::string line;
             return std::getline(in, line) ? std::optional(line) : std::nullopt;
         };
-        const int status = run_shell(session(), next, false);
+        const int status = run_shell(console(), next, false);
         errors = testing::internal::GetCapturedStderr();
         return status;
     }
 
+    cimple::TempDir directory;
     Scripted_Class& thing = module.add("Test_Thing");
     std::ostringstream out;
     std::string errors;
-    std::optional<Session> made;
+    std::optional<tvrcim::Session> made;
+    Text_Session session;
+
+private:
+    void script_changes();
+    void script_links();
+    void add_commands();
+
+    CMPIUint32 code = 0; // of a method
+    std::string arrived; // at the module
 };
 
-TEST_F(Session_Test, a_path_is_completed_where_one_instance_fits) {
-    EXPECT_EQ(session().find_path("test_thing.name=\"alpha\""), thing_path("alpha", 1));
-    EXPECT_EQ(session().find_path("Test_Thing.Name=alph"), thing_path("alpha", 1)) << "a beginning";
-    EXPECT_EQ(session().find_path("Test_Thing.Slot=2"), thing_path("beta", 2));
-    // All keys: taken as it stands where nothing fits.
-    EXPECT_EQ(session().find_path("Test_Thing.Name=x,Slot=9"), thing_path("x", 9));
-
-    EXPECT_EQ(complaint("Test_Thing.Name=beta"),
-              "Test_Thing.Name=beta fits 2 instances; Slot is 1, 2");
-    struct {
-        const char* spelled;
-        const char* name;
-    } constexpr wwns[] = {{"10:00:02:54:56:4a:10:20", "10000254564A1020"},
-                          {"0x10000254564a1020", "10000254564A1020"},
-                          {"10-00-02-54-56-4B", "10000254564B0000_5"}};
-    for (const auto& [spelled, name] : wwns) {
-        EXPECT_EQ(session().find_path(std::string("Test_Thing.Name=") + spelled),
-                  thing_path(name, 7));
-    }
-    EXPECT_THAT(complaint("Test_Thing.Name=10:00"), HasSubstr("fits 2 instances"));
-    EXPECT_THAT(complaint("Test_Thing.Name=gamma"), HasSubstr("no such instance; Name is \"alp"));
-    EXPECT_THAT(complaint("Test_Other"), HasSubstr("Test_Other has no instances"));
-    EXPECT_THAT(complaint("Test_Special.Name=a"), HasSubstr("CMPI_RC_ERR_INVALID_CLASS"));
-}
-
-TEST_F(Session_Test, set_sends_typed_values_and_the_names_of_what_changes) {
-    thing.modify = [](Request& r) {
-        EXPECT_EQ(CMGetProperty(r.instance, "Count", nullptr).value.uint32, 5u);
-        EXPECT_STREQ(r.properties[0], "Count");
-        EXPECT_STREQ(r.properties[1], "Words");
-        EXPECT_EQ(r.properties[2], nullptr);
+// What comes to the module.
+void Session_Test::script_changes() {
+    thing.modify = [this](Request& r) {
+        for (const char** name = r.properties; *name != nullptr; ++name) {
+            arrived += std::string(*name) + ' ';
+        }
+        arrived += std::to_string(CMGetProperty(r.instance, "Count", nullptr).value.uint32);
         return CMPI_RC_OK;
     };
-    EXPECT_EQ(shell("set Test_Thing.Name=alpha count=5 'Words=[\"a\", \"b\"]'"), success);
-    EXPECT_EQ(shell("set Test_Thing.Name=alpha Name=x\n"
-                    "set Test_Thing.Name=alpha Cuont=5\n"
-                    "set Test_Thing.Name=alpha Count=x\n"
-                    "set Test_Thing.Name=alpha Count\n"
-                    "set Test_Thing.Name=alpha"),
-              usage_error);
-    EXPECT_EQ(errors, "tvrcim: Name is a key of Test_Thing and cannot be changed\n"
-                      "tvrcim: Test_Thing has no property Cuont; did you mean Count?\n"
-                      "tvrcim: Count: takes a number (uint32), not \"x\"\n"
-                      "tvrcim: 'Count' is not NAME=VALUE\n"
-                      "tvrcim: PROP=VALUE is required; 'tvrcim set --help' tells the usage\n");
-}
-
-TEST_F(Session_Test, call_takes_what_people_write_and_tells_what_came_of_it) {
-    CMPIUint32 code = 0;
-    std::string seen;
-    thing.invoke = [&](Request& r) {
+    thing.invoke = [this](Request& r) {
         const CMPIData steps = CMGetArg(r.in, "Steps", nullptr);
         const CMPIData other = CMGetArg(r.in, "Other", nullptr);
         const CMPIData image = CMGetArg(r.in, "Image", nullptr);
-        seen = steps.type == CMPI_uint16 ? std::to_string(steps.value.uint16) : "";
+        if (steps.type == CMPI_uint16) {
+            arrived += "Steps " + std::to_string(steps.value.uint16) + ' ';
+        }
         if (other.type == CMPI_ref) {
             const CMPIData name = CMGetKey(other.value.ref, "Name", nullptr);
-            seen += std::string(" ") + CMGetCharPtr(name.value.string);
+            arrived += std::string("Other ") + CMGetCharPtr(name.value.string);
         }
         for (CMPICount i = 0;
              image.type == CMPI_uint8A && i < CMGetArrayCount(image.value.array, nullptr); ++i) {
-            seen += " " +
-                    std::to_string(CMGetArrayElementAt(image.value.array, i, nullptr).value.uint8);
+            const CMPIData byte = CMGetArrayElementAt(image.value.array, i, nullptr);
+            arrived += std::to_string(byte.value.uint8) + ' ';
         }
         CMAddArg(r.out, "Said", "well", CMPI_chars);
         CMReturnData(r.result, &code, CMPI_uint32);
         return CMPI_RC_OK;
     };
-    const auto call = [&](const std::string& arguments) {
-        return shell("call Test_Thing.Name=alpha turn " + arguments);
-    };
-    const std::string file = ::testing::TempDir() + "image.bin";
-    std::ofstream(file, std::ios::binary) << "\xff\n" << '\0';
-    const std::pair<std::string, const char*> cases[] = {
-        {"steps=0x3 Other=Test_Thing.Slot=2", "3 beta"},
-        {"other=10:00:02:54:56:4b", " 10000254564B0000_5"},
-        {"Other=alpi", " alpine"},
-        {"Image=1,0x2", " 1 2"},
-        {"Image=@" + file, " 255 10 0"},
-    };
-    for (const auto& [arguments, arrived] : cases) {
-        EXPECT_EQ(call(arguments), success) << errors;
-        EXPECT_EQ(seen, arrived) << arguments;
-    }
-    std::filesystem::resize_file(file, (8u << 20) + 1);
-    const std::pair<std::string, const char*> complaints[] = {
-        {"Said=x", "takes no argument Said; it is Turn(uint16 Steps, string Label, Test_Thing ref "
-                   "Other, out string Said, in out uint32 Total, uint8 Image[])"},
-        {"Steps=1 steps=2", "argument Steps stands there twice"},
-        {"Other=beta", "beta fits 2 instances; Slot is 1, 2"},
-        {"Other=gamma", "gamma: no such instance; Name is \"alpha\", "},
-        {"Image=@/nonexistent", "Image: there is no file '/nonexistent'"},
-        {"Image=@/", "Image: '/' is no file"},
-        {"Image=@" + file, "is larger than 8 MiB"},
-        {"Image=1,300", "Image: 300 is beyond uint8, at most 255"},
-    };
-    for (const auto& [arguments, complaint] : complaints) {
-        EXPECT_NE(call(arguments), success);
-        EXPECT_THAT(errors, HasSubstr(complaint));
-    }
-    std::filesystem::remove(file);
-
-    const std::pair<CMPIUint32, const char*> results[] = {
-        {0, "0 (success)"},
-        {7, "7"},
-        {33068, "33068 (not an instance of this service)"},
-        {40092,
-         "40092 (adapter library: status 92, WWN management is not available on this adapter)"},
-        {40042, "40042 (adapter library: status 42)"}};
-    for (const auto& [value, text] : results) {
-        code = value;
-        out.str({});
-        EXPECT_EQ(call(""), value == 0 ? success : cim_error);
-        EXPECT_EQ(out.str(), "Turn returned " + std::string(text) + "\n  Said = \"well\"\n");
-    }
-    EXPECT_EQ(shell("classes Test_Other"), success) << "and not the status before it";
 }
+
+// alpha is joined with itself and with three others; each tells the same associations.
+void Session_Test::script_links() {
+    Scripted_Class& link = module.add("Test_Link", "IA");
+    link.associator_names = [](Request& r) {
+        for (const char* name : {"a", "a", "b \"2\""}) {
+            CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, name, 1), nullptr));
+        }
+        return CMPI_RC_OK;
+    };
+    link.associators = hand_out("a", 1);
+    link.reference_names = [](Request& r) {
+        CMPIObjectPath* const left = CMGetObjectPath(new_thing(r, "alpha", 1), nullptr);
+        for (const char* name : {"alpha", "x", "y", "z \"2\""}) {
+            CMPIObjectPath* const right = CMGetObjectPath(new_thing(r, name, 1), nullptr);
+            CMPIObjectPath* const path = CMNewObjectPath(r.broker, "root/x", "Test_Link", nullptr);
+            CMAddKey(path, "Left", &left, CMPI_ref);
+            CMAddKey(path, "Right", &right, CMPI_ref);
+            CMReturnObjectPath(r.result, path);
+        }
+        return CMPI_RC_OK;
+    };
+}
+
+// A line without a command's name goes to the shell: its output, what came to the module, errors.
+void Session_Test::add_commands() {
+    session.rename(directory.path(), "$DIR");
+    session.on("", [this](const auto&, std::ostream& answer) {
+        out.str({});
+        arrived.clear();
+        const int status = shell(session.rest());
+        answer << out.str() << (arrived.empty() ? "" : "> " + arrived + '\n') << errors;
+        if (status != success) {
+            answer << (status == usage_error ? "usage error\n" : "CIM error\n");
+        }
+    });
+    session.on("path", [this](const auto&, std::ostream& answer) {
+        const auto find = [&] { answer << console().find_path(session.rest()).text(); };
+        const std::string error = error_of(find);
+        answer << (error == "no error" ? "" : error) << '\n';
+    });
+    session.on("links", [this](const auto&, std::ostream&) { script_links(); });
+    session.on("code", [this](const auto& words, std::ostream&) {
+        code = static_cast<CMPIUint32>(std::stoul(words.at(0)));
+    });
+    session.on("file", [this](const auto& words, std::ostream&) {
+        directory.write(words.at(0), std::string("\xff\n\0", 3));
+        std::filesystem::resize_file(directory.file(words[0]), std::stoul(words.at(1)));
+    });
+    // Up to the bar.
+    session.on("complete", [this](const auto&, std::ostream& answer) {
+        const std::string line = session.rest().substr(0, session.rest().find('|'));
+        for (const std::string& word : completions(console(), line)) {
+            answer << word << '\n';
+        }
+    });
+    session.on("split", [this](const auto&, std::ostream& answer) {
+        const std::string error = error_of([&] {
+            for (const std::string& word : split_words(session.rest())) {
+                answer << '<' << word << '>';
+            }
+        });
+        answer << (error == "no error" ? "" : error) << '\n';
+    });
+    session.on("near", [](const auto& words, std::ostream& answer) {
+        const std::vector<std::string> names(words.begin() + 1, words.end());
+        answer << testing::PrintToString(near_names(words.at(0), names)) << '\n'
+               << suggestion(words.at(0), names) << '\n';
+    });
+}
+
+TVR_SESSIONS(Session_Test, "shell.txt");
 
 TEST_F(Session_Test, watch_shows_alerts_as_they_come_and_ends_in_order) {
     Scripted_Class& alert = module.add("Test_Alert", "N");
@@ -243,7 +218,7 @@ TEST_F(Session_Test, watch_shows_alerts_as_they_come_and_ends_in_order) {
     EXPECT_EQ(out.str(), "2024-02-29 13:30:59  Link Down  Port? down\n-  -  Port? down\n");
     EXPECT_TRUE(is_deactivated);
     out.str({});
-    session().format = Format::json;
+    console().format = Format::json;
     EXPECT_EQ(shell("watch --count 1 Test_Alert"), success) << errors;
     const std::string json = out.str();
     EXPECT_THAT(json, StartsWith("{\"class\":"));
@@ -262,81 +237,6 @@ TEST_F(Session_Test, the_shell_goes_on_after_errors_until_exit) {
     EXPECT_THAT(errors, HasSubstr("tvrcim: Test_Thing: CMPI_RC_ERR_NOT_SUPPORTED"));
 }
 
-TEST_F(Session_Test, associations_are_followed_and_drawn) {
-    Scripted_Class& link = module.add("Test_Link", "IA");
-    link.associator_names = [](Request& r) {
-        for (const char* name : {"a", "a", "b \"2\""}) {
-            CMReturnObjectPath(r.result, CMGetObjectPath(new_thing(r, name, 1), nullptr));
-        }
-        return CMPI_RC_OK;
-    };
-    link.associators = hand_out("a", 1);
-    EXPECT_EQ(shell("assoc Test_Thing.Name=alpha --names\nassoc Test_Thing.Name=alpha -p count"),
-              success);
-    EXPECT_THAT(out.str(), StartsWith("root/x:Test_Thing.Name=\"a\",Slot=1\n"
-                                      "root/x:Test_Thing.Name=\"b \\\"2\\\"\",Slot=1\n"
-                                      "root/x:Test_Thing.Name=\"a\",Slot=1\n  Name"));
-    EXPECT_THAT(errors, StartsWith("tvrcim: not delivered by its provider: root/x:Test_Thing."
-                                   "Name=\"b "));
-    EXPECT_EQ(shell("assoc Test_Thing.Name=alpha --role Rigth\n"
-                    "refs Test_Thing.Name=alpha --class Test_Other\n"
-                    "refs Test_Thing.Name=alpha --class Test_Link -p Leff"),
-              usage_error);
-    EXPECT_EQ(errors, "tvrcim: no association has a role Rigth; did you mean Right?\n"
-                      "tvrcim: Test_Other is no association\n"
-                      "tvrcim: Test_Link has no property Leff; did you mean Left?\n");
-
-    // alpha is joined with itself and with three others; each tells the same associations.
-    link.reference_names = [](Request& r) {
-        CMPIObjectPath* const left = CMGetObjectPath(new_thing(r, "alpha", 1), nullptr);
-        for (const char* name : {"alpha", "x", "y", "z \"2\""}) {
-            CMPIObjectPath* const right = CMGetObjectPath(new_thing(r, name, 1), nullptr);
-            CMPIObjectPath* const path = CMNewObjectPath(r.broker, "root/x", "Test_Link", nullptr);
-            CMAddKey(path, "Left", &left, CMPI_ref);
-            CMAddKey(path, "Right", &right, CMPI_ref);
-            CMReturnObjectPath(r.result, path);
-        }
-        return CMPI_RC_OK;
-    };
-    const auto drawn = [&](const std::string& how) {
-        out.str({});
-        EXPECT_EQ(shell("graph Test_Thing.Name=alpha " + how), success) << errors;
-        return out.str().substr(std::min(out.str().find("  n0"), out.str().size()));
-    };
-    const std::string itself = "  n0 -> n0 [label=\"Test_Link\\nLeft \u2192 Right\"]\n";
-    EXPECT_EQ(drawn("--fold 2"), "  n0 [label=\"Test_Thing\\nalpha 1\", style=bold]\n"
-                                 "  n1 [label=\"3 Test_Thing\", style=dashed]\n" +
-                                     itself +
-                                     "  n0 -> n1 [label=\"Test_Link\\nLeft \u2192 Right\"]\n}\n");
-    const std::string whole = drawn("--depth 9");
-    EXPECT_EQ(std::count(whole.begin(), whole.end(), '>'), 4) << "each association once";
-    EXPECT_EQ(drawn("--hide Test_Base"), "  n0 [label=\"Test_Thing\\nalpha 1\", style=bold]\n}\n");
-}
-
-TEST_F(Session_Test, completion_offers_what_may_follow) {
-    const struct {
-        const char* line;
-        std::vector<std::string> words;
-    } cases[] = {{"gr", {"graph"}},
-                 {"enum test_t", {"Test_Thing"}},
-                 {"get Test_T", {"Test_Thing."}},
-                 {"get Test_Thing.", {"Test_Thing.Name=", "Test_Thing.Slot="}},
-                 {"get Test_Thing.Name=al", {"Test_Thing.Name=alpha", "Test_Thing.Name=alpine"}},
-                 {"get Test_Thing.Name=10:00:02:54:56:4b", {"Test_Thing.Name=10000254564B0000_5"}},
-                 {"set Test_Thing.Slot=1 Cou", {"Count="}},
-                 {"call Test_Thing.Slot=1 tu", {"Turn"}},
-                 {"call Test_Thing.Slot=1 Turn St", {"Steps="}},
-                 {"call Test_Thing.Slot=1 Turn Other=alp", {"Other=alpha", "Other=alpine"}},
-                 {"enum Test_Thing -p Cou", {"Count"}},
-                 {"enum Test_Thing --na", {"--names"}},
-                 {"help li", {"list"}},
-                 {"nope ", {}},
-                 {"get Nope.", {}}};
-    for (const auto& [line, words] : cases) {
-        EXPECT_EQ(completions(session(), line), words) << line;
-    }
-}
-
 TEST(Output, columns_count_characters_and_hold_control_characters_back) {
     EXPECT_EQ(aligned({{"\u00dc", "a"}, {"\x1b", "b"}, {"cc", "\n"}}),
               (std::vector<std::string>{"\u00dc   a", "?   b", "cc  ?"}));
@@ -352,18 +252,9 @@ TEST_F(Session_Test, long_lines_keep_to_the_width) {
                 testing::SizeIs(1))
         << "characters count";
     EXPECT_THAT(wrapped("no room for any of it", 5, 5), testing::SizeIs(1));
-    session().width = [] { return std::size_t{30}; };
-    print_wrapped(session(), "|- ", "|  ", "a word and another word and more");
+    console().width = [] { return std::size_t{30}; };
+    print_wrapped(console(), "|- ", "|  ", "a word and another word and more");
     EXPECT_EQ(out.str(), "|- a word and another word and\n|  more\n");
-}
-
-TEST_F(Session_Test, classes_tell_what_they_offer) {
-    EXPECT_EQ(shell("classes\nclasses --all *link\nclasses test_thing"), success);
-    EXPECT_THAT(out.str(), HasSubstr("CLASS       OFFERS\n"
-                                     "Test_Thing  instances, association, 1 method\n"
-                                     "Test_Other  instances, association\n"
-                                     "CLASS          OFFERS\nTest_Link\nTest_Far_Link\n"
-                                     "Test_Thing : Test_Base\n  string Name (key)\n"));
 }
 
 } // namespace

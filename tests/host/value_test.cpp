@@ -1,18 +1,18 @@
 // Plain CIM values, and their text and JSON forms.
 #include "host/cim_json.h"
 #include "host/object_manager.h"
+#include "tests/common/session.h"
+#include "tests/common/temp_dir.h"
 #include "tests/host/sample_model.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
+#include <sstream>
 
 namespace tvrhost {
 namespace {
 
-using ::testing::HasSubstr;
 using tvrtest::error_of;
 
 TEST(Cim_Value, refuses_to_be_read_as_what_it_is_not) {
@@ -37,89 +37,67 @@ TEST(Cim_Value, literals_are_those_of_mof) {
 }
 
 TEST(Cim_Datetime, converts_to_microseconds_and_back) {
-    EXPECT_EQ(Cim_Datetime("20240229133059.000007+060").microseconds(), 1709209859000007u);
     EXPECT_EQ(Cim_Datetime::from_microseconds(1709209859000007u, false).text(),
               "20240229123059.000007+000");
     const Cim_Datetime interval("00000002030405.000006:000");
-    EXPECT_EQ(interval.microseconds(), ((2 * 24 + 3) * 3600 + 4 * 60 + 5) * 1000000ull + 6);
     EXPECT_EQ(Cim_Datetime::from_microseconds(interval.microseconds(), true), interval);
-    EXPECT_EQ(Cim_Datetime("19500101000000.000000+000").microseconds(), 0u);
-    for (const char* text :
-         {"", "2024", "20240229133059.000007+06", "20240229133059,000007+060",
-          "20241329133059.000007+060", "20240229243059.000007+060", "2024022913305x.000007+060",
-          "00000002030405.000006:001", "20240229133059.000007+0600"}) {
-        EXPECT_THROW(Cim_Datetime{text}, Value_Error) << text;
-    }
-    EXPECT_NO_THROW(Cim_Datetime("2024**********.******+000"));
 }
 
+// Each command answers with what it makes of its text, or with the error's.
 class Text : public ::testing::Test {
 protected:
-    std::shared_ptr<const tvrmof::Schema> schema = tvrtest::sample_model();
-
-    Cim_Path path(const std::string& text) { return parse_path(text, schema.get(), "root/x"); }
-    Cim_Value value(const char* class_name, const char* property, const std::string& text) {
-        return parse_value(text, *schema->find(class_name)->find(property), schema.get(), "root/x");
+    Text() {
+        session.rename(directory.path(), "$DIR");
+        on("datetime", [this](std::ostream& answer) {
+            const Cim_Datetime datetime(session.rest());
+            answer << datetime.text() << ", " << datetime.microseconds() << " microseconds";
+        });
+        on("path", [this](std::ostream& answer) {
+            const Cim_Path path = parse_path(session.rest(), schema.get(), "root/x");
+            EXPECT_EQ(parse_path(path.text(), schema.get(), "root/x"), path);
+            answer << path.text();
+        });
+        // Without a class model the text alone tells the types.
+        on("foreign-path", [this](std::ostream& answer) {
+            answer << parse_path(session.rest(), nullptr, "").text();
+        });
+        on("value", [this](std::ostream& answer) {
+            std::istringstream rest(session.rest());
+            std::string class_name, property, text;
+            rest >> class_name >> property >> std::ws;
+            std::getline(rest, text);
+            const Cim_Value value = parse_value(text, *schema->find(class_name)->find(property),
+                                                schema.get(), "root/x");
+            answer << type_name(value.type()) << ' ' << value.literal();
+        });
+        on("nested", [this](std::ostream& answer) {
+            read(std::string(std::stoul(session.rest()), '['), answer);
+        });
+        on("instances", [this](std::ostream& answer) { read(session.rest(), answer); });
+        on("file", [this](std::ostream&) { read_instances(session.rest(), schema.get()); });
     }
+
+    std::shared_ptr<const tvrmof::Schema> schema = tvrtest::sample_model();
+    Text_Session session;
+
+private:
+    template <class Work> void on(const char* name, Work work) {
+        session.on(name, [work](const auto&, std::ostream& answer) {
+            const std::string error = error_of([&] { work(answer); });
+            answer << (error == "no error" ? "\n" : error + '\n');
+        });
+    }
+    void read(const std::string& text, std::ostream& answer) {
+        const std::string file = directory.write("instances.json", text);
+        for (const Cim_Instance& instance : read_instances(file, schema.get())) {
+            answer << to_json(instance).text(-1);
+        }
+    }
+
+    cimple::TempDir directory;
 };
 
-TEST_F(Text, paths_survive_the_way_through_text_and_take_what_people_type) {
-    Cim_Path thing("root/x", "Test_Thing", {{"Name", "a\",b\\\x1b"}, {"Slot", std::uint16_t{7}}});
-    EXPECT_EQ(thing.text(), R"(root/x:Test_Thing.Name="a\",b\\\x001B",Slot=7)");
-    EXPECT_EQ(path(thing.text()), thing);
-    const Cim_Path link("root/x", "Test_Link", {{"Left", thing}, {"Right", thing}});
-    EXPECT_EQ(path(link.text()), link);
-    const Cim_Path distant = path("//far.example/root/y:Test_Other.Id=\"1\"");
-    EXPECT_EQ(distant.text(), "//far.example/root/y:Test_Other.Id=\"1\"");
-    EXPECT_EQ(path("test_thing.NAME=abc, slot=0x10").text(),
-              "root/x:Test_Thing.Name=\"abc\",Slot=16");
-    EXPECT_EQ(path("Test_Other.Id=NULL").keys["Id"], Cim_Value("NULL"));
-    // Without a class model the text alone tells the types.
-    const Cim_Path foreign = parse_path("X.a=\"1\",b=1,c=-1,d=true", nullptr, "");
-    EXPECT_EQ(foreign.keys["a"], Cim_Value("1"));
-    EXPECT_EQ(foreign.keys["d"], Cim_Value(true));
-}
-
-TEST_F(Text, malformed_paths_tell_what_is_wrong) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"", "class name"},
-        {"Test_Thing.Name=\"a", "quotation mark"},
-        {"Test_Thing.Name=\"a\"b", "comma"},
-        {"Test_Thing.Nope=1", "no key Nope"},
-        {"Test_Thing.Name=a,Name=b", "twice"},
-        {"Test_Thing.Slot=65536", "65535"},
-        {"Test_Link.Left=\"Test_Thing.Nope=1\"", "no key Nope"},
-    };
-    for (const auto& [text, complaint] : cases) {
-        EXPECT_THAT(error_of([&, &text = text] { path(text); }), HasSubstr(complaint)) << text;
-    }
-}
-
-TEST_F(Text, values_are_read_by_their_declaration) {
-    EXPECT_EQ(value("Test_Thing", "Offset", "-128"), Cim_Value(std::int8_t{-128}));
-    EXPECT_EQ(value("Test_Thing", "Words", "[\"a\", \"b\"]"),
-              Cim_Value::array_of<const char*>({"a", "b"}));
-    EXPECT_EQ(value("Test_Thing", "Words", "a, b"), value("Test_Thing", "Words", "[\"a\", \"b\"]"));
-    EXPECT_EQ(value("Test_Thing", "Words", ""), Cim_Value::array(Cim_Type::string));
-    EXPECT_EQ(value("Test_Thing", "Ready", "On"), Cim_Value(true));
-    EXPECT_EQ(value("Test_Thing", "Count", "NULL"), Cim_Value::null(Cim_Type::uint32));
-    EXPECT_EQ(value("Test_Link", "Left", "Test_Thing.Name=a").as_path().keys["Name"],
-              Cim_Value("a"));
-    const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"Count", "-1", "below uint32"},      {"Count", "4294967296", "at most 4294967295"},
-        {"Count", "1 2", "takes a number"},   {"Count", "99999999999999999999", "takes a number"},
-        {"Offset", "128", "at most 127"},     {"Ready", "2", "true or false"},
-        {"Since", "now", "yyyymmdd"},         {"Words", "[a", "an array such as"},
-        {"Words", "a,", "ends with a comma"}, {"Words", "[1]", "takes string"},
-    };
-    for (const auto& [property, text, complaint] : cases) {
-        EXPECT_THAT(error_of([&, &property = property, &text = text] {
-                        value("Test_Thing", property, text);
-                    }),
-                    HasSubstr(complaint))
-            << property << '=' << text;
-    }
-}
+TVR_SESSIONS(Text, "value.txt");
 
 TEST_F(Text, json_shows_each_type) {
     const Cim_Path path("root/x", "Test_Thing", {{"Name", "a"}, {"Slot", std::uint16_t{7}}});
@@ -137,44 +115,6 @@ TEST_F(Text, json_shows_each_type) {
         "Since": "20240229133059.000007+060", "None": null,
         "Other": "root/x:Test_Thing.Name=\"a\",Slot=7"})")
                                                    .text());
-}
-
-TEST_F(Text, an_instance_file_gives_instances_or_one_line) {
-    const std::string file = ::testing::TempDir() + "instances.json";
-    const auto read = [&](const std::string& text) {
-        std::ofstream(file) << text;
-        return read_instances(file, schema.get());
-    };
-    const auto instances = read(R"({"instances": [
-        {"class": "test_thing", "namespace": "root/y",
-         "properties": {"name": "a", "Slot": 3, "Words": ["x", null]}},
-        {"class": "Test_Other", "properties": {"Id": "1"}}]})");
-    ASSERT_EQ(instances.size(), 2u);
-    EXPECT_EQ(instances[0].path,
-              Cim_Path("root/y", "Test_Thing", {{"Name", "a"}, {"Slot", std::uint16_t{3}}}));
-    EXPECT_EQ(instances[0]["Words"].elements()[1], Cim_Value::null(Cim_Type::string));
-
-    const std::pair<std::string, const char*> cases[] = {
-        {"{", "parse error at line 1, column 2"},
-        {R"([{"class": "Test_Other", "class": "Test_Thing"}])", "the name \"class\" stands twice"},
-        {std::string(1'000'000, '['), "nested deeper than 200 levels"},
-        {R"([{"properties": {}}])", "[0]: an instance is an object"},
-        {R"([{"class": "Test_Other", "properties": {}}])", "none of its keys"},
-        {R"([{"class": "Test_Other", "properties": {"Id": 5}}])", "Test_Other.Id: takes string"},
-        {R"([{"class": "Test_Thing", "properties": {"Slot": 70000}}])", "at most 65535"},
-        {R"([{"class": "Test_Thing", "properties": {"Turn": 1}}])", "no such property"},
-        {R"([{"class": "Test_Other", "properties": {"Id": "1"}},
-             {"class": "test_other", "properties": {"id": "1"}}])",
-         "[1]: root/tavrin:Test_Other.Id=\"1\" is there already"},
-    };
-    for (const auto& [text, complaint] : cases) {
-        const std::string error = error_of([&, &text = text] { read(text); });
-        EXPECT_THAT(error, HasSubstr(complaint)) << text;
-        EXPECT_THAT(error, ::testing::Not(HasSubstr("\n"))) << text;
-    }
-    EXPECT_THAT(error_of([&] { read_instances("/nonexistent", schema.get()); }),
-                HasSubstr("cannot be read"));
-    std::remove(file.c_str());
 }
 
 } // namespace

@@ -1,10 +1,9 @@
 #include "model/data.h"
-#include "tests/access/fake_fixture.h"
+#include "tests/access/access_session.h"
 #include "tests/access/run_process.h"
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <sstream>
@@ -30,11 +29,12 @@ HBA_WWN nameOf(HBA_UINT8 kind, uint32 adapter, uint32 port) {
 }
 
 // A host of the fake libraries, and the tree over it.
-class Discovery : public WithFakeLibraries {
+class Discovery : public Access_Session {
 protected:
     void SetUp() override {
-        WithFakeLibraries::SetUp();
+        Access_Session::SetUp();
         data.emplace();
+        set_up_session();
         log.take();
     }
     void TearDown() override {
@@ -73,6 +73,7 @@ protected:
         }
         return text;
     }
+    void set_up_session();
     const FCAdapterAttributes& adapterFacts() const {
         return *static_cast<const FCAdapter&>(*data->getAdapters().at(0)).getFCAttributes();
     }
@@ -108,69 +109,47 @@ TEST_F(Discovery, ReadsTheAttributesByTheirIdentifiers) {
               "45 90 70 526 527 3 544 553 549 1 ");
 }
 
-TEST_F(Discovery, MissingAttributesKeepTheirStartValues) {
-    fake::Port& port = add().ports[0];
-    port.attributes.clear();
-    port.record.PortState = 2;
-    libraries->statuses["LRM_GetDriverType"] = {9};
-    EXPECT_THAT(build(), Contains("ERROR: RM_GetDriverType call failed (9)"));
-    const FCAdapterAttributes& facts = adapterFacts();
-    EXPECT_EQ(joined(facts.driverType, facts.ieeeAddress, facts.boardTemperature), "0  0 ");
-    EXPECT_EQ(portFacts().PortState, 2u) << "the HBA API's";
+void Discovery::set_up_session() {
+    // PORTS [NAME]: one adapter more.
+    session.on("adapter", [this](const auto& words, std::ostream&) {
+        fake::Adapter& adapter = add(number(words, 0));
+        adapter.name = words.size() > 1 ? words[1] : adapter.name;
+    });
+    session.on("function", [this](const auto& words, std::ostream&) { // of the last adapter
+        fake::Attribute& type = libraries->adapters.back().attributes[556];
+        type = valueOf(number(words, 0));
+        type.toldLength = static_cast<uint16_t>(number(words, 1));
+    });
+    session.on("bare", [this](const auto&, std::ostream&) {
+        libraries->adapters.back().ports[0].attributes.clear();
+        libraries->adapters.back().ports[0].record.PortState = 2;
+    });
+    session.on("gone", [this](const auto&, std::ostream&) { libraries->adapters.pop_back(); });
+    session.on("unload", [](const auto&, std::ostream&) { unloadManagementLibraries(); });
+    // How many adapters there are, the adapter and index of each port, and what failed.
+    session.on("build", [this](const auto&, std::ostream& answer) {
+        const std::vector<std::string> lines = build();
+        answer << data->getAdapterCount() << " adapters, ports " << ports() << '\n';
+        for (const std::string& line : lines) {
+            if (line.find("call failed (2)") == line.npos) { // an attribute that isn't there
+                for (const char* word : {"rror", "failed", "Freeing adapter", "NO HBAs"}) {
+                    if (line.find(word) != line.npos) {
+                        tell(line, answer);
+                        break;
+                    }
+                }
+            }
+        }
+    });
+    session.on("facts", [this](const auto&, std::ostream& answer) {
+        const FCAdapterAttributes& facts = adapterFacts();
+        answer << "driver type " << facts.driverType << ", address '" << facts.ieeeAddress
+               << "', temperature " << facts.boardTemperature << ", manufacturer '"
+               << facts.Manufacturer << "', port state " << portFacts().PortState << '\n';
+    });
 }
 
-// Of three adapters the middle one has three ports; a call fails for it or its second port.
-TEST_F(Discovery, TheOthersStay) {
-    const struct {
-        const char* entryPoint;
-        std::deque<uint32> statuses;
-        const char* message;
-        bool onePort = false;
-    } cases[] = {
-        {"HBA_GetAdapterName", {0, 4}, "Error hbaStatus=4, Skipping Adapter# 1"},
-        {"HBA_OpenAdapter", {0, 0, 1}, "HBA_OpenAdapter failed, skipping"},
-        {"HBA_GetAdapterAttributes", {0, 12}, "Error hbaStatus=12, skipping"},
-        {"HBA_GetAdapterAttributes", {0, 8, 8}, "Error hbaStatus=8, skipping"},
-        {"HBA_GetAdapterPortAttributes", {0, 0, 6}, "(portIndex=0) failed with hbaStatus 6"},
-        {"LRM_GetHBAAttributes", {0, 7}, "ERROR: RM_GetHBAAttributes call failed (7)"},
-        {"HBA_OpenAdapter", {0, 0, 0, 0, 1}, "HBA_OpenAdapter failed, skipping", true},
-        {"HBA_GetAdapterPortAttributes", {0, 0, 0, 0, 3}, "(portIndex=1) failed", true},
-        {"HBA_GetAdapterPortAttributes", {0, 0, 0, 0, 8, 8}, "(portIndex=1) failed", true},
-        {"LRM_GetPortAttributes", {0, 0, 191}, "RM_GetPortAttributes call failed (191)", true},
-    };
-    add();
-    add(3);
-    add();
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.entryPoint);
-        libraries->statuses = {{c.entryPoint, c.statuses}};
-        EXPECT_THAT(build(), Contains(testing::HasSubstr(c.message)));
-        EXPECT_EQ(ports(), c.onePort ? "0 0 1 0 1 2 2 0 " : "0 0 2 0 ");
-        EXPECT_EQ(data->getAdapterCount(), c.onePort ? 3u : 2u);
-    }
-}
-
-TEST_F(Discovery, ConvergedAdaptersAreLeftOut) {
-    for (const char* name : {"Tavrin-OCe11102", "Tavrin-N", "Tavrin-M", "Tavrin-", "tavrin-O"}) {
-        add().name = name;
-    }
-    for (const uint32 function : {0u, 1u, 2u, 3u, 4u}) {
-        add().attributes[556] = valueOf(function);
-        libraries->adapters.back().attributes[556].toldLength = function % 2;
-    }
-    build();
-    EXPECT_EQ(ports(), "2 0 3 0 4 0 5 0 9 0 ");
-}
-
-TEST_F(Discovery, StaleDataIsReadAgainOnce) {
-    add();
-    libraries->statuses["HBA_GetAdapterAttributes"] = {8};
-    libraries->statuses["HBA_GetAdapterPortAttributes"] = {8, 0, 8};
-    build();
-    ASSERT_EQ(ports(), "0 0 ");
-    EXPECT_EQ(adapterFacts().Manufacturer, "") << "nothing of the failed call stays";
-    EXPECT_EQ(libraries->calls["HBA_RefreshInformation"], 3);
-}
+TVR_SESSIONS(Discovery, "discovery.txt");
 
 TEST_F(Discovery, TextsWithoutAnEndStayInTheirFields) {
     fake::Adapter& adapter = add();
@@ -193,18 +172,6 @@ TEST_F(Discovery, WildCountsEnd) {
     EXPECT_THAT(lines, Contains("Number of Adapters is not plausible, looking at 4096"));
     EXPECT_THAT(lines, Contains("Number of ports is not plausible, looking at 1024"));
     EXPECT_EQ(ports(), "0 0 0 1 ");
-}
-
-TEST_F(Discovery, ARebuildKeepsNothing) {
-    add();
-    add();
-    build();
-    libraries->adapters.pop_back();
-    EXPECT_THAT(build(), Contains("Freeing adapter: Tavrin-F16-1"));
-    EXPECT_EQ(ports(), "0 0 ");
-    unloadManagementLibraries();
-    EXPECT_EQ(build().back(), "HBAAPI reports that there are NO HBAs in the system.");
-    EXPECT_EQ(data->getAdapters().size() + data->getPorts().size() + data->getAdapterCount(), 0u);
 }
 
 // ---- counters ----

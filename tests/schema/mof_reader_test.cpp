@@ -1,6 +1,7 @@
 // What the reader makes of MOF, and how it refuses what it can't use.
 #include "schema/model.h"
 #include "schema/mof_reader.h"
+#include "tests/common/session.h"
 
 #include <gmock/gmock.h>
 
@@ -102,49 +103,22 @@ TEST(MofReader, InheritsFeaturesInTheirPlacesAndTheRole) {
     EXPECT_TRUE(schema.find("J")->is_indication());
 }
 
-TEST(MofReader, RefusesWithPositionAndReason) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"class A {", ":1: expected a type or a class and found the end of the file"},
-        {"class A { integer P; };", ":1: \"integer\" is not a type"},
-        {"class A { uint8 P = 256; };", "property P: \"256\" is not a value of type uint8"},
-        {"class A { string P[] = {\"x\"}; };", "array defaults are not supported"},
-        {"class A { uint8 P; uint16 p; };", "class A: p is declared twice"},
-        {"class A : A {};", "class A: parent A is not declared before it"},
-        {"class A { uint8 P; };\nclass B : A {\n uint16 P; };",
-         ":3: class B: P: differs in type from its declaration in A"},
-        {"class A { uint8 M(X REF L); };", "class A: M: parameter L: class X is not declared"},
-        {"class E {}; [Association] class A { E REF L; };", "an association needs two references"},
-        {"class A {}; [Indication] class B : A {};", "is marked otherwise than its parent A"},
-        {"class E {}; class F : E {};\n[Association] class A { F REF L; F REF R; };\n"
-         "[Association] class B : A { E REF L; };",
-         ":3: class B: L: E is not below F, the target in A"},
-        {"class A { [Key] string P[]; };", "an array or a method cannot be a key"},
-        {"class A {};\n/* no end", ":2: the comment is not closed"},
-        {"#pragma include (\"no/such.mof\")", ":1: cannot open the included file"},
-        {"class A {\n [Kee] string P; };", ":2: the qualifier Kee is not declared before it"},
-        {"[Abstract] class A {};\nQualifier abstract : boolean, Scope(class);",
-         ":2: qualifier abstract: already declared at t.mof:1"},
-        {"class A { [Key(\"x\")] string P; };", "Key: a string is not a value of type boolean"},
-        {"class A { [Level(128)] string P; };", "Level: \"128\" is not a value of type sint8"},
-        {"class A { [Level] string P; };", "expected the value of Level and found \"]\""},
-        {"class A { [ValueMap(\"1\")] string P; };", "before the values of ValueMap"},
-        {"[Key]\nclass A {};", ":1: class A: the qualifier Key cannot stand here"},
-        {"class A { [Key] uint8 M(); };", "class A: M: the qualifier Key cannot stand here"},
-        {"class A { uint8 M([Key] string P); };", "parameter P: the qualifier Key cannot stand"},
-        {"class A {}; [Association, Indication] class B : A {};", "an association and an"},
-        {"class A { [Key] string P; };\nclass B : A { string P; };\n"
-         "class C : B { [Key(false)] string P; };",
-         ":3: class C: P: the qualifier Key cannot differ from its value at t.mof:1"},
-        {"Qualifier X : boolean, Scope(clas);", "\"clas\" is not a scope"},
-        {"Qualifier X : boolean, Flavor(Restricted);", "expected Scope"},
-        {"Qualifier X : uint8 = 256, Scope(any);", "X: \"256\" is not a value of type uint8"},
-    };
-    for (const auto& [text, message] : cases) {
-        EXPECT_THAT(error_in(text),
-                    testing::AllOf(testing::MatchesRegex("t\\.mof:[^\n]*"), HasSubstr(message)))
-            << text;
+class MofErrors : public testing::Test {
+protected:
+    MofErrors() {
+        session.on("read", [this](const auto&, std::ostream& answer) {
+            std::string text = session.rest();
+            for (std::size_t at = 0; (at = text.find("\\n", at)) != text.npos;) {
+                text.replace(at, 2, "\n");
+            }
+            answer << error_in(text) << '\n';
+        });
     }
-}
+
+    Text_Session session;
+};
+
+TVR_SESSIONS(MofErrors, "mof_reader.txt");
 
 std::string text_of(const char* file) {
     std::ifstream stream(std::filesystem::path(TVR_MOF).parent_path() / file);

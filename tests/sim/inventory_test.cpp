@@ -1,3 +1,4 @@
+#include "tests/common/session.h"
 #include "tests/sim/simulated_host.h"
 
 #include <gmock/gmock.h>
@@ -15,7 +16,9 @@ protected:
     void SetUp() override {
         change(R"({"clear": true, "resetCounts": true,
                               "scenario": {"adapters": [{"name": "A"}, {}]}})");
+        set_up_session();
     }
+    void set_up_session();
 
     /// The content of a sized call, fetched as its protocol wants it.
     using Fetch = RM_STATUS(HBA_WWN, void*, uint32_t*);
@@ -70,37 +73,94 @@ protected:
         }
         return files;
     }
+
+    Text_Session session;
 };
 
-} // namespace
-
-TEST_F(InventoryTest, WhatAPortLacksIsNotSupported) {
-    char buffer[8 + 128 * 132];
-    uint32_t size = sizeof buffer;
-    const auto expectLack = [&] {
-        EXPECT_EQ(CALL(m_library, LRM_GetVPD)(firstPort, buffer, &size), 2U);
-        EXPECT_EQ(CALL(m_library, LRM_GetSffData)(firstPort, buffer, &size), 2U);
-        EXPECT_EQ(CALL(m_library, LRM_GetDriverParams)(firstPort, nullptr, &size), 2U);
-        EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(firstPort, nullptr, &size), 2U);
-        EXPECT_EQ(CALL(m_library, LRM_SetDriverParam)(firstPort, "a=1", 0), 2U);
-        EXPECT_EQ(CALL(m_library, LRM_SetDriverParam)(firstPort, "a=1", 2), 2U);
-        EXPECT_EQ(CALL(m_library, LRM_GetDumpRetentionCount)(firstPort, &size), 2U);
-        EXPECT_EQ(CALL(m_library, LRM_DeleteDumpFiles)(firstPort), 2U);
-        EXPECT_EQ(CALL(m_library, LRM_DiagGetLoadListParams)(firstPort, nullptr), 2U);
-        EXPECT_EQ(CALL(m_library, LRM_DiagReadPCIRegistersV2)(firstPort, nullptr), 2U);
+void InventoryTest::set_up_session() {
+    const auto on = [this](const char* name, auto call) {
+        session.on(name, [call](const auto& words, std::ostream& answer) {
+            answer << call(words) << '\n';
+        });
     };
-    expectLack();
-    changePort(R"({"vpd": {}, "transceiver": {}, "flash": {}, "pciRegisters": {}, "dumps": {},
-                   "driverParameters": {}})");
-    change(R"({"globalDriverParameters": {}})");
-    EXPECT_EQ(CALL(m_library, LRM_GetSffData)(firstPort, buffer, &size), RM_STATUS_OK);
-    EXPECT_GT(localParameters().size(), 2U);
-    EXPECT_EQ(CALL(m_library, LRM_GetVPD)(strangePort, buffer, &size), RM_STATUS_ILLEGAL_WWN);
-    changePort(R"({"vpd": null, "transceiver": null, "flash": null, "pciRegisters": null,
-                   "dumps": null, "driverParameters": null})");
-    change(R"({"globalDriverParameters": null})");
-    expectLack();
+    const auto number = [](const std::string& word) {
+        return static_cast<uint32_t>(std::stoul(word));
+    };
+    session.on("change", [this](const auto&, std::ostream&) { change(session.rest()); });
+    session.on("port", [this](const auto&, std::ostream&) { changePort(session.rest()); });
+    // What calls for parts of the inventory come to.
+    session.on("calls", [this](const auto&, std::ostream& answer) {
+        char buffer[8 + 128 * 132];
+        const auto tell = [&](const char* what, auto& call, auto... arguments) {
+            answer << what << ' ' << call(firstPort, arguments...) << '\n';
+        };
+        uint32_t size = sizeof buffer;
+        tell("GetVPD", CALL(m_library, LRM_GetVPD), buffer, &size);
+        size = sizeof buffer;
+        tell("GetSffData", CALL(m_library, LRM_GetSffData), buffer, &size);
+        size = 0;
+        tell("GetDriverParams", CALL(m_library, LRM_GetDriverParams), nullptr, &size);
+        tell("GetDriverParamsGlobal", CALL(m_library, LRM_GetDriverParamsGlobal), nullptr, &size);
+        tell("SetDriverParam", CALL(m_library, LRM_SetDriverParam), "a=1", 0);
+        tell("SetDriverParam global", CALL(m_library, LRM_SetDriverParam), "a=1", 2);
+        tell("GetDumpRetentionCount", CALL(m_library, LRM_GetDumpRetentionCount), &size);
+        tell("DeleteDumpFiles", CALL(m_library, LRM_DeleteDumpFiles));
+        tell("DiagGetLoadListParams", CALL(m_library, LRM_DiagGetLoadListParams), nullptr);
+        tell("DiagReadPCIRegistersV2", CALL(m_library, LRM_DiagReadPCIRegistersV2), nullptr);
+    });
+    on("set", [=, this](const auto& words) {
+        return CALL(m_library, LRM_SetDriverParam)(firstPort, words.at(0).c_str(),
+                                                   number(words.at(1)));
+    });
+    on("local", [this](const auto&) { return localParameters().at(0).current; });
+    on("global", [this](const auto&) { // one list for all ports
+        RM_DRIVERPARAM record = {};
+        uint32_t count = 1;
+        EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(thirdPort, &record, &count), 0U);
+        return record.current;
+    });
+    on("reset", [this](const auto&) { return CALL(m_library, LRM_ResetHBA)(firstPort, 1); });
+    on("boot-bios", [=, this](const auto& words) {
+        return CALL(m_library, LRM_SetBootBiosState)(firstPort, number(words.at(0)));
+    });
+    on("enable", [=, this](const auto& words) {
+        uint8_t answer = 77;
+        const auto enabled = static_cast<uint8_t>(number(words.at(0)));
+        const RM_STATUS status = CALL(m_library, LRM_SetPortEnabled)(firstPort, enabled, &answer);
+        return std::to_string(status) + " answer " + std::to_string(answer);
+    });
+    on("attribute", [=, this](const auto& words) {
+        return attribute(static_cast<uint16_t>(number(words.at(0))));
+    });
+    on("generate",
+       [this](const auto&) { return CALL(m_library, LRM_GenerateDump)(HBA_WWN{}, firstPort); });
+    on("generate-type", [=, this](const auto& words) {
+        return CALL(m_library, LRM_GenerateEfdDump)(firstPort, number(words.at(0)), 0);
+    });
+    on("delete", [this](const auto&) { return CALL(m_library, LRM_DeleteDumpFiles)(firstPort); });
+    on("keep", [=, this](const auto& words) {
+        return CALL(m_library, LRM_SetDumpRetentionCount)(firstPort, number(words.at(0)));
+    });
+    on("files", [this](const auto&) { return testing::PrintToString(dumpFiles()); });
+    on("files-in-one", [this](const auto&) {
+        RM_DUMPFILENAMES names = {};
+        names.count = 1;
+        const RM_STATUS status = CALL(m_library, LRM_GetDumpFileNames)(firstPort, &names);
+        return std::to_string(status) + " count " + std::to_string(names.count);
+    });
+    on("set-directory", [this](const auto& words) {
+        return CALL(m_library, LRM_SetDumpDirectory)(firstPort, words.at(0).c_str());
+    });
+    on("get-directory", [this](const auto&) { // without a terminator where there is no room
+        char directory[4] = "###";
+        EXPECT_EQ(CALL(m_library, LRM_GetDumpDirectoryA)(firstPort, directory, 4), RM_STATUS_OK);
+        return std::string(directory, 4);
+    });
 }
+
+TVR_SESSIONS(InventoryTest, "inventory.txt");
+
+} // namespace
 
 TEST_F(InventoryTest, VpdIsWalkedToItsEnd) {
     const std::string full(256, 'v');
@@ -223,106 +283,4 @@ TEST_F(InventoryTest, DriverParametersTellTheirNeed) {
     EXPECT_EQ(CALL(m_library, LRM_GetDriverParams)(firstPort, records, &count), 191U);
     EXPECT_EQ(count, 0xFFFFFFFFU);
     EXPECT_EQ(localParameters().size(), 7U);
-}
-
-TEST_F(InventoryTest, DriverParametersAreSetWithinTheirRange) {
-    const char* const list = R"({"entries": [{"name": "pace", "low": 10, "high": 20,
-                                              "default": 10}]})";
-    changePort(std::string("{\"driverParameters\": ") + list + "}");
-    change(std::string("{\"globalDriverParameters\": ") + list + "}");
-    auto& set = CALL(m_library, LRM_SetDriverParam);
-    const auto local = [&] { return localParameters().at(0).current; };
-    for (const char* wrong : {"pace=9", "pace=21", "pace=", "pace", "=10", "pac=10", "pacer=10",
-                              "pace=-1", "pace=1x", "pace=4294967306", "pace=0x"}) {
-        EXPECT_EQ(set(firstPort, wrong, 0), RM_STATUS_ERROR) << wrong;
-    }
-    EXPECT_EQ(set(firstPort, "pace=20", RM_DRIVER_PARAM_PERMANENT), RM_STATUS_OK);
-    EXPECT_EQ(set(firstPort, "pace=0x0C", 0), RM_STATUS_OK);
-    EXPECT_EQ(local(), 12U);
-    EXPECT_EQ(CALL(m_library, LRM_ResetHBA)(firstPort, 1), RM_STATUS_OK);
-    EXPECT_EQ(local(), 20U) << "a temporary value ends with the reset";
-    EXPECT_EQ(set(firstPort, "pace=15", RM_DRIVER_PARAM_GLOBAL), RM_STATUS_OK);
-    EXPECT_EQ(local(), 20U);
-    RM_DRIVERPARAM record = {};
-    uint32_t count = 1;
-    EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(thirdPort, &record, &count), 0U);
-    EXPECT_EQ(record.current, 15U) << "global parameters are one list for all ports";
-
-    // Permanent values, and only they, outlive a new start.
-    const auto start = [&](bool reboots) {
-        set(firstPort, "pace=18", RM_DRIVER_PARAM_GLOBAL | RM_DRIVER_PARAM_PERMANENT);
-        set(firstPort, "pace=13", RM_DRIVER_PARAM_GLOBAL);
-        set(firstPort, "pace=14", 0);
-        EXPECT_EQ(reboots ? (change(R"({"reboot": true})"), RM_STATUS_OK)
-                          : CALL(m_library, LRM_ResetHBA)(firstPort, 1),
-                  RM_STATUS_OK);
-        EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(firstPort, &record, &count), 0U);
-        EXPECT_EQ(record.current, 18U);
-        EXPECT_EQ(local(), 20U);
-    };
-    start(false);
-    start(true);
-}
-
-TEST_F(InventoryTest, PortsAreDisabledAndEnabledUnlessTheyBoot) {
-    auto& enable = CALL(m_library, LRM_SetPortEnabled);
-    auto& reset = CALL(m_library, LRM_ResetHBA);
-    const auto state = [&] { return attribute(RM_PA_PHYSICAL_STATE); };
-    uint8_t answer = 77;
-    EXPECT_EQ(enable(firstPort, 0, &answer), RM_STATUS_BOOT_CODE_ENABLED);
-    EXPECT_EQ(answer, 77);
-    EXPECT_EQ(CALL(m_library, LRM_SetBootBiosState)(firstPort, 0), RM_STATUS_OK);
-    EXPECT_EQ(attribute(RM_HA_BOOT_CODE_ENABLED), 0U);
-    EXPECT_EQ(enable(firstPort, 0, &answer), RM_STATUS_OK);
-    EXPECT_EQ(answer, 0);
-    EXPECT_EQ(state(), RM_PORT_STATE_DISABLED);
-    EXPECT_EQ(enable(firstPort, 1, &answer), RM_STATUS_OK);
-    EXPECT_EQ(state(), HBA_PORTSTATE_ONLINE) << "the state before it was disabled";
-
-    changePort(R"({"enableNeedsReset": true})");
-    EXPECT_EQ(enable(firstPort, 0, &answer), RM_STATUS_OK);
-    EXPECT_EQ(answer, RM_PORT_ENABLED_AFTER_RESET);
-    EXPECT_EQ(state(), HBA_PORTSTATE_ONLINE);
-    EXPECT_EQ(reset(firstPort, 1), RM_STATUS_OK);
-    EXPECT_EQ(state(), RM_PORT_STATE_DISABLED);
-    for (const auto& [before, after] : {std::pair("needsReset", HBA_PORTSTATE_ONLINE),
-                                        {"linkDownNeedsReset", HBA_PORTSTATE_LINKDOWN}}) {
-        changePort(std::string("{\"state\": \"") + before + "\"}");
-        EXPECT_EQ(reset(firstPort, 1), RM_STATUS_OK);
-        EXPECT_EQ(state(), after) << before;
-    }
-}
-
-TEST_F(InventoryTest, DumpsAreKeptInMemory) {
-    changePort(R"({"dumps": {"directory": "/d", "retentionCount": 3, "files": ["one", "two"]}})");
-    // The rule's place is the port, though the host comes first.
-    change(R"({"entryPoints": {"LRM_GenerateDump": {"where": "1000025456000000",
-                          "failCall": 3, "failStatus": 64}}})");
-    auto& generate = CALL(m_library, LRM_GenerateDump);
-    EXPECT_EQ(generate(HBA_WWN{}, firstPort), RM_STATUS_OK);
-    EXPECT_EQ(generate(HBA_WWN{}, firstPort), RM_STATUS_OK);
-    EXPECT_EQ(generate(HBA_WWN{}, firstPort), RM_STATUS_ADAPTER_BUSY);
-    EXPECT_THAT(dumpFiles(), ElementsAre("two", "tvrdump_1000025456000000_3.dmp",
-                                         "tvrdump_1000025456000000_4.dmp"))
-        << "the oldest goes";
-    RM_DUMPFILENAMES small = {};
-    small.count = 1;
-    EXPECT_EQ(CALL(m_library, LRM_GetDumpFileNames)(firstPort, &small), RM_STATUS_BUFFER_TOO_SMALL);
-    EXPECT_EQ(small.count, 3U);
-    EXPECT_EQ(CALL(m_library, LRM_SetDumpRetentionCount)(firstPort, 2), RM_STATUS_OK);
-    EXPECT_THAT(dumpFiles(),
-                ElementsAre("tvrdump_1000025456000000_3.dmp", "tvrdump_1000025456000000_4.dmp"))
-        << "the oldest goes when fewer are to be kept";
-    EXPECT_EQ(CALL(m_library, LRM_SetDumpRetentionCount)(firstPort, 1), RM_STATUS_OK);
-    EXPECT_EQ(CALL(m_library, LRM_GenerateEfdDump)(firstPort, 6, 0), RM_STATUS_OK);
-    EXPECT_THAT(dumpFiles(), ElementsAre("tvrdump_1000025456000000_type6_5.dmp"));
-    EXPECT_EQ(CALL(m_library, LRM_DeleteDumpFiles)(firstPort), RM_STATUS_OK);
-    EXPECT_THAT(dumpFiles(), ElementsAre());
-
-    char directory[4] = "###";
-    EXPECT_EQ(CALL(m_library, LRM_SetDumpDirectory)(firstPort, "relative"),
-              RM_STATUS_DUMP_DIRECTORY);
-    EXPECT_EQ(CALL(m_library, LRM_SetDumpDirectory)(firstPort, "/abc"), RM_STATUS_OK);
-    EXPECT_EQ(CALL(m_library, LRM_GetDumpDirectoryA)(firstPort, directory, 4), RM_STATUS_OK);
-    EXPECT_EQ(std::string(directory, 4), "/abc") << "no terminator where there is no room";
 }
