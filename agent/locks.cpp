@@ -132,7 +132,6 @@ Active_Reader::Active_Reader(ProviderAgent& agent, Wait_Log log) {
 
 Adapter_Data_Reader::Adapter_Data_Reader(ProviderAgent& agent) {
     const Waiting_Readers::Place place(agent.m_WaitingReaders);
-    agent.BuildCimpleInfo();
     Stage stage = adapter_data(agent);
     stage.waiting = "PERF: Waiting for m_bIsAdapterDataReady";
     stage.woken = "PERF: Woken up from wait for m_bIsAdapterDataReady";

@@ -59,7 +59,8 @@ private:
     std::unique_lock<Mutex> _data;
 };
 
-// Reads the tree of adapters; maps may be read and rebuilt meanwhile.
+// Reads the tree of adapters; maps may be read meanwhile. The one of them that leaves the gate to
+// its caller.
 class Adapter_Data_Reader {
 public:
     explicit Adapter_Data_Reader(ProviderAgent& agent);
