@@ -1,6 +1,5 @@
-// Sessions with the RM library: what a call comes to, what goes to the library as "> ", and the log
-// as
-// "| ".
+// Sessions with the RM library: what a call comes to, what goes to the library as "> ", and the
+// lines of the log as "| ".
 #pragma once
 
 #include "tests/access/fake_fixture.h"

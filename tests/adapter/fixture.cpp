@@ -1,6 +1,7 @@
 #include "tests/adapter/fixture.h"
 
 #include "runtime/association.h"
+#include "runtime/value.h"
 #include "tests/runtime/meta_records.h"
 
 namespace cimple {
@@ -192,6 +193,112 @@ int Runtime_Log::count(const std::string& what) const {
         found += line.find(what) != std::string::npos;
     }
     return found;
+}
+
+fake::Datum datum(const std::string& text) {
+    const std::size_t colon = text.find(':');
+    const std::string kind = text.substr(0, colon);
+    const std::string value = text.substr(colon + 1);
+    const auto part = [&](std::size_t i) { // of three between exclamation marks
+        std::istringstream parts(value);
+        std::string one;
+        for (std::size_t n = 0; n <= i; ++n) {
+            std::getline(parts, one, '!');
+        }
+        return one;
+    };
+    const auto code = [](const std::string& hex) {
+        return static_cast<CMPIType>(std::stoul(hex, nullptr, 16));
+    };
+    const auto number = [&] { return std::stoull(value, nullptr, 0); };
+    const std::map<std::string, std::function<fake::Datum()>> kinds = {
+        {"uint16", [&] { return fake::uint16(static_cast<CMPIUint16>(number())); }},
+        {"uint32", [&] { return fake::uint32(static_cast<CMPIUint32>(number())); }},
+        {"uint64", [&] { return fake::uint64(number()); }},
+        {"sint64", [&] { return fake::sint64(std::stoll(value)); }},
+        {"boolean",
+         [&] {
+             fake::Datum made = fake::boolean(true);
+             made.scalar.boolean = static_cast<CMPIBoolean>(number());
+             return made;
+         }},
+        {"string", [&] { return fake::string(value); }},
+        {"datetime", [&] { return fake::datetime(value); }},
+        {"null", [&] { return fake::null_of(code(value)); }},
+        {"pointer",
+         [&] {
+             return fake::Datum{code(value), CMPI_goodValue, {}, {}};
+         }},
+        {"ref",
+         [&] {
+             return fake::reference({part(0), part(1), {{{"Id", fake::string(part(2))}}}});
+         }},
+        {"inst",
+         [&] {
+             const auto slot = static_cast<CMPIUint32>(std::stoul(part(2)));
+             return fake::instance({{part(0), part(1), {}}, {{{"Slot", fake::uint32(slot)}}}});
+         }},
+        {"list", [&] {
+             std::istringstream parts(value);
+             std::string one;
+             std::getline(parts, one, ',');
+             const CMPIType type = code(one);
+             std::vector<fake::Datum> elements;
+             while (std::getline(parts, one, ',')) {
+                 elements.push_back(datum(one));
+             }
+             return fake::list(type, std::move(elements));
+         }}};
+    return kinds.at(kind)();
+}
+
+std::string told(const Instance* instance) {
+    std::string text;
+    for (const Meta_Feature* feature : *instance->__meta_class) {
+        Value value;
+        const bool plain = feature->has(FLAG_PROPERTY | FLAG_REFERENCE);
+        if (!plain || Value::get(value, instance, feature) != 0 || value.null()) {
+            continue;
+        }
+        const Instance* target = value.type() == Value::INSTANCE ? value.instance() : nullptr;
+        if (value.type() == Value::INSTANCE && target == nullptr) {
+            continue;
+        }
+        text += (text.empty() ? "" : " ") + std::string(feature->name);
+        if (const auto* string = value.get<String>()) {
+            text += std::string("=") + string->c_str();
+        } else if (const auto* angle = value.get<uint16>()) {
+            text += "=" + std::to_string(*angle);
+        } else if (const auto* index = value.get<uint32>()) {
+            text += "=" + std::to_string(*index);
+        } else if (const auto* flag = value.get<bool>()) {
+            text += *flag ? "=true" : "=false";
+        } else if (const auto* texts = value.get<Array<String>>()) {
+            for (std::size_t i = 0; i < texts->size(); ++i) {
+                text += std::string(i == 0 ? "=" : ",") + (*texts)[i].c_str();
+            }
+        } else if (const auto* targets = value.get<Array<Instance*>>()) {
+            for (std::size_t i = 0; i < targets->size(); ++i) {
+                text += (*targets)[i] == nullptr ? " null" : " one";
+            }
+        } else if (target != nullptr) {
+            text += std::string("(") + class_of(target)->name + " in " +
+                    target->__name_space.c_str() + ": " + told(target) + ")";
+        }
+    }
+    return text.empty() ? "nothing" : text;
+}
+
+std::string told(const Runtime_Log& log, std::size_t& position) {
+    std::string text;
+    const std::vector<std::string> lines = log.lines();
+    for (; position < lines.size(); ++position) {
+        const std::string line = lines[position].substr(lines[position].find("): ") + 3);
+        if (!line.starts_with("enter: ") && !line.starts_with("return: ")) {
+            text += "| " + line + "\n";
+        }
+    }
+    return text;
 }
 
 Adapter_Test::Adapter_Test() {

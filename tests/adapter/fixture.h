@@ -131,6 +131,14 @@ public:
     bool has(const std::string& what) const { return count(what) > 0; }
 };
 
+// "uint16:5", "string:text", "datetime:...", "boolean:1"; of a type's code "null:A0" and a pointer
+// to nothing, "pointer:1600"; "list:A0,uint32:1,uint32:2"; and "ref:root/test!Part!id" and
+// "inst:root/test!Part!slot" of a part.
+fake::Datum datum(const std::string& text);
+// The features that have values, and what the runtime logged beside its entries.
+std::string told(const Instance* instance);
+std::string told(const Runtime_Log& log, std::size_t& position);
+
 // A broker, a static block and a script, all fresh. At the end the MIs that the test loaded are
 // cleaned up, and no provider is left.
 class Adapter_Test : public ::testing::Test {

@@ -5,7 +5,6 @@ namespace client {
 using Words = Text_Session::Words;
 
 Client_Session::Client_Session() {
-    session.on("control", [this](const Words&, std::ostream&) { control(session.rest()); });
     session.on("port", [this](const Words&, std::ostream&) {
         ports.push_back(Json::parse(session.rest()));
     });
@@ -24,9 +23,6 @@ Client_Session::Client_Session() {
             }
             _units.push_back(unit);
         }
-    });
-    session.on("start", [this](const Words& words, std::ostream&) {
-        start({computer_system(words.at(0))});
     });
     session.on("list", [this](const Words& words, std::ostream& answer) {
         make_host();

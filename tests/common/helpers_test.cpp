@@ -1,6 +1,7 @@
 #include "common/files.h"
 #include "common/settings.h"
 #include "common/tvr_common.h"
+#include "tests/common/session.h"
 #include "tests/common/temp_dir.h"
 
 #include <gmock/gmock.h>
@@ -10,47 +11,29 @@
 namespace cimple {
 namespace {
 
-using testing::ElementsAre;
+class Texts : public testing::Test {
+protected:
+    Texts() {
+        session.on("version", [this](const auto&, std::ostream& answer) {
+            ParsedVersion v;
+            answer << (parseVersion(session.rest().c_str(), v) == 0 ? "" : "no version, ")
+                   << v.major << ' ' << v.minor << ' ' << v.revision << ' ' << v.build << ' '
+                   << v.releaseType << '/' << v.testRelease << '\n';
+        });
+        session.on("name", [this](const auto&, std::ostream& answer) { // a bad one changes nothing
+            char text[wwnTextSize];
+            answer << text2HBAName(_bytes, session.rest().c_str()) << ' ';
+            answer << (wwnToText(text, _bytes) == 0 ? text : "none") << '\n';
+        });
+    }
 
-TEST(ParseVersion, FollowsTheGrammar) {
-    const struct {
-        const char* text;
-        uint16 minor, revision, build;
-        std::string types;
-    } good[] = {
-        {"2.82a4", 8, 2, 4, "a/"},     {"2.11X5", 1, 1, 5, "X/"},
-        {"2.82a4r1", 8, 2, 4, "a/r1"}, {"2.82a4R9 x", 8, 2, 4, "a/r9"},
-        {"2.82a4r", 8, 2, 4, "a/"},    {"2.82a4 and more", 8, 2, 4, "a/"},
-    };
-    for (const auto& c : good) {
-        ParsedVersion v;
-        EXPECT_EQ(parseVersion(c.text, v), 0u) << c.text;
-        EXPECT_THAT((std::vector{v.major, v.minor, v.revision, v.build}),
-                    ElementsAre(2, c.minor, c.revision, c.build));
-        EXPECT_EQ(v.releaseType + "/" + v.testRelease, c.types);
-    }
-    for (const char* bad : {"2.82a4rX", "12.0a1", "2.82a", "x.82a4", "2-82a4", "2.x2a4", "2.8xa4",
-                            "2.8234", "2.82\xe4\x34", "2.82ab", "", "2"}) {
-        ParsedVersion version;
-        EXPECT_EQ(parseVersion(bad, version), TVR_FAILURE) << bad;
-        EXPECT_EQ(version.major, 0u) << bad;
-    }
-}
+    Text_Session session;
 
-TEST(WwnText, GoesBothWays) {
-    constexpr uint8 wwn[8] = {0x10, 0x00, 0xAA, 0xBB, 0xCC, 0xDD, 0x00, 0x11};
-    char text[wwnTextSize];
-    EXPECT_EQ(wwnToText(text, wwn), 0u);
-    EXPECT_STREQ(text, "1000AABBCCDD0011");
-    uint8 bytes[8] = {};
-    EXPECT_EQ(text2HBAName(bytes, "1000aabbCCdd0011"), 1u);
-    EXPECT_THAT(bytes, testing::ElementsAreArray(wwn));
-    for (const char* bad :
-         {"1000AABBCCDD001", "1000AABBCCDD00111", "1000AABBCCDD00G1", "", "10:00:AA:BB:CC:D"}) {
-        EXPECT_EQ(text2HBAName(bytes, bad), 0u) << bad;
-        EXPECT_THAT(bytes, testing::ElementsAreArray(wwn)) << bad;
-    }
-}
+private:
+    uint8 _bytes[8] = {};
+};
+
+TVR_SESSIONS(Texts, "helpers.txt");
 
 TEST(BytesToText, AppendsARange) {
     uint8 bytes[256] = {0, 0x0A, 0xB0, 0xFF, 4, 5, 6, 7, 8, 9};

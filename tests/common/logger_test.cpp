@@ -1,8 +1,11 @@
 #include "tests/common/log_capture.h"
+#include "tests/common/session.h"
 #include "tests/common/temp_dir.h"
 
 #include <gmock/gmock.h>
 
+#include <memory>
+#include <regex>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <syslog.h>
@@ -12,8 +15,6 @@ namespace cimple {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::MatchesRegex;
 
 // What the system log was asked to do, as text.
 std::mutex syslogMutex;
@@ -70,114 +71,72 @@ TEST_F(Logger, LongMessagesReachEveryLoggerOnce) {
     logger.removeLogger(&throwing);
 }
 
-// ---- system log ----
-
-TEST_F(Logger, SysLoggerTakesLevelsWithAPriority) {
-    {
-        TVR_SysLogger sys;
-        logger.enable();
-        for (uint32 level = 0; level <= 6; ++level) {
-            say(level, "text");
-        }
-        for (const char* text :
-             {"GetInterfaceState", "GetInterfaceStatus", "GetIPAddressTypo", "GetIPAddress"}) {
-            say(4, text);
-        }
-    }
-    EXPECT_THAT(syslogEvents,
-                ElementsAre("[TVR][CIM][FC] 24 8", "2 [text]\n", "4 [text]\n", "3 [text]\n",
-                            "6 [text]\n", "6 [GetIPAddress]\n", "close"));
-}
-
-TEST_F(Logger, DisabledOnlyTheSysLoggerHears) {
-    LogCapture log;
-    {
-        TVR_SysLogger sys;
-        syslogEvents.clear();
-        say(3, "error");
-        EXPECT_THAT(log.take(), IsEmpty());
-        logger.enable();
-        say(5, "debug");
-        EXPECT_THAT(log.take(), ElementsAre("debug"));
-        logger.disable();
-    }
-    // The system logger has gone: all hear as if the log were enabled, and nothing dangles.
-    say(3, "later");
-    EXPECT_THAT(log.take(), ElementsAre("later"));
-    EXPECT_THAT(syslogEvents, ElementsAre("3 [error]\n", "close"));
-}
-
-// ---- file ----
-
 class FileLog : public Logger {
 protected:
     FileLog() {
         logger.addLogger(&file);
         logger.addLogger(&records);
+        mkfifo(dir.file("pipe").c_str(), 0600);
+        chmod(dir.write("readonly", "").c_str(), 0444);
+        session.rename(dir.path(), "$DIR");
+        session.on("say", [this](const auto& words, std::ostream&) {
+            say(static_cast<uint32>(std::stoul(words.at(0))), words.at(1).c_str());
+        });
+        session.on("many", [this](const auto&, std::ostream&) { // more than there is room for
+            for (int i = 0; i < 1025; ++i) {
+                say(1, (std::to_string(i) + std::string(300, 'x')).c_str());
+            }
+        });
+        session.on("mode", [this](const auto& words, std::ostream&) {
+            logger.setLogMode(static_cast<uint32>(std::stoul(words.at(0))));
+        });
+        session.on("switch", [this](const auto& words, std::ostream&) {
+            words.at(0) == "on" ? logger.enable() : logger.disable();
+        });
+        session.on("clear", [this](const auto&, std::ostream&) {
+            logger.clearLogs();
+            records.clear();
+        });
+        session.on("file", [this](const auto& words, std::ostream& answer) {
+            answer << file.setLogFile(words.at(0).c_str()) << ", " << file.getLogFile() << '\n';
+        });
+        session.on("read", [this](const auto& words, std::ostream& answer) { // any digit as 9
+            std::string text = dir.read(words.at(0));
+            text = std::regex_replace(text, std::regex("threadid =[0-9]+"), "threadid =9");
+            text = std::regex_replace(text, std::regex("[0-9]"), "9");
+            answer << std::regex_replace(text, std::regex("[+-]999\\]"), "+999]");
+        });
+        session.on("records", [this](const auto&, std::ostream& answer) { // and the first two
+            const auto kept = records.getRecords();
+            answer << kept.size() << '\n';
+            for (std::size_t i = 0; i < std::min<std::size_t>(kept.size(), 2); ++i) {
+                answer << kept[i].text << '\n';
+            }
+        });
+        session.on("heard", [this](const auto&, std::ostream& answer) { // by another logger
+            for (const std::string& line : log.take()) {
+                answer << line << '\n';
+            }
+        });
+        session.on("system-logger", [this](const auto& words, std::ostream&) {
+            sys.reset(words.at(0) == "comes" ? new TVR_SysLogger : nullptr);
+        });
+        session.on("system-log", [](const auto&, std::ostream& answer) {
+            for (const std::string& event : std::exchange(syslogEvents, {})) {
+                answer << event.substr(0, event.find('\n')) << '\n';
+            }
+        });
     }
 
     TempDir dir;
     TVR_FileLogger file;
     TVR_CIMLogger records;
+    LogCapture log;
+    std::unique_ptr<TVR_SysLogger> sys;
+    Text_Session session;
 };
 
-TEST_F(FileLog, AppendsClearsAndCloses) {
-    dir.write("log", "old\n");
-    logger.setLogMode(2);
-    ASSERT_EQ(file.setLogFile(dir.file("log").c_str()), 0);
-    say(5, "new");
-    EXPECT_THAT(dir.read("log"),
-                MatchesRegex("old\n\\[threadid =[0-9]+l\\] "
-                             "\\[[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}\\."
-                             "[0-9]{6}[+-][0-9]{3}\\] "
-                             "\\[some.cpp:7\\]\\[TVR_DBG\\] new\n"));
-    logger.clearLogs();
-    EXPECT_EQ(dir.read("log"), "");
-    logger.setLogMode(0);
-    EXPECT_EQ(file.getLogFile(), "");
-}
-
-TEST_F(FileLog, AFileThatCannotBeUsedLeavesTheOldOne) {
-    logger.setLogMode(2);
-    ASSERT_EQ(file.setLogFile(dir.file("log").c_str()), 0);
-    const std::string pipe = dir.file("pipe");
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    ASSERT_EQ(chmod(dir.write("readonly", "").c_str(), 0444), 0);
-    for (const std::string& path : {std::string(), dir.path(), dir.file("readonly"), pipe,
-                                    dir.file("no/such"), dir.file("log/below")}) {
-        EXPECT_EQ(file.setLogFile(path.c_str()), -1) << path;
-    }
-    EXPECT_EQ(file.getLogFile(), dir.file("log"));
-    say(5, "still here");
-    EXPECT_NE(dir.read("log"), "");
-}
-
-// ---- records ----
-
-TEST_F(FileLog, ModesTellWhoWrites) {
-    for (uint32 mode = 0; mode < 5; ++mode) {
-        const std::string name = "log" + std::to_string(mode);
-        logger.setLogMode(mode);
-        ASSERT_EQ(file.setLogFile(dir.file(name).c_str()), 0);
-        records.clear();
-        for (uint32 level = 0; level <= 5; ++level) {
-            say(level, "text");
-        }
-        EXPECT_EQ(!dir.read(name).empty(), mode == 2 || mode == 4) << mode;
-        EXPECT_EQ(records.getRecords().size(), mode == 1 || mode == 4 ? 4u : 0u) << mode;
-    }
-}
-
-TEST_F(FileLog, RecordsOverwriteTheOldest) {
-    logger.setLogMode(1);
-    for (int i = 0; i < 1025; ++i) {
-        say(1, (std::to_string(i) + std::string(300, 'x')).c_str());
-    }
-    const auto kept = records.getRecords();
-    ASSERT_EQ(kept.size(), 1024u);
-    EXPECT_EQ(kept[0].text, "[1024" + std::string(194, 'x'));
-    EXPECT_EQ(kept[1].text, "[1" + std::string(197, 'x'));
-}
+TVR_SESSIONS(FileLog, "logger.txt");
 
 // ---- threads ----
 
@@ -192,7 +151,7 @@ TEST_F(FileLog, LoggersComeAndGoWhileThreadsLog) {
         });
     }
     for (int round = 0; round < 200; ++round) {
-        TVR_SysLogger sys;
+        TVR_SysLogger passing_sys;
         LogCapture passing;
         round % 2 == 0 ? logger.enable() : logger.disable();
         logger.setLogMode(static_cast<uint32>(round % 5));
