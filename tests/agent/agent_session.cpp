@@ -85,12 +85,14 @@ template <class... C> std::map<std::string, Map_Calls> map_calls() {
 }
 const std::map<std::string, Map_Calls>& maps() {
     static const auto calls =
-        map_calls<CIM_ComputerSystem, TVRHBA_BootBIOSService, TVRHBA_DriverParameterAffectsFCPort,
+        map_calls<CIM_ComputerSystem, TVRHBA_AffectedJobElement, TVRHBA_BootBIOSService,
+                  TVRHBA_ConcreteJob, TVRHBA_DiagnosticCompletionRecord,
+                  TVRHBA_DiagnosticServiceRecord, TVRHBA_DriverParameterAffectsFCPort,
                   TVRHBA_DriverParams, TVRHBA_DriverServiceElementSettingData, TVRHBA_DumpData,
                   TVRHBA_DumpService, TVRHBA_FCDriverServiceAffectsDriver,
                   TVRHBA_FCHBADriverParamService, TVRHBA_FCHBAWWNService, TVRHBA_FCPort,
-                  TVRHBA_FCPortStatistics, TVRHBA_PortController, TVRHBA_RegisteredProfile,
-                  TVRHBA_SoftwareInstallationService>();
+                  TVRHBA_FCPortStatistics, TVRHBA_OwningJobElement, TVRHBA_PortController,
+                  TVRHBA_RegisteredProfile, TVRHBA_SoftwareInstallationService>();
     return calls;
 }
 

@@ -35,15 +35,17 @@ protected:
     static uint32 number(const std::string& word);
     fake::Port& first_port(std::size_t adapter) { return libraries.adapters.at(adapter).ports[0]; }
 
+    // A copy that was made, or for the name of a class a copy of its first instance.
+    Instance* named(const std::string& name);
+    // PROPERTY=VALUE from that word on.
+    void set(Instance* instance, const Text_Session::Words& words, std::size_t first);
+
     Text_Session session;
+    std::map<std::string, Ref<Instance>> _named;
 
 private:
-    Instance* named(const std::string& name);
-    void set(Instance* instance, const Text_Session::Words& words, std::size_t first);
     void call(const Text_Session::Words& words, std::ostream& answer);
     void modify(const Text_Session::Words& words, std::ostream& answer);
-
-    std::map<std::string, Ref<Instance>> _named;
 };
 
 } // namespace cimple
