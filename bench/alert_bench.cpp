@@ -27,6 +27,8 @@ std::string first_port(tvrhost::Object_Manager& manager) {
         .as_string();
 }
 
+#define TVR_SIMULATED(name) reinterpret_cast<decltype(&(name))>(tvrbench::simulated(#name))
+
 // Listens to a port behind those that have registered before, on the library's thread.
 class Listener {
 public:
@@ -36,13 +38,12 @@ public:
             name.wwn[i] = static_cast<HBA_UINT8>(std::stoul(port.substr(2 * i, 2), nullptr, 16));
         }
         char adapter[256] = "";
-        function(HBA_GetAdapterName, "HBA_GetAdapterName")(0, adapter);
-        const HBA_HANDLE handle = function(HBA_OpenAdapter, "HBA_OpenAdapter")(adapter);
-        function(HBA_RegisterForAdapterPortEvents,
-                 "HBA_RegisterForAdapterPortEvents")(hear, this, handle, name, &_handle);
-        function(HBA_CloseAdapter, "HBA_CloseAdapter")(handle);
+        TVR_SIMULATED(HBA_GetAdapterName)(0, adapter);
+        const HBA_HANDLE handle = TVR_SIMULATED(HBA_OpenAdapter)(adapter);
+        TVR_SIMULATED(HBA_RegisterForAdapterPortEvents)(hear, this, handle, name, &_handle);
+        TVR_SIMULATED(HBA_CloseAdapter)(handle);
     }
-    ~Listener() { function(HBA_RemoveCallback, "HBA_RemoveCallback")(_handle); }
+    ~Listener() { TVR_SIMULATED(HBA_RemoveCallback)(_handle); }
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
 
@@ -56,9 +57,6 @@ public:
     }
 
 private:
-    template <class Function> static Function* function(Function&, const char* name) {
-        return reinterpret_cast<Function*>(tvrbench::simulated(name));
-    }
     static void hear(void* data, HBA_WWN, HBA_UINT32, HBA_UINT32) {
         auto& self = *static_cast<Listener*>(data);
         self._last = Clock::now();
