@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <string>
 
 namespace cimple {
 
@@ -32,15 +33,6 @@ Ref<TVRHBA_ConcreteJob> make_job(const String& test_name, bool delete_on_complet
     return job;
 }
 
-// Null without memory.
-template <class Make> auto try_to(Make&& make_it) -> decltype(make_it()) {
-    try {
-        return make_it();
-    } catch (const std::bad_alloc&) {
-        return {};
-    }
-}
-
 const TVRHBA_FCHBADiagnosticTest* find_test(const Instance_Maps& maps, const String& name) {
     for (const auto* test : maps.m_TVRHBA_FCHBADiagnosticTest_map) {
         if (test->Name.value == name) {
@@ -50,34 +42,23 @@ const TVRHBA_FCHBADiagnosticTest* find_test(const Instance_Maps& maps, const Str
     return nullptr;
 }
 
-void add_owner(Instance_Maps& maps, const TVRHBA_ConcreteJob& job) {
-    const TVRHBA_FCHBADiagnosticTest* test = find_test(maps, job.Name.value);
-    auto owning = try_to([&] {
-        return test == nullptr ? Ref<TVRHBA_OwningJobElement>()
-                               : join(&TVRHBA_OwningJobElement::OwningElement, End(*test),
-                                      &TVRHBA_OwningJobElement::OwnedElement, End(job));
-    });
-    if (!owning) {
-        TVR_LOG("Unable to create TVRHBA_OwningJobElement");
-        return;
+// Ties a job to one of its ends; the job is there all the same if that doesn't work.
+template <class C, class End_Class>
+void tie(Instance_Maps& maps, End_Class* C::*end_field, const End_Class* end,
+         TVRHBA_ConcreteJob* C::*job_field, const TVRHBA_ConcreteJob& job) {
+    const std::string name = C::static_meta_class.name;
+    Ref<C> association;
+    try {
+        if (end != nullptr) {
+            association = join(end_field, End(*end), job_field, End(job));
+        }
+    } catch (const std::bad_alloc&) {
     }
-    try_insert(maps.m_TVRHBA_OwningJobElement_map, std::move(owning),
-               "Insert Failed: TVRHBA_OwningJobElement");
-}
-
-void add_affected(Instance_Maps& maps, const TVRHBA_ConcreteJob& job,
-                  const TVRHBA_PortController* element) {
-    auto affected = try_to([&] {
-        return element == nullptr ? Ref<TVRHBA_AffectedJobElement>()
-                                  : join(&TVRHBA_AffectedJobElement::AffectedElement, End(*element),
-                                         &TVRHBA_AffectedJobElement::AffectingElement, End(job));
-    });
-    if (!affected) {
-        TVR_LOG("Unable to create TVRHBA_AffectedJobElement");
-        return;
+    if (association) {
+        try_insert(maps.*map_of<C>, std::move(association), ("Insert Failed: " + name).c_str());
+    } else {
+        TVR_LOG("Unable to create %s", name.c_str());
     }
-    try_insert(maps.m_TVRHBA_AffectedJobElement_map, std::move(affected),
-               "Insert Failed: TVRHBA_AffectedJobElement");
 }
 
 // Ends the first association whose end is that job.
@@ -98,16 +79,20 @@ CreateConcreteJobInstantiateNonBlocking(Instance_Maps& maps, const String& test_
                                         bool delete_on_completion, Job_State state, uint32 test_id,
                                         const TVRHBA_PortController* element) {
     TVR_LOG("TVR_Diagnostics::CreateConcreteJobInstantiateNonBlocking()");
-    auto made = try_to([&] { return make_job(test_name, delete_on_completion, state, test_id); });
-    if (!made) {
+    Ref<TVRHBA_ConcreteJob> made;
+    try {
+        made = make_job(test_name, delete_on_completion, state, test_id);
+    } catch (const std::bad_alloc&) {
         TVR_LOG("Unable to create TVRHBA_ConcreteJob");
         return nullptr;
     }
     const TVRHBA_ConcreteJob* job = try_insert(maps.m_TVRHBA_ConcreteJob_map, std::move(made),
                                                "Insert Failed: TVRHBA_ConcreteJob");
     if (job != nullptr) {
-        add_owner(maps, *job);
-        add_affected(maps, *job, element);
+        tie(maps, &TVRHBA_OwningJobElement::OwningElement, find_test(maps, test_name),
+            &TVRHBA_OwningJobElement::OwnedElement, *job);
+        tie(maps, &TVRHBA_AffectedJobElement::AffectedElement, element,
+            &TVRHBA_AffectedJobElement::AffectingElement, *job);
     }
     return job;
 }
