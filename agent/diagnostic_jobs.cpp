@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstdio>
-#include <string>
 
 namespace cimple {
 
@@ -46,7 +45,7 @@ const TVRHBA_FCHBADiagnosticTest* find_test(const Instance_Maps& maps, const Str
 template <class C, class End_Class>
 void tie(Instance_Maps& maps, End_Class* C::*end_field, const End_Class* end,
          TVRHBA_ConcreteJob* C::*job_field, const TVRHBA_ConcreteJob& job) {
-    const std::string name = C::static_meta_class.name;
+    const char* name = C::static_meta_class.name;
     Ref<C> association;
     try {
         if (end != nullptr) {
@@ -54,11 +53,13 @@ void tie(Instance_Maps& maps, End_Class* C::*end_field, const End_Class* end,
         }
     } catch (const std::bad_alloc&) {
     }
-    if (association) {
-        try_insert(maps.*map_of<C>, std::move(association), ("Insert Failed: " + name).c_str());
-    } else {
-        TVR_LOG("Unable to create %s", name.c_str());
+    if (!association) {
+        TVR_LOG("Unable to create %s", name);
+        return;
     }
+    char failure[64];
+    std::snprintf(failure, sizeof failure, "Insert Failed: %s", name);
+    try_insert(maps.*map_of<C>, std::move(association), failure);
 }
 
 // Ends the first association whose end is that job.
