@@ -71,6 +71,12 @@ void* Symbol::lookUp() const noexcept {
     return address;
 }
 
+void findEntryPoints() noexcept {
+    for (Symbol* entryPoint : entryPoints) {
+        entryPoint->find();
+    }
+}
+
 void resetEntryPoints() noexcept {
     for (Symbol* entryPoint : entryPoints) {
         entryPoint->reset();

@@ -141,6 +141,9 @@ TVR_ENTRY_POINTS(TVR_DECLARE_ENTRY_POINT)
 
 // Forgets the addresses of all entry points.
 void resetEntryPoints() noexcept;
+// Looks all of them up ahead of their first calls. Who closes the module holds the loader's lock
+// and waits for its threads: none of these may wait for the loader then.
+void findEntryPoints() noexcept;
 
 // While it lives, the calls of its thread end when `stop` comes true: from then on each fails as if
 // there were no such function, and no library is entered any more. Opening and closing an adapter

@@ -38,15 +38,10 @@ uint32 loadDynamicLibrary(uint32 index, const char* name) {
 uint32 loadManagementLibraries() {
     forgetLastLoad();
     hbaApiMissing = loadDynamicLibrary(HBAAPI_LIBRARY, "HBAAPI") == 0;
-    if (loadDynamicLibrary(LRMAPI_LIBRARY, "lrmapi") != 0) {
-        return 0;
-    }
-    lrmApiMissing = 1;
-    if (loadDynamicLibrary(RMAPI_LIBRARY, "rmapi") != 0) {
-        return 1;
-    }
-    rmApiMissing = 1;
-    return 0;
+    lrmApiMissing = loadDynamicLibrary(LRMAPI_LIBRARY, "lrmapi") == 0;
+    rmApiMissing = lrmApiMissing != 0 && loadDynamicLibrary(RMAPI_LIBRARY, "rmapi") == 0;
+    rm::findEntryPoints();
+    return lrmApiMissing != 0 && rmApiMissing == 0 ? 1 : 0;
 }
 
 uint32 unloadManagementLibraries() {

@@ -162,8 +162,10 @@ TEST_F(Ends, TheProcessEndsAtOnce) {
         const int status = forked([&] {
             // Behind the module's own ends, while its threads go on.
             std::atexit([] { std::this_thread::sleep_for(milliseconds(300)); });
+            const tvrhost::Subscription alerts = manager().subscribe(
+                name_space, "TVRHBA_AlertIndication", [](const tvrhost::Indication&) {});
+            EXPECT_TRUE(alerts.is_active());
             slow(entry_point, 20'000);
-            manager();
             for (const char* name : {"TVRHBA_FCPort", "TVRHBA_Product", "TVRHBA_StorageVolume"}) {
                 std::thread([this, name] {
                     for (;;) {
@@ -185,11 +187,40 @@ TEST_F(Ends, AForkedProcessLeavesTheAgentToItsParent) {
     wait_for_call("HBA_GetFcpTargetMapping");
     ASSERT_TRUE(std::filesystem::exists(semaphore(getpid())));
     EXPECT_EQ(forked([] {}), 0);
+    const tvrhost::Subscription alerts = manager().subscribe(name_space, "TVRHBA_AlertIndication",
+                                                             [](const tvrhost::Indication&) {});
     EXPECT_EQ(forked([this] { manager().unload("TVRHBA_FCPort"); }), 0);
+    EXPECT_EQ(forked([this] { manager().unload("TVRHBA_AlertIndication", true); }), 0);
+    EXPECT_TRUE(alerts.is_active());
     EXPECT_TRUE(std::filesystem::exists(semaphore(getpid())));
     EXPECT_TRUE(std::filesystem::is_empty(directory.file("etc")));
     stop();
     EXPECT_FALSE(std::filesystem::is_empty(directory.file("etc")));
+}
+
+// An object manager that closes the module without a word: no thread of it goes on.
+TEST_F(Ends, AClosedModuleStopsItsAlerts) {
+    const std::string copy = directory.file("module.so");
+    std::filesystem::copy(TVR_MODULE, copy);
+    const auto threads = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+    };
+    const auto before = threads();
+    void* const module = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(module, nullptr) << dlerror();
+    const auto create =
+        reinterpret_cast<CMPIIndicationMI* (*)(const CMPIBroker*, const CMPIContext*, CMPIStatus*)>(
+            dlsym(module, "TVRHBA_AlertIndication_Create_IndicationMI"));
+    const tvrhost::Object_Manager::Scope scope(manager());
+    CMPIIndicationMI* const mi = create(manager().broker(), scope.context(), nullptr);
+    EXPECT_EQ(mi->ft->enableIndications(mi, scope.context()).rc, CMPI_RC_OK);
+    control(R"({"linkEvents": {"port": "10000254564A1020", "type": "offline", "times": 1000}})");
+    // The refresh ends; there remain the worker, and the thread that the events come on.
+    for (int i = 0; i < 20'000 && threads() != before + 2; ++i) {
+        std::this_thread::sleep_for(milliseconds(1));
+    }
+    dlclose(module);
+    EXPECT_EQ(threads(), before);
 }
 
 // A cancelled client ends where it waits: for a stage, for a lock, or for its turn in the class.
