@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iostream>
 #include <set>
 
 namespace tvrcim {
@@ -163,7 +164,14 @@ void print_records(Session& session, const std::vector<Cim_Instance>& records) {
 
 // ---- settings
 
-const char* const job_property = "DeleteOnCompletion";
+constexpr const char* job_property = "DeleteOnCompletion";
+constexpr const char* target_property = "TargetDevice";
+
+// What a person has to know before a run.
+std::string needs_of(const Test& test) {
+    const Cim_Value& target = test.settings[target_property];
+    return target.is_null() ? "-" : target.plain().empty() ? target_property : target.plain();
+}
 
 // What a client may choose of the settings of a test, which itself tells whether it sends data, and
 // to where; and of its job.
@@ -180,7 +188,7 @@ std::vector<std::string> settable(const Test& test) {
     return names;
 }
 
-// A pattern is the characters of its bytes, and a target a WWN in any spelling.
+// A pattern is the characters of its bytes, and a target the WWPN of a port in any spelling.
 Cim_Value read_setting(Session& session, const tvrmof::Feature& property, const std::string& text,
                        const std::string& name_space) {
     if (property.name == "BufferPattern") {
@@ -190,9 +198,15 @@ Cim_Value read_setting(Session& session, const tvrmof::Feature& property, const 
         }
         return session.read_value(bytes, property, name_space);
     }
-    const std::optional<std::string> digits =
-        property.name == "TargetDevice" ? wwn_digits(text) : std::nullopt;
-    return session.read_value(digits.value_or(text), property, name_space);
+    if (property.name == "TargetDevice") {
+        constexpr std::size_t wwn_length = 16;
+        const std::optional<std::string> digits = wwn_digits(text);
+        if (!digits || digits->size() != wwn_length) {
+            throw Usage_Error("TargetDevice is the WWPN of a port, not '" + text + "'");
+        }
+        return *digits;
+    }
+    return session.read_value(text, property, name_space);
 }
 
 // What is to be sent with a run: instances with the name of the present settings and with what is
@@ -237,10 +251,56 @@ Settings read_settings(Session& session, const Test& test, const std::vector<std
         add_setting(session, is_of_job ? settings.job : settings.test,
                     is_of_job ? test.job_settings : test.settings, *known, value);
     }
+    if (needs_of(test) == target_property && !settings.test.has(target_property)) {
+        throw Usage_Error(test.short_name + " needs a target: --set TargetDevice=WWPN");
+    }
     return settings;
 }
 
+// A setting as it is typed.
+std::string setting_text(const std::string& name, const Cim_Value& value) {
+    if (!value.is_array() || value.is_null()) {
+        return printable(value.plain());
+    }
+    std::string text;
+    for (const Cim_Value& element : value.elements()) {
+        if (name == "BufferPattern") {
+            text += static_cast<char>(element.as_uint());
+        } else {
+            text += (text.empty() ? "" : ",") + element.plain();
+        }
+    }
+    return printable(text);
+}
+
+// Settings that are not as they were asked for: the module keeps its own where a value isn't valid.
+void tell_kept_settings(Session& session, const Cim_Instance& asked) {
+    const Answer now =
+        asked.path.class_name.empty() ? Answer() : session.manager.get_instance(asked.path);
+    if (now.instances.size() != 1) {
+        return;
+    }
+    for (const Named_Value& each : asked.properties) {
+        const Cim_Value& used = now.instance()[each.name];
+        if (used != each.value) {
+            std::cerr << "tvrcim: " << each.name << " is " << setting_text(each.name, used)
+                      << ", not " << setting_text(each.name, each.value) << std::endl;
+        }
+    }
+}
+
 // ---- a run
+
+bool is_disabled(Session& session, const std::string& port) {
+    const tvrmof::Class& model = session.find_class("TVRHBA_FCPort");
+    for (Cim_Instance& each :
+         session.manager.enumerate_instances(session.name_space_of(model), model.name).instances) {
+        if (each["DeviceID"].plain() == port) {
+            return Port_View{std::move(each), {}}.state_text() == "disabled";
+        }
+    }
+    return false;
+}
 
 // How it came out.
 struct Outcome {
@@ -252,28 +312,32 @@ struct Outcome {
     std::string reason; // for one that was not run or has failed
 };
 
-void judge(Outcome& outcome) {
+void judge(Session& session, const std::string& port, Outcome& outcome) {
+    const bool is_zero = outcome.code.literal() == "0";
+    const std::string code = "returned " + outcome.code.literal() +
+                             (outcome.meaning.empty() ? "" : " (" + outcome.meaning + ")");
     const auto completion =
         std::find_if(outcome.records.begin(), outcome.records.end(), is_completion);
     if (completion != outcome.records.end()) {
-        const bool passed = has_passed(*completion);
+        const bool passed = is_zero && has_passed(*completion);
         outcome.verdict = passed ? "passed" : "failed";
         outcome.reason = passed ? "" : result_text(*completion);
-        return;
-    }
-    const std::string code = outcome.code.literal();
-    if (code != "0") {
-        outcome.reason = "returned " + code +
-                         (outcome.meaning.empty() ? "" : " (" + outcome.meaning + ")") +
-                         "; --device-log shows more";
-    } else if (!outcome.job) {
-        outcome.reason = "the port may be disabled, or the test took too long; "
-                         "--device-log shows more";
+        if (!is_zero) {
+            outcome.reason += (outcome.reason.empty() ? "" : "; ") + code;
+        }
+    } else if (!is_zero) {
+        outcome.reason = code + "; --device-log shows more";
+    } else if (is_disabled(session, port)) {
+        outcome.reason = "the port is disabled";
+    } else {
+        outcome.reason = "it took too long, or the port doesn't allow it; --device-log shows more";
     }
 }
 
 Outcome run_test(Session& session, const Test& test, const Cim_Path& controller,
-                 const Settings& settings, const std::string& what) {
+                 const Settings& settings) {
+    const std::string port = controller.keys["DeviceID"].plain();
+    const std::string what = "running " + test.short_name + " on " + port;
     std::set<std::string> before;
     for (const Cim_Instance& record : records_of(session, controller)) {
         before.insert(identity(record.path));
@@ -289,7 +353,7 @@ Outcome run_test(Session& session, const Test& test, const Cim_Path& controller,
     Answer answer;
     {
         const Progress progress(what);
-        const Ending::Change change;
+        const Ending::Change change("test");
         answer = session.manager.invoke_method(test.path, run_method, in);
     }
     Session::check(answer, what);
@@ -308,7 +372,7 @@ Outcome run_test(Session& session, const Test& test, const Cim_Path& controller,
             outcome.records.push_back(std::move(record));
         }
     }
-    judge(outcome);
+    judge(session, port, outcome);
     return outcome;
 }
 
@@ -347,12 +411,6 @@ void print_outcome(Session& session, const Test& test, const std::string& port,
 }
 
 // ---- the list
-
-// What a person has to know before a run.
-std::string needs_of(const Test& test) {
-    const Cim_Value& target = test.settings["TargetDevice"];
-    return target.is_null() ? "-" : target.plain().empty() ? "TargetDevice" : target.plain();
-}
 
 std::string loops_of(const Test& test) {
     const std::string loops = first_text(test.settings, "LoopControlParameter");
@@ -427,10 +485,12 @@ void run_diagnostic(Session& session, const std::string& port_name, const std::s
     const Test& test = find_test(tests, test_name);
     const Cim_Path controller = find_controller(session, port_name);
     const std::string port = controller.keys["DeviceID"].plain();
-    const Outcome outcome =
-        run_test(session, test, controller, read_settings(session, test, settings),
-                 "running " + test.short_name + " on " + port);
+    const Settings sent = read_settings(session, test, settings);
+    const Outcome outcome = run_test(session, test, controller, sent);
     print_outcome(session, test, port, outcome);
+    session.out << std::flush;
+    tell_kept_settings(session, sent.test);
+    tell_kept_settings(session, sent.job);
     session.status = std::string_view(outcome.verdict) == "passed" ? success : cim_error;
 }
 

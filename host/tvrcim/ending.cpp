@@ -60,9 +60,9 @@ int next_signal(int signals, std::chrono::milliseconds wait) noexcept {
 }
 
 // On a terminal, behind what Progress may have left there.
-void tell(const char* text) noexcept {
+void tell(const std::string& text) noexcept {
     if (isatty(STDERR_FILENO) != 0) {
-        const std::string line = std::string("\r\033[Ktvrcim: ") + text + "\n";
+        const std::string line = "\r\033[Ktvrcim: " + text + "\n";
         [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
     }
 }
@@ -70,6 +70,7 @@ void tell(const char* text) noexcept {
 } // namespace
 
 std::atomic<int> Ending::changes{0};
+std::atomic<const char*> Ending::changing{"change"};
 
 void survive_closed_pipes() {
     struct sigaction action {};
@@ -191,7 +192,8 @@ void Ending::await_shutdown(const std::atomic<bool>& is_shut_down) const {
             return;
         }
         if (is_late && !was_told) {
-            tell("ends when the change is done; Ctrl-C again ends at once, in the middle of it");
+            tell(std::string("ends when the ") + changing.load() +
+                 " is done; Ctrl-C again ends at once, in the middle of it");
             was_told = true;
         }
     }

@@ -56,10 +56,14 @@ public:
     // The terminal of standard input is left as it is now, whatever is done to it until the end.
     static void keep_terminal() noexcept;
 
-    // While it lives a request changes something, and has to be answered whatever it takes.
+    // While it lives a request changes something, and has to be answered whatever it takes; a word
+    // for people tells what it is.
     class Change {
     public:
-        Change() { ++changes; }
+        explicit Change(const char* what = "change") {
+            changing = what;
+            ++changes;
+        }
         ~Change() { --changes; }
         Change(const Change&) = delete;
         Change& operator=(const Change&) = delete;
@@ -73,6 +77,7 @@ private:
     void await_shutdown(const std::atomic<bool>& is_shut_down) const;
 
     static std::atomic<int> changes;
+    static std::atomic<const char*> changing;
 
     std::mutex _mutex;
     std::condition_variable _changed;

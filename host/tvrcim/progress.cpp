@@ -1,7 +1,9 @@
 #include "host/tvrcim/progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -9,15 +11,23 @@ namespace tvrcim {
 
 namespace {
 
-constexpr std::size_t widest = 60; // with the seconds behind it on a line of any terminal
+constexpr std::size_t widest = 60;
+constexpr std::size_t seconds_width = 12; // of what stands behind the text
+
+// So much of the text that a line of the terminal has room for it and the seconds.
+std::size_t room() {
+    winsize size{};
+    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
+        return widest;
+    }
+    return std::min(widest, size.ws_col - std::min<std::size_t>(size.ws_col, seconds_width));
+}
 
 } // namespace
 
 Progress::Progress(std::string what) : _what(std::move(what)) {
-    if (_what.size() > widest) {
-        _what.resize(widest);
-    }
     if (isatty(STDERR_FILENO) != 0) {
+        _what.resize(std::min(_what.size(), room()));
         _thread = std::thread([this] { show(); });
     }
 }

@@ -57,8 +57,15 @@ constexpr Code clear_diagnostics_codes[] = {{4, "memory is exhausted"},
 constexpr Code help_codes[] = {
     {4, "the service has no such document"},
     {5, "service, RequestedDocument, Format or RequestedDelivery are not valid"}};
-constexpr Code diagnostic_codes[] = {{1, "there is no such test"},
-                                     {5, "test, element, settings or target are not valid"}};
+constexpr Code diagnostic_codes[] = {
+    {1, "there is no such test"},
+    {5, "test, element, settings or target are not valid"},
+    {40001, "it could not be started; an external loopback needs a loopback plug"},
+    {40002, "not supported on this adapter"},
+    {40060, "the test did not come to an end"},
+    {40062, "another test is running"},
+    {40063, "the port has no such test"},
+    {40064, "the adapter is busy"}};
 
 constexpr Code wwn_states[] = {{1, "already active"},
                                {3, "the current names are the volatile ones"},
