@@ -222,7 +222,6 @@ TEST_F(Alerts, AStopEndsTheWaitForTheMaps) {
 TEST_F(Alerts, AFlappingLinkLosesTheOldestEvents) {
     constexpr uint32 events = 100'000;
     CLogger::getInstance().removeLogger(&log); // but for the one line
-    std::string lost;
     Gate delivery;
     gate = &delivery;
     ASSERT_EQ(enable(), ENABLE_INDICATIONS_OK);
