@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <memory>
 #include <regex>
 #include <stdexcept>
@@ -99,6 +100,9 @@ protected:
         });
         session.on("file", [this](const auto& words, std::ostream& answer) {
             answer << file.setLogFile(words.at(0).c_str()) << ", " << file.getLogFile() << '\n';
+        });
+        session.on("move", [this](const auto& words, std::ostream&) {
+            std::filesystem::rename(dir.file(words.at(0)), dir.file(words.at(1)));
         });
         session.on("read", [this](const auto& words, std::ostream& answer) { // any digit as 9
             std::string text = dir.read(words.at(0));
