@@ -167,7 +167,7 @@ void LinkEvents::awaitEvent(std::unique_lock<std::mutex>& lock) {
 }
 
 /// The next single event. Those that nobody waits for any more are dropped together.
-LinkEvents::Queued LinkEvents::takeOne(Queue::iterator from) {
+LinkEvents::Queued LinkEvents::takeOne(const Queue::iterator& from) {
     const Queued one = *from;
     if (--from->event.times == 0 || nextListener(one, 0) == m_registrations.end()) {
         m_queue.erase(from);

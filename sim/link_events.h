@@ -96,7 +96,7 @@ private:
     void endThread(std::unique_lock<std::mutex>& lock);
     void deliverAll();
     void awaitEvent(std::unique_lock<std::mutex>& lock);
-    Queued takeOne(Queue::iterator from);
+    Queued takeOne(const Queue::iterator& from);
 
     std::mutex m_mutex;
     std::condition_variable m_wanted; ///< for the thread: there is an event, or an end

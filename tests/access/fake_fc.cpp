@@ -164,6 +164,7 @@ HBA_STATUS HBA_RegisterForAdapterPortEvents(HBA_PORT_EVENT_CALLBACK callback, vo
     const uint32_t status = enter(__func__);
     if (status == 0) {
         libraries.registrations.push_back({callback, data, port});
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): a number that is told as a handle
         *handle = reinterpret_cast<HBA_CALLBACKHANDLE>(libraries.registrations.size());
     }
     return status;
@@ -545,7 +546,9 @@ RM_STATUS LRM_DiagCancelDiagnostic(HBA_WWN, uint32_t testId) {
 }
 
 RM_STATUS LRM_GetFcpTargetMapping(HBA_WWN name, HBA_FCPTARGETMAPPING* mapping) {
-    mapping->NumberOfEntries = static_cast<uint32_t>(portOf(name).first->targets.size());
+    if (const fake::Adapter* adapter = portOf(name).first) {
+        mapping->NumberOfEntries = static_cast<uint32_t>(adapter->targets.size());
+    }
     return enter(__func__);
 }
 }

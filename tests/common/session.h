@@ -116,6 +116,7 @@ private:
 };
 
 // Makes each section of the file a test of a fixture that has a `session`.
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is a class
 #define TVR_SESSIONS(fixture, file)                                                                \
     class fixture##_Sessions : public fixture, public testing::WithParamInterface<std::string> {}; \
     TEST_P(fixture##_Sessions, Go) {                                                               \
@@ -124,3 +125,4 @@ private:
     INSTANTIATE_TEST_SUITE_P(, fixture##_Sessions,                                                 \
                              testing::ValuesIn(Text_Session::sections(TVR_TEXTS "/" file)),        \
                              [](const auto& one) { return one.param; })
+// NOLINTEND(bugprone-macro-parentheses)
