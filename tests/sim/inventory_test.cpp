@@ -1,4 +1,3 @@
-#include "tests/common/session.h"
 #include "tests/sim/simulated_host.h"
 
 #include <gmock/gmock.h>
@@ -73,8 +72,6 @@ protected:
         }
         return files;
     }
-
-    Text_Session session;
 };
 
 void InventoryTest::set_up_session() {
@@ -86,8 +83,6 @@ void InventoryTest::set_up_session() {
     const auto number = [](const std::string& word) {
         return static_cast<uint32_t>(std::stoul(word));
     };
-    session.on("change", [this](const auto&, std::ostream&) { change(session.rest()); });
-    session.on("port", [this](const auto&, std::ostream&) { changePort(session.rest()); });
     // What calls for parts of the inventory come to.
     session.on("calls", [this](const auto&, std::ostream& answer) {
         char buffer[8 + 128 * 132];

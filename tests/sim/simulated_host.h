@@ -1,6 +1,7 @@
 // A fixture that puts the simulated library into a known state and calls it.
 #pragma once
 
+#include "tests/common/session.h"
 #include "tests/sim/simulated_library.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,10 @@ constexpr HBA_WWN strangePort = {{0x10, 0, 2, 0x54, 0x56, 9, 9, 9}};
 
 class SimulatedHost : public testing::Test {
 protected:
+    SimulatedHost() {
+        session.on("change", [this](const auto&, std::ostream&) { change(session.rest()); });
+        session.on("port", [this](const auto&, std::ostream&) { changePort(session.rest()); });
+    }
     void TearDown() override { control(R"({"clear": true})"); }
 
     /// The message of a control request, empty when it was taken.
@@ -57,4 +62,5 @@ protected:
     }
 
     const SimulatedLibrary m_library{TVRSIM_DIRECTORY "/liblrmapi.so"};
+    Text_Session session;
 };
