@@ -53,21 +53,19 @@ protected:
             }
         }
         session.rename(Datetime::now().ascii().c_str(), "$NOW");
-        session.on("catalogue",
-                   [this](const auto& words, std::ostream&) { expect_catalogue(words.at(0)); });
-        session.on("create",
-                   [this](const auto&, std::ostream& answer) { answer << create_anew() << '\n'; });
+        session.on("catalogue", [this](const auto& words) { expect_catalogue(words.at(0)); });
+        session.on("create", [this] { return create_anew(); });
         session.on("version", [](const auto& words, std::ostream& answer) {
             uint32 version = 3;
             const bool wanted = words.size() == 1;
-            answer << GetDiagnosticVersion(words.at(0).c_str(), wanted ? &version : nullptr)
-                   << ", " << version << '\n';
+            answer << GetDiagnosticVersion(words.at(0).c_str(), wanted ? &version : nullptr) << ", "
+                   << version << '\n';
         });
-        session.on("job", [this](const auto&, std::ostream&) {
+        session.on("job", [this] {
             agent->maps.m_TVRHBA_ConcreteJob_map.insert(TVRHBA_ConcreteJob::create(true));
         });
         // TEST JOB OVERRIDDEN ELEMENT: the end of a run, of which the records tell.
-        session.on("run", [this](const auto& words, std::ostream&) {
+        session.on("run", [this](const auto& words) {
             const Diagnostic_Counts counts{3, 40, 1};
             const auto* element = reinterpret_cast<TVRHBA_PortController*>(named(words.at(3)));
             const Diagnostic_Outcome outcome{("TVR:FCHBA " + words[0] + " Test").c_str(),

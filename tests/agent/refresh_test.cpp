@@ -33,25 +33,24 @@ int create_or_fail(pthread_t* thread, const pthread_attr_t* attributes, void* (*
 class Refresh : public With_Session {
 protected:
     Refresh() {
-        session.on("configure", [this](const auto&, std::ostream&) {
+        session.on("configure", [this] {
             directory.write("etc/tavrin_fc_provider.conf", session.rest() + '\n');
         });
-        session.on("force",
-                   [this](const auto&, std::ostream&) { agent->m_bForceAdapterRefresh = true; });
+        session.on("force", [this] { agent->m_bForceAdapterRefresh = true; });
         // When that line is logged next: a request on the thread that logs it.
-        session.on("force-at", [this](const auto& words, std::ostream&) {
-            auto& forced = words.at(0) == "SAN" ? agent->m_bForceSANRefresh
-                                                : agent->m_bForceAdapterRefresh;
+        session.on("force-at", [this](const auto& words) {
+            auto& forced =
+                words.at(0) == "SAN" ? agent->m_bForceSANRefresh : agent->m_bForceAdapterRefresh;
             _hook.emplace(words.at(1), [&forced, done = false]() mutable {
                 forced = forced || !std::exchange(done, true);
             });
         });
         // Asks for the maps, as each enumeration does, and waits for what comes of it.
-        session.on("request", [this](const auto&, std::ostream&) {
+        session.on("request", [this] {
             agent->BuildCimpleInfo();
             wait_for_end();
         });
-        session.on("SAN-request", [this](const auto&, std::ostream&) {
+        session.on("SAN-request", [this] {
             enumerated_SAN<TVRHBA_TapeDrive>();
             wait_for_end();
         });

@@ -43,34 +43,26 @@ protected:
 };
 
 void LibraryTest::set_up_session() {
-    const auto on = [this](const char* name, auto call) {
-        session.on(name, [call](const auto& words, std::ostream& answer) {
-            answer << call(words) << '\n';
-        });
-    };
-    const auto number = [](const std::string& word) {
-        return static_cast<uint32_t>(std::stoul(word));
-    };
-    on("control", [this](const auto&) { return control(session.rest()); });
-    on("adapters", [this](const auto&) { return CALL(m_library, HBA_GetNumberOfAdapters)(); });
-    on("name", [=, this](const auto& words) {
+    session.on("control", [this] { return control(session.rest()); });
+    session.on("adapters", [this] { return CALL(m_library, HBA_GetNumberOfAdapters)(); });
+    session.on("name", [this](const auto& words) {
         char name[256] = "none";
         const HBA_STATUS status = CALL(m_library, HBA_GetAdapterName)(number(words.at(0)), name);
         return std::to_string(status) + ' ' + name;
     });
-    on("open", [this](const auto& words) { // an adapter, as a handle of that name
+    session.on("open", [this](const auto& words) { // an adapter, as a handle of that name
         const HBA_HANDLE handle = m_handles[words.at(1)] = open(words.at(0));
         return handle == HBA_HANDLE_INVALID ? "none" : "a handle";
     });
-    on("opened", [this](const auto&) { return CALL(m_library, tvrsim_open_handles)(); });
-    session.on("close", [this](const auto& words, std::ostream&) {
+    session.on("opened", [this] { return CALL(m_library, tvrsim_open_handles)(); });
+    session.on("close", [this](const auto& words) {
         CALL(m_library, HBA_CloseAdapter)(m_handles.at(words.at(0)));
     });
-    session.on("refresh", [this](const auto& words, std::ostream&) {
+    session.on("refresh", [this](const auto& words) {
         CALL(m_library, HBA_RefreshInformation)(m_handles.at(words.at(0)));
     });
     // The statuses of calls with handles: for attributes, a port's attributes, and a mapping.
-    session.on("ask", [=, this](const auto& words, std::ostream& answer) {
+    session.on("ask", [this](const auto& words, std::ostream& answer) {
         for (std::size_t i = 1; i < words.size(); ++i) {
             const HBA_HANDLE handle = m_handles.at(words[i]);
             HBA_ADAPTERATTRIBUTES adapter;
@@ -86,16 +78,16 @@ void LibraryTest::set_up_session() {
             answer << '\n';
         }
     });
-    on("counter", [=, this](const auto& words) {
+    session.on("counter", [this](const auto& words) {
         const auto value = counter(static_cast<uint16_t>(number(words.at(0))));
         return value ? std::to_string(*value) : "none";
     });
-    on("beacon", [=, this](const auto& words) {
+    session.on("beacon", [this](const auto& words) {
         return CALL(m_library, LRM_DiagBeacon)(firstPort, number(words.at(0)));
     });
     // Status and answer, which is 77 where nothing was written.
-    const auto on_value = [=, this](const char* name, auto& call) {
-        on(name, [&call](const auto&) {
+    const auto on_value = [this](const char* name, auto& call) {
+        session.on(name, [&call] {
             uint32_t value = 77;
             const RM_STATUS status = call(firstPort, &value);
             return std::to_string(status) + ' ' + std::to_string(value);
@@ -104,7 +96,7 @@ void LibraryTest::set_up_session() {
     on_value("beacon-state", CALL(m_library, LRM_DiagBeaconState));
     on_value("LRM-driver-type", CALL(m_library, LRM_GetDriverType));
     on_value("RM-driver-type", *m_library.find<decltype(LRM_GetDriverType)>("RM_GetDriverType"));
-    on("calls", [this](const auto& words) { return calls(words.at(0).c_str()); });
+    session.on("calls", [this](const auto& words) { return calls(words.at(0).c_str()); });
 }
 
 TVR_SESSIONS(LibraryTest, "library.txt");

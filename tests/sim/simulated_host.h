@@ -16,8 +16,8 @@ constexpr HBA_WWN strangePort = {{0x10, 0, 2, 0x54, 0x56, 9, 9, 9}};
 class SimulatedHost : public testing::Test {
 protected:
     SimulatedHost() {
-        session.on("change", [this](const auto&, std::ostream&) { change(session.rest()); });
-        session.on("port", [this](const auto&, std::ostream&) { changePort(session.rest()); });
+        session.on("change", [this] { change(session.rest()); });
+        session.on("port", [this] { changePort(session.rest()); });
     }
     void TearDown() override { control(R"({"clear": true})"); }
 
@@ -36,6 +36,10 @@ protected:
     /// Changes fields of the first port.
     void changePort(const std::string& fields) {
         change(R"({"ports": {"1000025456000000": )" + fields + "}}");
+    }
+
+    static uint32_t number(const std::string& word) {
+        return static_cast<uint32_t>(std::stoul(word));
     }
 
     int64_t calls(const char* name) { return CALL(m_library, tvrsim_calls)(name); }

@@ -69,13 +69,12 @@ private:
 };
 
 void TargetsTest::set_up_session() {
-    session.on("load", [this](const auto&, std::ostream&) { load(session.rest()); });
-    session.on("faults", [this](const auto&, std::ostream&) {
-        change(R"({"adapters": {"A": {"mapping": )" + session.rest() + "}}}");
-    });
+    session.on("load", [this] { load(session.rest()); });
+    session.on("faults",
+               [this] { change(R"({"adapters": {"A": {"mapping": )" + session.rest() + "}}}"); });
     // With room for so many rows: the status, the count, and the number of the last row's unit.
     session.on("map", [this](const auto& words, std::ostream& answer) {
-        const auto room = static_cast<HBA_UINT32>(std::stoul(words.at(0)));
+        const auto room = number(words.at(0));
         answer << map(room) << ", ";
         answer << m_count << " rows, the last of unit " << row(room - 1).FcpId.FcpLun << '\n';
     });
