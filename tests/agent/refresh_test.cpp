@@ -5,6 +5,7 @@
 #include "runtime/association.h"
 
 #include <future>
+#include <optional>
 #include <set>
 #include <thread>
 
