@@ -17,21 +17,21 @@ protected:
     void SetUp() override {
         WithFakeLibraries::SetUp();
         *libraries = {};
-        session.on("status", [this](const auto& words, std::ostream&) {
+        session.on("status", [this](const auto& words) {
             auto& statuses = libraries->statuses[words.at(0)];
             statuses.clear();
             for (std::size_t i = 1; i < words.size(); ++i) {
                 statuses.push_back(number(words[i]));
             }
         });
-        session.on("number", [this](const auto& words, std::ostream&) {
+        session.on("number", [this](const auto& words) {
             libraries->number.reset();
             if (!words.empty()) {
                 libraries->number = number(words[0]);
             }
         });
-        session.on("calls", [this](const auto& words, std::ostream& answer) {
-            answer << std::exchange(libraries->calls[words.at(0)], 0) << '\n';
+        session.on("calls", [this](const auto& words) {
+            return std::exchange(libraries->calls[words.at(0)], 0);
         });
     }
     ~Access_Session() override {

@@ -25,7 +25,7 @@ class Binding : public testing::Test {
 protected:
     Binding() {
         // As libHBAAPI.so=hba librmapi.so=+rm: the files in an empty directory.
-        session.on("libraries", [this](const auto& words, std::ostream&) {
+        session.on("libraries", [this](const auto& words) {
             _dir.emplace();
             std::map<std::string, std::string> fixtures;
             for (const std::string& word : words) {
@@ -35,10 +35,9 @@ protected:
                 install(*_dir, file, fixtures[file]);
             }
         });
-        session.on("probe", [this](const auto&, std::ostream& answer) {
-            answer << runProcess("cd " + _dir->path() + " && LD_LIBRARY_PATH=. " PROBE " " +
-                                 session.rest())
-                   << '\n';
+        session.on("probe", [this] {
+            return runProcess("cd " + _dir->path() + " && LD_LIBRARY_PATH=. " PROBE " " +
+                              session.rest());
         });
     }
 

@@ -70,12 +70,11 @@ void Requests::set_up_calls() {
                                        static_cast<uint8>(number(words, 2)), text(words, 3),
                                        text(words, 4));
     });
-    session.on("boot-code", [this](const auto&, std::ostream&) {
+    session.on("boot-code", [this] {
         libraries->adapters[0].attributes[RM_HA_BOOT_CODE_ENABLED] = fake::valueOf(uint32{1});
     });
-    session.on("directory-is", [this](const auto& words, std::ostream&) {
-        libraries->dumpDirectory = words.at(0);
-    });
+    session.on("directory-is",
+               [this](const auto& words) { libraries->dumpDirectory = words.at(0); });
     on_call("enable", [](const auto& words, std::ostream& answer) {
         answer << W::SetPortEnabled(words.at(0).c_str(), number(words, 1));
     });

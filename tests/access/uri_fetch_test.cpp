@@ -29,13 +29,11 @@ protected:
                                  "' LD_LIBRARY_PATH='" FAKE_CURL "/" + words.at(0) +
                                  "' " FETCH_PROBE " '" + words.at(1) + "' 1");
         });
-        session.on("read", [this](const auto& words, std::ostream& answer) {
-            answer << directory.read(words.at(0)) << '\n';
-        });
-        session.on("remove", [this](const auto& words, std::ostream&) {
+        session.on("read", [this](const auto& words) { return directory.read(words.at(0)); });
+        session.on("remove", [this](const auto& words) {
             std::filesystem::remove(directory.file(words.at(0)));
         });
-        session.on("pipe", [this](const auto& words, std::ostream&) {
+        session.on("pipe", [this](const auto& words) {
             EXPECT_EQ(mkfifo(directory.file(words.at(0)).c_str(), 0600), 0);
         });
     }

@@ -58,22 +58,21 @@ private:
             W::RestoreWWN(local, number(words, 0), state, result);
             tell(answer);
         });
-        session.on("busy", [this](const auto& words, std::ostream&) {
+        session.on("busy", [this](const auto& words) {
             libraries->statuses["LRM_ChangeWWN"].assign(number(words, 0), 97);
         });
-        session.on("throws", [this](const auto& words, std::ostream&) {
+        session.on("throws", [this](const auto& words) {
             libraries->entered = [name = words.at(0)](const std::string& entered) {
                 if (entered == name) {
                     throw 1;
                 }
             };
         });
-        session.on("clock",
-                   [this](const auto&, std::ostream& answer) { answer << clock.time << '\n'; });
+        session.on("clock", [this] { return clock.time.load(); });
     }
     void set_up_virtual_ports() {
         // Of a port, each as the last bytes of port and node.
-        session.on("virtual", [this](const auto& words, std::ostream&) {
+        session.on("virtual", [this](const auto& words) {
             auto& entries = port(number(words, 0)).virtualPorts;
             entries.clear();
             for (std::size_t i = 1; i < words.size(); ++i) {
@@ -81,14 +80,13 @@ private:
                     {name_of(0x10, words[i]), name_of(0x20, words[i].substr(3)), 7, 0});
             }
         });
-        session.on("told", [this](const auto& words, std::ostream&) {
+        session.on("told", [this](const auto& words) {
             libraries->toldVirtualPorts.reset();
             if (!words.empty()) {
                 libraries->toldVirtualPorts = number(words, 0);
             }
         });
-        session.on("same-ports",
-                   [this](const auto&, std::ostream&) { port(1).record.PortWWN = local; });
+        session.on("same-ports", [this] { port(1).record.PortWWN = local; });
         on_call("list", [this](const auto& words, std::ostream& answer) {
             std::vector<RM_VPORTENTRY> list;
             const HBA_WWN name = name_of(0x10, words.at(0));
@@ -102,7 +100,7 @@ private:
         on_call("targets", [this](const auto&, std::ostream& answer) {
             answer << W::ListVPortTargets(local, name_of(0x10, "0b"));
         });
-        session.on("mapped", [this](const auto&, std::ostream&) {
+        session.on("mapped", [this] {
             libraries->adapters[0].attributes[265] = fake::valueOf(uint32{0x102});
             libraries->machines.resize(2);
             std::memset(&libraries->machines[1], 'x', sizeof(RM_VMENTRY)); // without an end

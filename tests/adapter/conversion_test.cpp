@@ -23,7 +23,7 @@ protected:
         // A property beside another, and a key alone: what becomes of them.
         on("in", [this](const char* name, const Datum& datum) { return in(name, datum); });
         on("key", [this](const char* name, const Datum& datum) { return keys(name, datum); });
-        session.on("failing", [this](const auto& words, std::ostream&) {
+        session.on("failing", [this](const auto& words) {
             broker.failing = {words.begin(), words.end()};
         });
     }

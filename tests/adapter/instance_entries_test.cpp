@@ -8,21 +8,21 @@ namespace {
 class Instance_Entries_Test : public Adapter_Test {
 protected:
     Instance_Entries_Test() {
-        session.on("status", [this](const auto& words, std::ostream&) {
+        session.on("status", [this](const auto& words) {
             static const std::map<std::string, int> operations = {
                 {"get", OPERATION_GET_INSTANCE},       {"enumerate", OPERATION_ENUM_INSTANCES},
                 {"create", OPERATION_CREATE_INSTANCE}, {"delete", OPERATION_DELETE_INSTANCE},
                 {"modify", OPERATION_MODIFY_INSTANCE}, {"names", OPERATION_ENUM_INSTANCES}};
             script.status[operations.at(words.at(0))] = std::stoi(words.at(1));
         });
-        session.on("has", [](const auto& words, std::ostream&) { // what is enumerated and found
+        session.on("has", [](const auto& words) { // what is enumerated and found
             for (const std::string& name : words) {
                 Ref<Widget> made = name == "full" ? full_widget() : widget(name.c_str());
                 script.got = Ref<>(clone(made.get()));
                 script.add(std::move(made));
             }
         });
-        session.on("failing", [this](const auto& words, std::ostream&) {
+        session.on("failing", [this](const auto& words) {
             broker.failing = {words.begin(), words.end()};
         });
         for (const char* name : {"get", "enumerate", "names", "create", "delete", "modify"}) {

@@ -10,16 +10,15 @@ namespace {
 class Rebuild : public With_Session {
 protected:
     Rebuild() {
-        session.on("portal", [this](const auto& words, std::ostream&) {
+        session.on("portal", [this](const auto& words) {
             directory.write("etc/tvr_smis.conf", words.at(0) + '\n');
         });
         // The second adapter gets a name of the first one's.
-        session.on("same-node", [this](const auto&, std::ostream&) {
+        session.on("same-node", [this] {
             libraries.adapters[1].record.NodeWWN = libraries.adapters[0].record.NodeWWN;
         });
-        session.on("same-port", [this](const auto&, std::ostream&) {
-            first_port(1).record.PortWWN = first_port(0).record.PortWWN;
-        });
+        session.on("same-port",
+                   [this] { first_port(1).record.PortWWN = first_port(0).record.PortWWN; });
         session.on("valid", [this](const auto& words, std::ostream& answer) {
             const Full_Guard guard(*agent);
             const auto is_valid = words.at(0) == "FCPort" ? IsValidFCPort : IsValidLogicalPort;

@@ -100,14 +100,6 @@ std::map<std::string, std::string> describe(const Instance* instance) {
     return texts;
 }
 
-std::string one_line(const Instance* instance) {
-    std::string text;
-    for (const auto& [name, value] : describe(instance)) {
-        text += name + "=" + value + "; ";
-    }
-    return text;
-}
-
 Enum_Instances_Handler Collected::handler() {
     return {&collect, this};
 }

@@ -23,8 +23,6 @@ namespace cimple {
 // All properties of an instance that aren't NULL, by name, as text; arrays as "{a, b}", references
 // as the path of their target. The namespace stands under "".
 std::map<std::string, std::string> describe(const Instance* instance);
-// The same in one text, as "=root/tavrin; Name=host; ".
-std::string one_line(const Instance* instance);
 
 // What an enumeration delivered.
 class Collected {

@@ -100,13 +100,13 @@ const std::map<std::string, Map_Calls>& maps() {
 
 With_Session::With_Session() {
     session.rename(directory.path(), "$DIR");
-    session.on("load", [this](const Words&, std::ostream&) { load(); });
-    session.on("unload", [this](const Words&, std::ostream&) { unload(); });
-    session.on("refresh", [this](const Words&, std::ostream&) { refresh(); });
-    session.on("clock", [this](const Words& words, std::ostream&) {
+    session.on("load", [this] { load(); });
+    session.on("unload", [this] { unload(); });
+    session.on("refresh", [this] { refresh(); });
+    session.on("clock", [this](const Words& words) {
         clock.time += static_cast<uint64>(static_cast<sint64>(std::stold(words.at(0)) * 1'000'000));
     });
-    session.on("status", [this](const Words& words, std::ostream&) {
+    session.on("status", [this](const Words& words) {
         auto& statuses = libraries.statuses[words.at(0)];
         statuses.clear();
         for (std::size_t i = 1; i < words.size(); ++i) {
@@ -143,21 +143,21 @@ With_Session::With_Session() {
         return maps().at(full(class_name)).size(*agent);
     });
     on_each("log", [this](const std::string& text) { return logged(text); });
-    session.on("let", [this](const Words& words, std::ostream&) {
+    session.on("let", [this](const Words& words) {
         const Collected found = all(words.at(1));
         Ref<Instance> copy(clone(found._instances.at(std::stoul(words.at(2))).get()));
         set(copy.get(), words, 3);
         _named[words[0]] = std::move(copy);
     });
-    session.on("put", [this](const Words& words, std::ostream&) {
+    session.on("put", [this](const Words& words) {
         maps().at(class_of(named(words.at(0)))->name).insert(*agent, named(words[0]));
     });
-    session.on("drop", [this](const Words& words, std::ostream&) {
+    session.on("drop", [this](const Words& words) {
         for (const std::string& class_name : words) {
             maps().at(full(class_name)).clear(*agent);
         }
     });
-    session.on("adapters", [this](const Words& words, std::ostream&) {
+    session.on("adapters", [this](const Words& words) {
         libraries.adapters.clear();
         for (const std::string& word : words) {
             const std::size_t x = word.find('x');
@@ -165,11 +165,11 @@ With_Session::With_Session() {
                 adapter(number(word), x == word.npos ? 1 : number(word.substr(x + 1))));
         }
     });
-    session.on("state", [this](const Words& words, std::ostream&) {
+    session.on("state", [this](const Words& words) {
         first_port(number(words.at(0))).attributes[RM_PA_PHYSICAL_STATE] =
             fake::valueOf(number(words.at(1)));
     });
-    session.on("statistic", [this](const Words& words, std::ostream&) {
+    session.on("statistic", [this](const Words& words) {
         first_port(number(words.at(0))).statistics[static_cast<uint16>(number(words.at(1)))] =
             fake::valueOf(uint64{std::stoull(words.at(2))});
     });
@@ -183,7 +183,7 @@ With_Session::With_Session() {
         }
         log.take();
     });
-    session.on("take", [this](const Words&, std::ostream&) { log.take(); });
+    session.on("take", [this] { log.take(); });
     session.on("call", [this](const Words& words, std::ostream& answer) { call(words, answer); });
     session.on("modify",
                [this](const Words& words, std::ostream& answer) { modify(words, answer); });

@@ -1,18 +1,15 @@
 // The catalogue of diagnostic tests, what tests leave behind, and the methods of help and logs.
-#include "tests/agent/agent_fixture.h"
+#include "tests/agent/agent_session.h"
 
 #include "agent/clear_maps.h"
 #include "agent/diagnostic_catalogue.h"
 #include "agent/diagnostic_records.h"
-#include "providers/TVRHBA_DiagnosticsLog_Provider.h"
-#include "providers/TVRHBA_HelpService_Provider.h"
 
 #include <fstream>
 
 namespace cimple {
 namespace {
 
-using testing::ElementsAre;
 using Texts = std::map<std::string, std::string>;
 
 constexpr std::size_t tests = 9;
@@ -30,7 +27,7 @@ std::string cut(std::string& text, char mark) {
     return behind;
 }
 
-class Diagnostics : public With_Agent {
+class Diagnostics : public With_Session {
 protected:
     Diagnostics() {
         libraries.adapters.resize(controllers);
@@ -55,14 +52,32 @@ protected:
                 told[names.back()][line] = text;
             }
         }
-    }
-    template <class C> Class_Map<C>& map() { return agent->maps.*map_of<C>; }
-    template <class C> std::vector<std::string> texts(const char* property) {
-        std::vector<std::string> found;
-        for (const C* member : map<C>()) {
-            found.push_back(describe(member)[property]);
-        }
-        return found;
+        session.rename(Datetime::now().ascii().c_str(), "$NOW");
+        session.on("catalogue", [this](const auto& words) { expect_catalogue(words.at(0)); });
+        session.on("create", [this] { return create_anew(); });
+        session.on("version", [](const auto& words, std::ostream& answer) {
+            uint32 version = 3;
+            const bool wanted = words.size() == 1;
+            answer << GetDiagnosticVersion(words.at(0).c_str(), wanted ? &version : nullptr) << ", "
+                   << version << '\n';
+        });
+        session.on("job", [this] {
+            agent->maps.m_TVRHBA_ConcreteJob_map.insert(TVRHBA_ConcreteJob::create(true));
+        });
+        // TEST JOB OVERRIDDEN ELEMENT: the end of a run, of which the records tell.
+        session.on("run", [this](const auto& words) {
+            const Diagnostic_Counts counts{3, 40, 1};
+            const auto* element = reinterpret_cast<TVRHBA_PortController*>(named(words.at(3)));
+            const Diagnostic_Outcome outcome{("TVR:FCHBA " + words[0] + " Test").c_str(),
+                                             (words[0] + " ended").c_str(),
+                                             words[1].c_str(),
+                                             &counts,
+                                             5,
+                                             element,
+                                             number(words[2])};
+            CreateDiagnosticServiceRecord(agent->maps, outcome);
+            CreateDiagnosticCompletionRecord(agent->maps, outcome);
+        });
     }
     uint32 create_anew() {
         ClearDiagnosticClassMaps(agent->maps, 0);
@@ -119,32 +134,7 @@ void Diagnostics::expect_catalogue(const std::string& version) {
     }
 }
 
-TEST_F(Diagnostics, AreCataloguedForAllControllers) {
-    expect_catalogue("5");
-    libraries.statuses["LRM_GetHBAAttributes"] = {9}; // of the first adapter
-    EXPECT_EQ(create_anew(), 0u);
-    expect_catalogue("7");
-    EXPECT_EQ(logged("Number of FCHBA ManagedElement : 2"), 1u);
-    EXPECT_EQ(logged("TVRHBA_DiagElementCapabilities instance (NIC) is created"), tests);
-
-    libraries.statuses["LRM_GetHBAAttributes"] = {9, 9};
-    EXPECT_EQ(create_anew(), 40002u);
-    EXPECT_EQ(log.lines().back().text,
-              "FCHBA Diagnostics are not supported in any of the managed element");
-    uint32 version = 3;
-    EXPECT_EQ(GetDiagnosticVersion("1000AABBCCDD0200", nullptr), 32768u);
-    EXPECT_EQ(GetDiagnosticVersion("nonsense", &version), 32768u);
-    EXPECT_EQ(version, 3u);
-    libraries.adapters.clear();
-    log.take();
-    refresh();
-    const std::vector<std::string> lines = {
-        "No FC card found", "CreateFCHBADiagnosticClassFeature",
-        "Unable to create the FCHBA Diagnostic feature, No managed element exist",
-        "FCHBA Diagnositcss either Not Supported/Failed to Create the feature",
-        "Create the Diagnostic classes"};
-    EXPECT_EQ(sequence(lines), lines);
-}
+TVR_SESSIONS(Diagnostics, "diagnostics.txt");
 
 // With one instance of the first test in the way all its others are taken back.
 TEST_F(Diagnostics, AreWholeOrMissing) {
@@ -160,96 +150,12 @@ TEST_F(Diagnostics, AreWholeOrMissing) {
             line, "Failed to insert the Diag Instances into map for DiagTest " + names[0]};
         EXPECT_EQ(sequence(failed), failed);
         refusing.erase({0});
-        EXPECT_EQ(map<TVRHBA_JobSettingData>().size(), 1u);
+        EXPECT_EQ(agent->maps.m_TVRHBA_JobSettingData_map.size(), 1u);
         for (const auto& [filled, unused] : told["refused"]) {
             EXPECT_EQ(maps.at(filled)->size(),
                       (tests - 1) * (is_per_controller(filled) ? controllers : 1))
                 << filled << ' ' << class_name;
         }
-    }
-}
-
-// Records of several runs, in this order; then those of the Echo test go.
-TEST_F(Diagnostics, LeaveRecordsUntilTheirLogIsCleared) {
-    const Diagnostic_Counts counts{3, 40, 1};
-    const Ref<TVRHBA_PortController> port(map<TVRHBA_PortController>().get(1)->clone());
-    const auto run = [&](const std::string& test, const char* job, uint32 overridden,
-                         const TVRHBA_PortController* element) {
-        const Diagnostic_Outcome outcome{
-            "TVR:FCHBA " + test + " Test", test + " ended", job, &counts, 5, element, overridden};
-        CreateDiagnosticServiceRecord(agent->maps, outcome);
-        CreateDiagnosticCompletionRecord(agent->maps, outcome);
-    };
-    log.take();
-    run("Status", "job1", 0, nullptr);
-    run("Echo", "job2", 1, port.get());
-    run("Self", "job3", 0, port.get());
-    run("Echo", "job4", 0, nullptr);
-    run("Beacon", "job5", 1, port.get());
-    EXPECT_EQ(logged("Invalid managed element"), 4u);
-    EXPECT_EQ(logged("PortController : 1000AABBCCDD0200"), 6u);
-    const std::pair<const char*, const Instance*> made[] = {
-        {"service", map<TVRHBA_DiagnosticServiceRecord>().get(1)},
-        {"settings", map<TVRHBA_DiagnosticSettingDataRecord>().get(0)},
-        {"corresponding", map<TVRHBA_CorrespondingSettingDataRecord>().get(1)},
-        {"without a port", map<TVRHBA_DiagnosticCompletionRecord>().get(0)}};
-    const std::string now = "CreationTimeStamp=" + std::string(Datetime::now().ascii()) + "; ";
-    for (const auto& [what, record] : made) {
-        std::string line = one_line(record);
-        line.erase(std::min(line.find(now), line.size()), now.size());
-        EXPECT_EQ(line, told["records"][what] + " ");
-    }
-    EXPECT_EQ(map<TVRHBA_LogManagesRecord>().size(), 12u);
-    map<TVRHBA_ConcreteJob>().insert(TVRHBA_ConcreteJob::create(true));
-    refresh();
-    EXPECT_EQ(map<TVRHBA_ConcreteJob>().size(), 1u);
-
-    TVRHBA_DiagnosticsLog_Provider provider;
-    Property<uint32> code{9, 1};
-    const Ref<TVRHBA_DiagnosticsLog> self(map<TVRHBA_DiagnosticsLog>().get(1)->clone());
-    EXPECT_EQ(provider.ClearLog(self.get(), code), INVOKE_METHOD_OK);
-    EXPECT_EQ(code.value, 0u);
-    EXPECT_EQ(log.lines().back().text, "Exiting TVRHBA_DiagnosticsLog_Provider::ClearLog");
-    EXPECT_THAT(texts<TVRHBA_DiagnosticServiceRecord>("InstanceID"),
-                ElementsAre("job1:Service Record", "job3:Service Record", "job5:Service Record"));
-    EXPECT_THAT(texts<TVRHBA_DiagnosticCompletionRecord>("InstanceID"),
-                ElementsAre("job1", "job3", "job5"));
-    EXPECT_THAT(texts<TVRHBA_DiagnosticSettingDataRecord>("Caption"), ElementsAre("job2", "job5"));
-    EXPECT_EQ(map<TVRHBA_CorrespondingSettingDataRecord>().size(), 4u);
-    EXPECT_EQ(map<TVRHBA_LogManagesRecord>().size(), 7u);
-    EXPECT_EQ(map<TVRHBA_RecordAppliesToElement>().size(), 5u);
-    self->InstanceID.set("another");
-    EXPECT_EQ(provider.ClearLog(self.get(), code), INVOKE_METHOD_OK);
-    EXPECT_EQ(code.value, 5u);
-    EXPECT_EQ(log.lines().back().text, "Invalid instance of Diagnostic Log");
-}
-
-TEST_F(Diagnostics, AreExplained) {
-    TVRHBA_HelpService_Provider provider;
-    const std::string unsupported = "Unsupported Delivery options, Use '1' for proper support";
-    const std::string no_line = "PERF: ---No timeout BuildCimpleInfo END---"; // of its own
-    const std::tuple<std::string, std::string, Property<uint16>, uint16, uint32, std::string>
-        cases[] = {
-            {"Ping", "Ping", {1, 0}, 1, 0, "TVRHBA_HelpService_Provider::GetHelp"},
-            {"Ping", "Ping", {2, 0}, 1, 5, unsupported},
-            {"Ping", "Ping", {1, 0}, 2, 5, unsupported},
-            {"Ping", "Echo", {2, 0}, 1, 4, no_line},
-            {"Ping", "ping", {1, 0}, 1, 4, no_line},
-            {"Ping", "Ping", {1, 1}, 1, 5, "Invalid Requested Document"},
-            {"Pong", "Ping", {1, 0}, 1, 5, "Invalid instance of Help Service"},
-        };
-    for (const auto& [name, document, form, delivery, result, last_line] : cases) {
-        const Ref<TVRHBA_HelpService> self(map<TVRHBA_HelpService>().get(5)->clone());
-        self->Name.set("TVR:FCHBA " + name + " Test");
-        Property<uint16> format = form;
-        Property<String> info{{}, 1};
-        Property<uint32> code{9, 1};
-        EXPECT_EQ(provider.GetHelp(self.get(), {"TVR:FCHBA " + document + " Test", 0}, format,
-                                   {delivery, 0}, info, code),
-                  INVOKE_METHOD_OK);
-        EXPECT_EQ(code.value, result);
-        EXPECT_EQ(log.lines().back().text, last_line);
-        EXPECT_EQ(info.value.c_str(), result == 0 ? told[names[5]]["help"] : "");
     }
 }
 

@@ -36,19 +36,14 @@ RM_DRIVERPARAM param(const std::string& text) {
 class Driver_Parameters : public With_Session {
 protected:
     Driver_Parameters() {
-        session.on("params", [this](const auto& words, std::ostream&) {
+        session.on("params", [this](const auto& words) {
             first_port(number(words.at(0))).params = params({words.begin() + 1, words.end()});
         });
-        session.on("global", [this](const auto& words, std::ostream&) {
-            libraries.globalParams = params(words);
-        });
-        session.on("need", [this](const auto& words, std::ostream&) {
-            libraries.toldNeed = number(words.at(0));
-        });
-        session.on("fetch", [this](const auto& words, std::ostream& answer) {
+        session.on("global", [this](const auto& words) { libraries.globalParams = params(words); });
+        session.on("need", [this](const auto& words) { libraries.toldNeed = number(words.at(0)); });
+        session.on("fetch", [this](const auto& words) {
             const Full_Guard guard(*agent);
-            answer << tvrcimGetDriverParam(agent->maps, words.at(0), words.at(1) == "global")
-                   << '\n';
+            return tvrcimGetDriverParam(agent->maps, words.at(0), words.at(1) == "global");
         });
     }
 

@@ -35,9 +35,7 @@ protected:
             }
         });
         // Each unload has taken what its load added.
-        session.on("agent", [](const auto&, std::ostream& answer) {
-            answer << (ProviderAgent::instance() == nullptr ? "none\n" : "one\n");
-        });
+        session.on("agent", [] { return ProviderAgent::instance() == nullptr ? "none" : "one"; });
         load();
         refresh();
     }

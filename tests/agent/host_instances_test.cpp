@@ -51,10 +51,10 @@ class Host : public With_Session {
 protected:
     Host() : _manager(at_manager) {
         Thread_Context::push(&_manager);
-        session.on("no", [](const auto& words, std::ostream&) {
+        session.on("no", [](const auto& words) {
             (words.at(0) == "name" ? host_has_name : host_is_resolved) = false;
         });
-        session.on("manager-has", [this](const auto& words, std::ostream&) {
+        session.on("manager-has", [this](const auto& words) {
             at_manager.clear();
             for (const std::string& name : words) {
                 Ref<CIM_RegisteredProfile> profile(CIM_RegisteredProfile::create(true));

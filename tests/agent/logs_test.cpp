@@ -9,14 +9,11 @@ namespace {
 class Logs : public With_Session {
 protected:
     Logs() {
-        session.on("logger", [](const auto&, std::ostream& answer) {
-            answer << (CLogger::getInstance().isEnabled() != 0 ? "enabled\n" : "disabled\n");
-        });
-        session.on("mode", [](const auto&, std::ostream& answer) {
-            answer << CLogger::getInstance().getMode() << '\n';
-        });
+        session.on("logger",
+                   [] { return CLogger::getInstance().isEnabled() != 0 ? "enabled" : "disabled"; });
+        session.on("mode", [] { return CLogger::getInstance().getMode(); });
         // So many records, each with its number from `first` on.
-        session.on("write", [](const auto& words, std::ostream&) {
+        session.on("write", [](const auto& words) {
             const uint32 first = number(words.at(0));
             for (uint32 i = first; i < first + number(words.at(1)); ++i) {
                 CLogger::getInstance().log("file", 1, i == 2 ? TVR_CRIT : TVR_ERR, "%u", i);
@@ -27,10 +24,8 @@ protected:
             answer << texts.size() << " records, in their places " << texts.at(2) << " and "
                    << texts.at(3) << '\n';
         });
-        session.on("device-log", [this](const auto&, std::ostream& answer) {
-            answer << agent->maps.m_DeviceLog.size() << '\n';
-        });
-        session.on("system-log", [this](const auto& words, std::ostream&) {
+        session.on("device-log", [this] { return agent->maps.m_DeviceLog.size(); });
+        session.on("system-log", [this](const auto& words) {
             std::string text;
             for (int i = 0; words.at(0) == "lines" && i < 250; ++i) {
                 text += "kernel: tvfc " + std::to_string(i) + "\nother line\n\n";
@@ -40,7 +35,7 @@ protected:
             }
             write_system_log(text + words.at(1));
         });
-        session.on("pipe", [](const auto&, std::ostream&) {
+        session.on("pipe", [] {
             std::filesystem::remove(settings().systemLog);
             EXPECT_EQ(mkfifo(settings().systemLog.c_str(), 0600), 0);
         });

@@ -11,7 +11,7 @@ protected:
     Port_Inventory() {
         libraries.adapters.resize(1);
         port().transceiver.emplace();
-        session.on("vpd", [this](const auto& words, std::ostream&) {
+        session.on("vpd", [this](const auto& words) {
             port().vpd.clear();
             for (const std::string& word : words) {
                 const std::size_t equals = word.find('=');
@@ -20,11 +20,11 @@ protected:
                                         word.substr(equals + 1));
             }
         });
-        session.on("date-code", [this](const auto& words, std::ostream&) {
+        session.on("date-code", [this](const auto& words) {
             std::memset(port().transceiver->dateCode, 0xFF, 6);
             words.at(0).copy(port().transceiver->dateCode, 6);
         });
-        session.on("optics", [this](const auto&, std::ostream&) {
+        session.on("optics", [this] {
             RM_SFFDATA& data = *port().transceiver;
             std::strcpy(data.vendorName, "OPTICS  \t");
             std::memset(data.vendorPartNumber, 'p', sizeof data.vendorPartNumber); // without an end
@@ -33,14 +33,14 @@ protected:
             std::memcpy(data.vendorOui, "\x0A\xBC\xEF", sizeof data.vendorOui);
             data.temperature = 1;
         });
-        session.on("diagnostics", [this](const auto&, std::ostream&) {
+        session.on("diagnostics", [this] {
             RM_SFFDATA& data = *port().transceiver;
             data.hasDiagnostics = 1;
             data.temperature = 40.5F;
             data.vcc = 3.25F;
             std::memset(data.vendorSerialNumber, 0, 1);
         });
-        session.on("images", [this](const auto& words, std::ostream&) {
+        session.on("images", [this](const auto& words) {
             const RM_LOADENTRY kernel{5,          4, 0x1000,   0x200,   {7, 8},
                                       "About it", 2, "Kernel", "1.11a5"};
             port().images.clear();

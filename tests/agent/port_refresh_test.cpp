@@ -9,11 +9,9 @@ namespace {
 class Port_Refresh : public With_Session {
 protected:
     Port_Refresh() {
-        session.on("handles", [this](const auto&, std::ostream& answer) {
-            answer << libraries.openHandles << '\n';
-        });
+        session.on("handles", [this] { return libraries.openHandles; });
         // All counters of a port: 10000 and their number.
-        session.on("statistics", [this](const auto& words, std::ostream&) {
+        session.on("statistics", [this](const auto& words) {
             for (const auto& [first, last] :
                  {std::pair{1025u, 1033u}, {1036, 1048}, {1057, 1059}}) {
                 for (uint32 counter = first; counter <= last; ++counter) {

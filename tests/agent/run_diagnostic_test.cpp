@@ -21,30 +21,28 @@ protected:
         first_port(0).attributes[RM_PA_FABRIC_NAME] = fake::valueOf(uint64{0});
         libraries.number = RM_BEACON_OFF;
         add_result("6");
-        session.on("results", [this](const auto& words, std::ostream&) {
+        session.on("results", [this](const auto& words) {
             libraries.results.clear();
             for_each_time(words, 0, [this](const std::string& word) { add_result(word); });
         });
-        session.on("statuses", [this](const auto& words, std::ostream&) {
+        session.on("statuses", [this](const auto& words) {
             auto& statuses = libraries.statuses[words.at(0)];
             for_each_time(words, 1, [&](const auto& word) { statuses.push_back(number(word)); });
         });
         // An attribute, its value of 4 or 8 bytes, and the status that comes with it.
-        session.on("attribute", [this](const auto& words, std::ostream&) {
+        session.on("attribute", [this](const auto& words) {
             fake::Attribute& value =
                 first_port(0).attributes[static_cast<uint16>(number(words.at(0)))];
             value = value.bytes.size() == 8 ? fake::valueOf(uint64{std::stoull(words.at(1))})
                                             : fake::valueOf(number(words.at(1)));
             value.status = words.size() > 2 ? number(words[2]) : 0;
         });
-        session.on("targets", [this](const auto& words, std::ostream&) {
+        session.on("targets", [this](const auto& words) {
             libraries.adapters[0].targets.resize(number(words.at(0)));
         });
-        session.on("beacon", [this](const auto& words, std::ostream&) {
-            libraries.number = number(words.at(0));
-        });
+        session.on("beacon", [this](const auto& words) { libraries.number = number(words.at(0)); });
         // Settings as a client sends them, with a name and nothing else but what is given.
-        session.on("settings", [this](const auto& words, std::ostream&) {
+        session.on("settings", [this](const auto& words) {
             const Ref<Instance> all(clone(named(words.at(1))));
             set_null_flags(all.get(), true, true, 1);
             set(all.get(), words, 2);

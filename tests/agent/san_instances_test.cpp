@@ -31,16 +31,15 @@ protected:
             }
             return HBA_STATUS_OK;
         };
-        session.on("only", [this](const auto& words, std::ostream&) {
-            libraries.adapters.resize(number(words.at(0)));
-        });
-        session.on("same-node", [this](const auto&, std::ostream&) {
+        session.on("only",
+                   [this](const auto& words) { libraries.adapters.resize(number(words.at(0))); });
+        session.on("same-node", [this] {
             libraries.adapters[1].record.NodeWWN = libraries.adapters[0].record.NodeWWN;
         });
-        session.on("row-twice", [this](const auto&, std::ostream&) {
+        session.on("row-twice", [this] {
             libraries.adapters[1].targets = {row(0), row(0), row(1)};
         });
-        session.on("no-host-name", [](const auto&, std::ostream&) {
+        session.on("no-host-name", [] {
             static constexpr Host_Lookup failing = {
                 [](char*, std::size_t) -> int { throw std::runtime_error("no name"); },
                 [](const char*, Host_Name&) { return false; }};

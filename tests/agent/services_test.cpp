@@ -21,16 +21,15 @@ protected:
         libraries.dumpDirectory = "/dumps";
         libraries.number = 7;
         libraries.adapters[0].attributes[RM_HA_BOOT_CODE_ENABLED] = fake::valueOf(uint32{1});
-        session.on("number", [this](const auto& words, std::ostream&) {
+        session.on("number", [this](const auto& words) {
             libraries.number = static_cast<uint32>(std::stoul(words.at(0)));
         });
-        session.on("dump-files",
-                   [this](const auto& words, std::ostream&) { libraries.dumpFiles = words; });
-        session.on("exists", [](const auto& words, std::ostream& answer) {
-            answer << (std::filesystem::exists(words.at(0)) ? "yes\n" : "no\n");
+        session.on("dump-files", [this](const auto& words) { libraries.dumpFiles = words; });
+        session.on("exists", [](const auto& words) {
+            return std::filesystem::exists(words.at(0)) ? "yes" : "no";
         });
         // Of an adapter, by the last byte of their names.
-        session.on("virtual-ports", [this](const auto& words, std::ostream&) {
+        session.on("virtual-ports", [this](const auto& words) {
             auto& ports = libraries.adapters[std::stoul(words.at(0))].ports[0].virtualPorts;
             ports.clear();
             for (std::size_t i = 1; i < words.size(); ++i) {

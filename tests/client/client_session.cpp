@@ -5,13 +5,10 @@ namespace client {
 using Words = Text_Session::Words;
 
 Client_Session::Client_Session() {
-    session.on("port", [this](const Words&, std::ostream&) {
-        ports.push_back(Json::parse(session.rest()));
-    });
-    session.on("default",
-               [this](const Words&, std::ostream&) { _default = Json::parse(session.rest()); });
-    session.on("types", [this](const Words& words, std::ostream&) { _types = words; });
-    session.on("unit", [this](const Words&, std::ostream&) {
+    session.on("port", [this] { ports.push_back(Json::parse(session.rest())); });
+    session.on("default", [this] { _default = Json::parse(session.rest()); });
+    session.on("types", [this](const Words& words) { _types = words; });
+    session.on("unit", [this] {
         const Json own = Json::parse(session.rest());
         for (std::size_t i = 0; i < std::max<std::size_t>(_types.size(), 1); ++i) {
             Json unit = _default;
@@ -55,10 +52,8 @@ Client_Session::Client_Session() {
             answer << number << ' ' << line;
         }
     });
-    session.on("calls", [](const Words& words, std::ostream& answer) {
-        answer << calls(words.at(0).c_str()) << '\n';
-    });
-    session.on("again", [this](const Words&, std::ostream&) { stop(); });
+    session.on("calls", [](const Words& words) { return calls(words.at(0).c_str()); });
+    session.on("again", [this] { stop(); });
 }
 
 // Of the ports or units that were told since the last one.

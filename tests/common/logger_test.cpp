@@ -80,21 +80,21 @@ protected:
         mkfifo(dir.file("pipe").c_str(), 0600);
         chmod(dir.write("readonly", "").c_str(), 0444);
         session.rename(dir.path(), "$DIR");
-        session.on("say", [this](const auto& words, std::ostream&) {
+        session.on("say", [this](const auto& words) {
             say(static_cast<uint32>(std::stoul(words.at(0))), words.at(1).c_str());
         });
-        session.on("many", [this](const auto&, std::ostream&) { // more than there is room for
+        session.on("many", [this] { // more than there is room for
             for (int i = 0; i < 1025; ++i) {
                 say(1, (std::to_string(i) + std::string(300, 'x')).c_str());
             }
         });
-        session.on("mode", [this](const auto& words, std::ostream&) {
+        session.on("mode", [this](const auto& words) {
             logger.setLogMode(static_cast<uint32>(std::stoul(words.at(0))));
         });
-        session.on("switch", [this](const auto& words, std::ostream&) {
+        session.on("switch", [this](const auto& words) {
             words.at(0) == "on" ? logger.enable() : logger.disable();
         });
-        session.on("clear", [this](const auto&, std::ostream&) {
+        session.on("clear", [this] {
             logger.clearLogs();
             records.clear();
         });
@@ -122,7 +122,7 @@ protected:
                 answer << line << '\n';
             }
         });
-        session.on("system-logger", [this](const auto& words, std::ostream&) {
+        session.on("system-logger", [this](const auto& words) {
             sys.reset(words.at(0) == "comes" ? new TVR_SysLogger : nullptr);
         });
         session.on("system-log", [](const auto&, std::ostream& answer) {

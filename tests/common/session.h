@@ -8,6 +8,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 // A file has sections under "[name]". In one, commands stand at the beginning of a line and what
@@ -30,9 +31,21 @@ public:
         return names;
     }
 
-    // The command gets the words behind its name. The one called "" gets lines that begin with no
-    // command's name.
-    void on(const std::string& name, Command command) { _commands[name] = std::move(command); }
+    // A Command, or a call with the words behind its name or with nothing; what that returns is
+    // a line of the answer. The one called "" gets lines that begin with no command's name.
+    template <class Call> void on(const std::string& name, Call call) {
+        if constexpr (std::is_invocable_v<Call&, const Words&, std::ostream&>) {
+            _commands[name] = std::move(call);
+        } else if constexpr (!std::is_invocable_v<Call&, const Words&>) {
+            on(name, [call](const Words&) mutable { return call(); });
+        } else if constexpr (std::is_void_v<std::invoke_result_t<Call&, const Words&>>) {
+            on(name, [call](const Words& words, std::ostream&) mutable { call(words); });
+        } else {
+            on(name, [call](const Words& words, std::ostream& answer) mutable {
+                answer << call(words) << '\n';
+            });
+        }
+    }
     // All that stands behind the name of the command that runs, as it stands there.
     const std::string& rest() const { return _rest; }
     // `text`, which is another one in each run, stands as `name` in commands and answers.

@@ -150,11 +150,11 @@ void Session_Test::add_commands() {
         const std::string error = error_of(find);
         answer << (error == "no error" ? "" : error) << '\n';
     });
-    session.on("links", [this](const auto&, std::ostream&) { script_links(); });
-    session.on("code", [this](const auto& words, std::ostream&) {
+    session.on("links", [this] { script_links(); });
+    session.on("code", [this](const auto& words) {
         code = static_cast<CMPIUint32>(std::stoul(words.at(0)));
     });
-    session.on("file", [this](const auto& words, std::ostream&) {
+    session.on("file", [this](const auto& words) {
         directory.write(words.at(0), std::string("\xff\n\0", 3));
         std::filesystem::resize_file(directory.file(words[0]), std::stoul(words.at(1)));
     });

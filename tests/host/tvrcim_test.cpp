@@ -22,16 +22,11 @@ protected:
     Tvrcim_Output() {
         session.rename(directory.string(), "$DIR");
         session.on("", [this](const auto&, std::ostream& answer) { tell(session.rest(), answer); });
-        session.on("environment",
-                   [this](const auto&, std::ostream&) { environment = session.rest(); });
-        session.on("scenario", [this](const auto&, std::ostream&) { scenario(session.rest()); });
-        session.on("given", [this](const auto&, std::ostream&) {
-            std::ofstream(directory / "given.json") << session.rest();
-        });
+        session.on("environment", [this] { environment = session.rest(); });
+        session.on("scenario", [this] { scenario(session.rest()); });
+        session.on("given", [this] { std::ofstream(directory / "given.json") << session.rest(); });
         // How many lines come.
-        session.on("lines", [this](const auto&, std::ostream& answer) {
-            answer << lines(run(session.rest()).out) << '\n';
-        });
+        session.on("lines", [this] { return lines(run(session.rest()).out); });
         session.on("left", [this](const auto& words, std::ostream& answer) {
             for (const std::string& name : words) {
                 answer << (fs::is_empty(directory / name) ? "nothing\n" : "something\n");

@@ -111,21 +111,21 @@ TEST_F(Discovery, ReadsTheAttributesByTheirIdentifiers) {
 
 void Discovery::set_up_session() {
     // PORTS [NAME]: one adapter more.
-    session.on("adapter", [this](const auto& words, std::ostream&) {
+    session.on("adapter", [this](const auto& words) {
         fake::Adapter& adapter = add(number(words, 0));
         adapter.name = words.size() > 1 ? words[1] : adapter.name;
     });
-    session.on("function", [this](const auto& words, std::ostream&) { // of the last adapter
+    session.on("function", [this](const auto& words) { // of the last adapter
         fake::Attribute& type = libraries->adapters.back().attributes[556];
         type = valueOf(number(words, 0));
         type.toldLength = static_cast<uint16_t>(number(words, 1));
     });
-    session.on("bare", [this](const auto&, std::ostream&) {
+    session.on("bare", [this] {
         libraries->adapters.back().ports[0].attributes.clear();
         libraries->adapters.back().ports[0].record.PortState = 2;
     });
-    session.on("gone", [this](const auto&, std::ostream&) { libraries->adapters.pop_back(); });
-    session.on("unload", [](const auto&, std::ostream&) { unloadManagementLibraries(); });
+    session.on("gone", [this] { libraries->adapters.pop_back(); });
+    session.on("unload", [] { unloadManagementLibraries(); });
     // How many adapters there are, the adapter and index of each port, and what failed.
     session.on("build", [this](const auto&, std::ostream& answer) {
         const std::vector<std::string> lines = build();

@@ -32,20 +32,18 @@ protected:
         }
         see(0, 2);
         data.buildAdapterData();
-        session.on("sees", [this](const auto& words, std::ostream&) {
-            see(number(words, 0), number(words, 1));
-        });
-        session.on("one-adapter", [this](const auto&, std::ostream&) {
+        session.on("sees", [this](const auto& words) { see(number(words, 0), number(words, 1)); });
+        session.on("one-adapter", [this] {
             libraries->adapters.pop_back();
             data.buildAdapterData();
         });
-        session.on("told", [this](const auto& words, std::ostream&) {
+        session.on("told", [this](const auto& words) {
             libraries->toldTargets.reset();
             if (!words.empty()) {
                 libraries->toldTargets = number(words, 0);
             }
         });
-        session.on("failing-units", [this](const auto&, std::ostream&) {
+        session.on("failing-units", [this] {
             libraries->scsi = [](const fake::ScsiCommand& command, uint8*, uint8* sense) -> uint32 {
                 sense[0] = 0x70;
                 sense[23] = 0xFE;

@@ -27,9 +27,7 @@ class Datetimes : public testing::Test {
 protected:
     Datetimes() {
         // What a text is read as, in the zone that was named last: microseconds and the two forms.
-        session.on("zone", [this](const auto& words, std::ostream&) {
-            _zone.emplace(words.at(0).c_str());
-        });
+        session.on("zone", [this](const auto& words) { _zone.emplace(words.at(0).c_str()); });
         session.on("read", [](const auto& words, std::ostream& answer) {
             const Datetime before(uint64{42}, 7);
             Datetime datetime(before);

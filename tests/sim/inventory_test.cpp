@@ -1,4 +1,3 @@
-#include "tests/common/session.h"
 #include "tests/sim/simulated_host.h"
 
 #include <gmock/gmock.h>
@@ -73,21 +72,9 @@ protected:
         }
         return files;
     }
-
-    Text_Session session;
 };
 
 void InventoryTest::set_up_session() {
-    const auto on = [this](const char* name, auto call) {
-        session.on(name, [call](const auto& words, std::ostream& answer) {
-            answer << call(words) << '\n';
-        });
-    };
-    const auto number = [](const std::string& word) {
-        return static_cast<uint32_t>(std::stoul(word));
-    };
-    session.on("change", [this](const auto&, std::ostream&) { change(session.rest()); });
-    session.on("port", [this](const auto&, std::ostream&) { changePort(session.rest()); });
     // What calls for parts of the inventory come to.
     session.on("calls", [this](const auto&, std::ostream& answer) {
         char buffer[8 + 128 * 132];
@@ -108,50 +95,50 @@ void InventoryTest::set_up_session() {
         tell("DiagGetLoadListParams", CALL(m_library, LRM_DiagGetLoadListParams), nullptr);
         tell("DiagReadPCIRegistersV2", CALL(m_library, LRM_DiagReadPCIRegistersV2), nullptr);
     });
-    on("set", [=, this](const auto& words) {
+    session.on("set", [this](const auto& words) {
         return CALL(m_library, LRM_SetDriverParam)(firstPort, words.at(0).c_str(),
                                                    number(words.at(1)));
     });
-    on("local", [this](const auto&) { return localParameters().at(0).current; });
-    on("global", [this](const auto&) { // one list for all ports
+    session.on("local", [this] { return localParameters().at(0).current; });
+    session.on("global", [this] { // one list for all ports
         RM_DRIVERPARAM record = {};
         uint32_t count = 1;
         EXPECT_EQ(CALL(m_library, LRM_GetDriverParamsGlobal)(thirdPort, &record, &count), 0U);
         return record.current;
     });
-    on("reset", [this](const auto&) { return CALL(m_library, LRM_ResetHBA)(firstPort, 1); });
-    on("boot-bios", [=, this](const auto& words) {
+    session.on("reset", [this] { return CALL(m_library, LRM_ResetHBA)(firstPort, 1); });
+    session.on("boot-bios", [this](const auto& words) {
         return CALL(m_library, LRM_SetBootBiosState)(firstPort, number(words.at(0)));
     });
-    on("enable", [=, this](const auto& words) {
+    session.on("enable", [this](const auto& words) {
         uint8_t answer = 77;
         const auto enabled = static_cast<uint8_t>(number(words.at(0)));
         const RM_STATUS status = CALL(m_library, LRM_SetPortEnabled)(firstPort, enabled, &answer);
         return std::to_string(status) + " answer " + std::to_string(answer);
     });
-    on("attribute", [=, this](const auto& words) {
+    session.on("attribute", [this](const auto& words) {
         return attribute(static_cast<uint16_t>(number(words.at(0))));
     });
-    on("generate",
-       [this](const auto&) { return CALL(m_library, LRM_GenerateDump)(HBA_WWN{}, firstPort); });
-    on("generate-type", [=, this](const auto& words) {
+    session.on("generate",
+               [this] { return CALL(m_library, LRM_GenerateDump)(HBA_WWN{}, firstPort); });
+    session.on("generate-type", [this](const auto& words) {
         return CALL(m_library, LRM_GenerateEfdDump)(firstPort, number(words.at(0)), 0);
     });
-    on("delete", [this](const auto&) { return CALL(m_library, LRM_DeleteDumpFiles)(firstPort); });
-    on("keep", [=, this](const auto& words) {
+    session.on("delete", [this] { return CALL(m_library, LRM_DeleteDumpFiles)(firstPort); });
+    session.on("keep", [this](const auto& words) {
         return CALL(m_library, LRM_SetDumpRetentionCount)(firstPort, number(words.at(0)));
     });
-    on("files", [this](const auto&) { return testing::PrintToString(dumpFiles()); });
-    on("files-in-one", [this](const auto&) {
+    session.on("files", [this] { return testing::PrintToString(dumpFiles()); });
+    session.on("files-in-one", [this] {
         RM_DUMPFILENAMES names = {};
         names.count = 1;
         const RM_STATUS status = CALL(m_library, LRM_GetDumpFileNames)(firstPort, &names);
         return std::to_string(status) + " count " + std::to_string(names.count);
     });
-    on("set-directory", [this](const auto& words) {
+    session.on("set-directory", [this](const auto& words) {
         return CALL(m_library, LRM_SetDumpDirectory)(firstPort, words.at(0).c_str());
     });
-    on("get-directory", [this](const auto&) { // without a terminator where there is no room
+    session.on("get-directory", [this] { // without a terminator where there is no room
         char directory[4] = "###";
         EXPECT_EQ(CALL(m_library, LRM_GetDumpDirectoryA)(firstPort, directory, 4), RM_STATUS_OK);
         return std::string(directory, 4);

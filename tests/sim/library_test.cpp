@@ -1,13 +1,10 @@
 #include "tests/sim/simulated_host.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <optional>
 #include <vector>
-
-using testing::StartsWith;
 
 namespace {
 
@@ -20,7 +17,9 @@ protected:
                 {"statistics": {"txFrames": {"value": 100, "perRead": 10}, "rxFrames": null,
                                 "nosCount": 18446744073709551615}}, {}]},
             {"name": "Tavrin-B", "attributes": {"kernelVersion": null}}]}})");
+        set_up_session();
     }
+    void set_up_session();
 
     /// A value of 64 bits in a statistics buffer, if it is there.
     std::optional<uint64_t> counter(uint16_t id) {
@@ -39,36 +38,70 @@ protected:
         }
         return number;
     }
+
+    std::map<std::string, HBA_HANDLE> m_handles{{"none", HBA_HANDLE_INVALID}};
 };
 
-} // namespace
-
-TEST_F(LibraryTest, AdaptersByIndexNameAndHandle) {
-    ASSERT_EQ(CALL(m_library, HBA_GetNumberOfAdapters)(), 2U);
-    char name[256];
-    EXPECT_EQ(CALL(m_library, HBA_GetAdapterName)(2, name), HBA_STATUS_ERROR_ILLEGAL_INDEX);
-    EXPECT_EQ(open("Tavrin-C"), HBA_HANDLE_INVALID);
-    EXPECT_EQ(CALL(m_library, HBA_OpenAdapter)(nullptr), HBA_HANDLE_INVALID);
-    for (int i = 0; i < 0x10010; ++i) {
-        const HBA_HANDLE each = open("Tavrin-A");
-        ASSERT_TRUE(each >= 1 && each <= 0xFFFF) << each;
-        CALL(m_library, HBA_CloseAdapter)(each);
-    }
-
-    const HBA_HANDLE handle = open("Tavrin-A");
-    ASSERT_NE(handle, HBA_HANDLE_INVALID);
-    HBA_ADAPTERATTRIBUTES adapter;
-    EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &adapter), HBA_STATUS_OK);
-    EXPECT_EQ(adapter.NumberOfPorts, 2U);
-    HBA_PORTATTRIBUTES port;
-    EXPECT_EQ(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 2, &port),
-              HBA_STATUS_ERROR_ILLEGAL_INDEX);
-    EXPECT_EQ(CALL(m_library, tvrsim_open_handles)(), 1U);
-    CALL(m_library, HBA_CloseAdapter)(handle);
-    EXPECT_EQ(CALL(m_library, tvrsim_open_handles)(), 0U);
-    EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &adapter),
-              HBA_STATUS_ERROR_INVALID_HANDLE);
+void LibraryTest::set_up_session() {
+    session.on("control", [this] { return control(session.rest()); });
+    session.on("adapters", [this] { return CALL(m_library, HBA_GetNumberOfAdapters)(); });
+    session.on("name", [this](const auto& words) {
+        char name[256] = "none";
+        const HBA_STATUS status = CALL(m_library, HBA_GetAdapterName)(number(words.at(0)), name);
+        return std::to_string(status) + ' ' + name;
+    });
+    session.on("open", [this](const auto& words) { // an adapter, as a handle of that name
+        const HBA_HANDLE handle = m_handles[words.at(1)] = open(words.at(0));
+        return handle == HBA_HANDLE_INVALID ? "none" : "a handle";
+    });
+    session.on("opened", [this] { return CALL(m_library, tvrsim_open_handles)(); });
+    session.on("close", [this](const auto& words) {
+        CALL(m_library, HBA_CloseAdapter)(m_handles.at(words.at(0)));
+    });
+    session.on("refresh", [this](const auto& words) {
+        CALL(m_library, HBA_RefreshInformation)(m_handles.at(words.at(0)));
+    });
+    // The statuses of calls with handles: for attributes, a port's attributes, and a mapping.
+    session.on("ask", [this](const auto& words, std::ostream& answer) {
+        for (std::size_t i = 1; i < words.size(); ++i) {
+            const HBA_HANDLE handle = m_handles.at(words[i]);
+            HBA_ADAPTERATTRIBUTES adapter;
+            HBA_PORTATTRIBUTES port;
+            HBA_FCPTARGETMAPPING mapping = {};
+            const HBA_STATUS status = CALL(m_library, HBA_GetAdapterAttributes)(handle, &adapter);
+            answer << status << ' '
+                   << CALL(m_library, HBA_GetAdapterPortAttributes)(handle, number(words[0]), &port)
+                   << ' ' << CALL(m_library, HBA_GetFcpTargetMapping)(handle, &mapping);
+            if (status == HBA_STATUS_OK) {
+                answer << ", " << adapter.NumberOfPorts << " ports, " << adapter.FirmwareVersion;
+            }
+            answer << '\n';
+        }
+    });
+    session.on("counter", [this](const auto& words) {
+        const auto value = counter(static_cast<uint16_t>(number(words.at(0))));
+        return value ? std::to_string(*value) : "none";
+    });
+    session.on("beacon", [this](const auto& words) {
+        return CALL(m_library, LRM_DiagBeacon)(firstPort, number(words.at(0)));
+    });
+    // Status and answer, which is 77 where nothing was written.
+    const auto on_value = [this](const char* name, auto& call) {
+        session.on(name, [&call] {
+            uint32_t value = 77;
+            const RM_STATUS status = call(firstPort, &value);
+            return std::to_string(status) + ' ' + std::to_string(value);
+        });
+    };
+    on_value("beacon-state", CALL(m_library, LRM_DiagBeaconState));
+    on_value("LRM-driver-type", CALL(m_library, LRM_GetDriverType));
+    on_value("RM-driver-type", *m_library.find<decltype(LRM_GetDriverType)>("RM_GetDriverType"));
+    session.on("calls", [this](const auto& words) { return calls(words.at(0).c_str()); });
 }
+
+TVR_SESSIONS(LibraryTest, "library.txt");
+
+} // namespace
 
 TEST_F(LibraryTest, AttributeBuffersHaveRoomForAll) {
     using Fetch = RM_STATUS(HBA_WWN, void*, uint32_t*);
@@ -124,118 +157,15 @@ TEST_F(LibraryTest, LengthsOfValuesAreToldAsChosen) {
     }
 }
 
-TEST_F(LibraryTest, StaleDataStayUntilTheyAreRefreshed) {
-    const HBA_HANDLE first = open("Tavrin-A");
-    const HBA_HANDLE second = open("Tavrin-A");
-    // The statuses of the two handles, which are alike for all calls.
-    const auto statuses = [&] {
-        std::string text;
-        for (const HBA_HANDLE handle : {first, second}) {
-            HBA_ADAPTERATTRIBUTES adapter;
-            HBA_PORTATTRIBUTES port;
-            HBA_FCPTARGETMAPPING mapping = {};
-            text +=
-                std::to_string(CALL(m_library, HBA_GetAdapterAttributes)(handle, &adapter)) +
-                std::to_string(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 0, &port)) +
-                std::to_string(CALL(m_library, HBA_GetFcpTargetMapping)(handle, &mapping)) + ' ';
-        }
-        return text;
-    };
-    const auto choose = [&](const std::string& staleness) {
-        change(R"({"adapters": {"Tavrin-A": {"staleness": ")" + staleness + "\"}}}");
-        return statuses();
-    };
-    auto& refresh = CALL(m_library, HBA_RefreshInformation);
-    EXPECT_EQ(statuses(), "000 000 ");
-    EXPECT_EQ(choose("everyHandle"), "888 888 ");
-    refresh(first);
-    EXPECT_EQ(statuses(), "000 888 ");
-    EXPECT_EQ(choose("afterChanges"), "888 888 ");
-    refresh(second);
-    EXPECT_EQ(statuses(), "000 000 ");
-    changePort(R"({"state": "linkDown"})");
-    EXPECT_EQ(statuses(), "888 888 ");
-    refresh(HBA_HANDLE_INVALID);
-    EXPECT_EQ(statuses(), "888 888 ");
-    EXPECT_EQ(choose("never"), "000 000 ");
-}
-
-TEST_F(LibraryTest, CountersMoveUnlessTheAdapterLacksThem) {
-    EXPECT_EQ(counter(RM_PS_TX_FRAMES), 100U);
-    EXPECT_EQ(counter(RM_PS_TX_FRAMES), 110U);
-    EXPECT_EQ(counter(RM_PS_NOS_COUNT), UINT64_MAX);
-    EXPECT_EQ(counter(RM_PS_RX_FRAMES), std::nullopt);
-}
-
-TEST_F(LibraryTest, BeaconGoesOnAndOffWhereThereIsOne) {
-    auto& set = CALL(m_library, LRM_DiagBeacon);
-    auto& get = CALL(m_library, LRM_DiagBeaconState);
-    uint32_t state = 77;
-    EXPECT_EQ(set(firstPort, RM_BEACON_ON), RM_STATUS_OK);
-    EXPECT_EQ(get(firstPort, &state), RM_STATUS_OK);
-    EXPECT_EQ(state, RM_BEACON_ON);
-    EXPECT_EQ(set(firstPort, 9), RM_STATUS_ERROR);
-
-    for (const auto& [word, status, answer, refusal] : {std::tuple("notSupported", 2U, 77U, 2U),
-                                                        {"noDiagnostics", 63U, 77U, 63U},
-                                                        {"unanswered", 0U, 77U, 2U},
-                                                        {"unknown", 0U, 103U, 2U}}) {
-        changePort(std::string("{\"beacon\": \"") + word + "\"}");
-        state = 77;
-        EXPECT_EQ(get(firstPort, &state), status) << word;
-        EXPECT_EQ(state, answer) << word;
-        EXPECT_EQ(set(firstPort, RM_BEACON_ON), refusal) << word;
+TEST_F(LibraryTest, HandlesStayWithinSixteenBitsAndMessagesWithinTheirRoom) {
+    for (int i = 0; i < 0x10010; ++i) {
+        const HBA_HANDLE each = open("Tavrin-A");
+        ASSERT_TRUE(each >= 1 && each <= 0xFFFF) << each;
+        CALL(m_library, HBA_CloseAdapter)(each);
     }
-}
-
-TEST_F(LibraryTest, ControlChangesAllOrNothing) {
-    const auto adapters = [this] { return CALL(m_library, HBA_GetNumberOfAdapters)(); };
-    EXPECT_THAT(control("{"), StartsWith("document: parse error"));
-    EXPECT_EQ(control(R"({"reset": true})"), "reset: no such field");
-    EXPECT_EQ(control(R"({"scenario": {}, "adapters": {"Tavrin-A": {}}})"),
-              "adapters.Tavrin-A: no such adapter");
-    EXPECT_THAT(control(R"({"entryPoints": {"HBA_GetVersion": {"status": 3}}, "clear": 1})"),
-                StartsWith("clear: true or false"));
-    EXPECT_EQ(adapters(), 2U);
-
-    change(R"({"adapters": {"Tavrin-B": {"firmwareVersion": "2.83a1"}},
-                          "entryPoints": {"HBA_GetNumberOfAdapters": {"status": 9}}})");
-    EXPECT_EQ(adapters(), 9U);
-    change(R"({"clear": true})");
-    HBA_ADAPTERATTRIBUTES attributes;
-    const HBA_HANDLE handle = open("Tavrin-B");
-    EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &attributes), HBA_STATUS_OK);
-    EXPECT_STREQ(attributes.FirmwareVersion, "2.83a1");
-    change(R"({"scenario": {"adapters": [{}]}})");
-    EXPECT_EQ(adapters(), 1U);
-    EXPECT_EQ(CALL(m_library, HBA_GetAdapterAttributes)(handle, &attributes),
-              HBA_STATUS_ERROR_INVALID_HANDLE);
-
+    EXPECT_EQ(CALL(m_library, HBA_OpenAdapter)(nullptr), HBA_HANDLE_INVALID);
+    EXPECT_TRUE(control("{").starts_with("document: parse error"));
     char small[4] = "";
     EXPECT_EQ(CALL(m_library, tvrsim_control)("{", small, sizeof small), -1);
     EXPECT_STREQ(small, "doc");
-}
-
-TEST_F(LibraryTest, RulesReachTheEntryPoints) {
-    change(R"({"entryPoints": {
-        "LRM_GetDriverType": {"status": 20},
-        "HBA_OpenAdapter": {"where": "Tavrin-B", "status": 1},
-        "HBA_GetAdapterPortAttributes": {"where": "1000025456000001", "status": 8}}})");
-    uint32_t type = 77;
-    EXPECT_EQ(CALL(m_library, LRM_GetDriverType)(firstPort, &type), 20U);
-    EXPECT_EQ(type, 77U);
-    EXPECT_EQ(m_library.find<decltype(LRM_GetDriverType)>("RM_GetDriverType")(firstPort, &type),
-              0U);
-    EXPECT_EQ(calls("LRM_GetDriverType"), 1);
-    EXPECT_EQ(calls("RM_GetDriverType"), 1);
-    EXPECT_EQ(calls("LRM_Unknown"), -1);
-
-    EXPECT_EQ(open("Tavrin-B"), HBA_HANDLE_INVALID);
-    const HBA_HANDLE handle = open("Tavrin-A");
-    HBA_PORTATTRIBUTES port;
-    EXPECT_EQ(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 0, &port), HBA_STATUS_OK);
-    EXPECT_EQ(CALL(m_library, HBA_GetAdapterPortAttributes)(handle, 1, &port),
-              HBA_STATUS_ERROR_STALE_DATA);
-    change(R"({"resetCounts": true})");
-    EXPECT_EQ(calls("*"), 0);
 }

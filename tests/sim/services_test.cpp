@@ -12,23 +12,32 @@ namespace {
 
 using Numbers = std::vector<size_t>;
 
-const char* const firmwareHost =
-    R"({"scenario": {"adapters": [{"name": "A", "ports": [{"flash": {}}]}]}})";
-
 class FirmwareTest : public SimulatedHost {
 protected:
     void SetUp() override {
-        change(firmwareHost);
+        change(R"({"scenario": {"adapters": [{"name": "A", "ports": [{"flash": {}}]}]}})");
+        session.rename("\x01", "$CONTROL");
         m_directory = testing::TempDir() + "tvrsim-firmware-XXXXXX";
         ASSERT_NE(mkdtemp(m_directory.data()), nullptr);
+        // Of files of the directory; without a name, of none.
+        session.on("statuses", [this](const auto& words) {
+            return testing::PrintToString(
+                statuses(words.empty() ? nullptr : (m_directory + '/' + words[0]).c_str(),
+                         words.size() > 1 ? strangePort : firstPort));
+        });
+        // A file "image" of a first line and others, or of what has no end of a line.
+        session.on("image", [this](const auto& words) {
+            write(words.at(0) + '\n' + (words.size() > 1 ? words[1] : ""));
+        });
+        session.on("without-end", [this](const auto& words) { write(words.at(0)); });
+        session.on("pipe", [this] { return mkfifo((m_directory + "/pipe").c_str(), 0600); });
+        session.on("reset", [this] { return CALL(m_library, LRM_ResetHBA)(firstPort, 1); });
+        session.on("versions", [this] { return versions(); });
+    }
+    void write(const std::string& content) {
+        std::ofstream(m_directory + "/image", std::ios::trunc) << content;
     }
     void TearDown() override { std::filesystem::remove_all(m_directory); }
-
-    std::string file(const std::string& content) {
-        const std::string path = m_directory + "/image";
-        std::ofstream(path, std::ios::trunc) << content;
-        return path;
-    }
 
     /// The statuses of import, verification and download.
     Numbers statuses(const char* path, const HBA_WWN& port = firstPort) {
@@ -69,6 +78,14 @@ protected:
                std::string(256, 'n') + R"(", "targets": [{"luns": [{"copies": 3}]}], "machines": [
                 {"server": "s", "machine": "m1"},
                 {"server": "s", "machine": "m2", "memory": 77, "guestOs": "os"}]}, {}]}}]}]}})");
+        const auto on = [this](const char* name, auto call) {
+            session.on(name, [=, this](const auto& words) {
+                return testing::PrintToString((this->*call)(number(words.at(0))));
+            });
+        };
+        on("ports", &VirtualPortsTest::ports);
+        on("machines", &VirtualPortsTest::machines);
+        on("targets", &VirtualPortsTest::targets);
     }
 
     /// What a list call answers to a list with room: status, count word, entries written.
@@ -103,62 +120,10 @@ protected:
     static constexpr HBA_WWN busy = {{0x20, 1, 2, 0x54, 0x56, 0, 0, 0}};
 };
 
+TVR_SESSIONS(FirmwareTest, "firmware.txt");
+TVR_SESSIONS(VirtualPortsTest, "virtual_ports.txt");
+
 } // namespace
-
-TEST_F(FirmwareTest, FilesAreImagesOfTheModelOrRefused) {
-    const std::string pipe = m_directory + "/pipe";
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::string& path : {m_directory + "/none", m_directory, pipe, file("")}) {
-        EXPECT_EQ(statuses(path.c_str()), (Numbers{240, 240, 240})) << path;
-    }
-    const std::string longVersion = "TVRFW TVR-F1601 " + std::string(65, '3') + "\n";
-    for (const char* content :
-         {"TVRFW TVR-F1601 3.0", "TVRFW TVR-F1601\n", "TVRFW  3.0\n", "TVRFW TVR-F1601 \n",
-          "TVRFW TVR-F1601 3\x01\n", "tvrfw TVR-F1601 3.0\n", longVersion.c_str()}) {
-        EXPECT_EQ(statuses(file(content).c_str()), (Numbers{241, 241, 241})) << content;
-    }
-    EXPECT_EQ(statuses(file("TVRFW TVR-F1602 3.0\n").c_str()), (Numbers{0, 242, 242}));
-    const std::string good = file("TVRFW TVR-F1601 3.0\n\x7f\x45");
-    EXPECT_EQ(statuses(good.c_str(), strangePort), (Numbers{0, 5, 5}));
-    EXPECT_EQ(statuses(nullptr), (Numbers{1, 1, 1}));
-    EXPECT_EQ(versions(), "2.82a4 2.82a4") << "nothing of all this was written";
-}
-
-TEST_F(FirmwareTest, TakesEffectAtOnceOrWhenItMay) {
-    const std::string image = file("TVRFW TVR-F1601 3.0\n");
-    for (const auto& [fields, expected] :
-         {std::pair("{}", "0: 3.0 3.0, 3.0 3.0, 3.0 3.0"),
-          {R"({"firmwareNeedsReset": true})", "0: 2.82a4 3.0, 3.0 3.0, 3.0 3.0"},
-          {R"({"firmwareNeedsReboot": true})", "247: 2.82a4 3.0, 2.82a4 3.0, 3.0 3.0"}}) {
-        change(firmwareHost);
-        change(R"({"adapters": {"A": )" + std::string(fields) + "}}");
-        std::string seen = std::to_string(statuses(image.c_str())[2]) + ": ";
-        seen += versions();
-        EXPECT_EQ(CALL(m_library, LRM_ResetHBA)(firstPort, 1), RM_STATUS_OK);
-        seen += ", " + versions();
-        change(R"({"reboot": true})");
-        EXPECT_EQ(seen + ", " + versions(), expected);
-    }
-}
-
-TEST_F(VirtualPortsTest, ListsTellTheirNeedAndCanLie) {
-    EXPECT_EQ(ports(1), (Numbers{7, 2, 0}));
-    EXPECT_EQ(ports(2), (Numbers{0, 2, 2}));
-    EXPECT_EQ(machines(1), (Numbers{7, 2, 0}));
-    EXPECT_EQ(machines(4), (Numbers{0, 2, 2}));
-    EXPECT_EQ(targets(2), (Numbers{7, 3, 2}));
-    EXPECT_EQ(targets(3), (Numbers{0, 3, 3}));
-    changePort(R"({"virtualPorts": {"need": 9, "count": 1024}})");
-    EXPECT_EQ(ports(1), (Numbers{7, 9, 0}));
-    EXPECT_EQ(ports(2), (Numbers{0, 1024, 2}));
-    changePort(R"({"virtualPorts": {"entries": [{"machines": [{}], "machineNeed": 0,
-                   "machineCount": 4294967295, "mapping": {"rows": 5}}]}})");
-    EXPECT_EQ(machines(0), (Numbers{7, 0, 0}));
-    EXPECT_EQ(machines(1), (Numbers{0, 0xFFFFFFFF, 1}));
-    EXPECT_EQ(targets(0), (Numbers{0, 5, 0}));
-    changePort(R"({"virtualPorts": null})");
-    EXPECT_EQ(ports(1), (Numbers{RM_STATUS_VPORT_NOT_SUPPORTED, 1, 0}));
-}
 
 TEST_F(VirtualPortsTest, RecordsOfPortsAndMachines) {
     RM_VPORTATTRIBUTES attributes = {};

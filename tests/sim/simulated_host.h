@@ -1,6 +1,7 @@
 // A fixture that puts the simulated library into a known state and calls it.
 #pragma once
 
+#include "tests/common/session.h"
 #include "tests/sim/simulated_library.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,10 @@ constexpr HBA_WWN strangePort = {{0x10, 0, 2, 0x54, 0x56, 9, 9, 9}};
 
 class SimulatedHost : public testing::Test {
 protected:
+    SimulatedHost() {
+        session.on("change", [this] { change(session.rest()); });
+        session.on("port", [this] { changePort(session.rest()); });
+    }
     void TearDown() override { control(R"({"clear": true})"); }
 
     /// The message of a control request, empty when it was taken.
@@ -31,6 +36,10 @@ protected:
     /// Changes fields of the first port.
     void changePort(const std::string& fields) {
         change(R"({"ports": {"1000025456000000": )" + fields + "}}");
+    }
+
+    static uint32_t number(const std::string& word) {
+        return static_cast<uint32_t>(std::stoul(word));
     }
 
     int64_t calls(const char* name) { return CALL(m_library, tvrsim_calls)(name); }
@@ -57,4 +66,5 @@ protected:
     }
 
     const SimulatedLibrary m_library{TVRSIM_DIRECTORY "/liblrmapi.so"};
+    Text_Session session;
 };

@@ -1,4 +1,3 @@
-#include "tests/common/session.h"
 #include "tests/sim/simulated_host.h"
 
 #include <gmock/gmock.h>
@@ -63,7 +62,6 @@ protected:
     HBA_HANDLE m_adapter = HBA_HANDLE_INVALID;
     std::vector<char> m_bytes;
     HBA_UINT32 m_count = 0;
-    Text_Session session;
 
 private:
     void SetUp() override { set_up_session(); }
@@ -71,14 +69,12 @@ private:
 };
 
 void TargetsTest::set_up_session() {
-    session.on("load", [this](const auto&, std::ostream&) { load(session.rest()); });
-    session.on("port", [this](const auto&, std::ostream&) { changePort(session.rest()); });
-    session.on("faults", [this](const auto&, std::ostream&) {
-        change(R"({"adapters": {"A": {"mapping": )" + session.rest() + "}}}");
-    });
+    session.on("load", [this] { load(session.rest()); });
+    session.on("faults",
+               [this] { change(R"({"adapters": {"A": {"mapping": )" + session.rest() + "}}}"); });
     // With room for so many rows: the status, the count, and the number of the last row's unit.
     session.on("map", [this](const auto& words, std::ostream& answer) {
-        const auto room = static_cast<HBA_UINT32>(std::stoul(words.at(0)));
+        const auto room = number(words.at(0));
         answer << map(room) << ", ";
         answer << m_count << " rows, the last of unit " << row(room - 1).FcpId.FcpLun << '\n';
     });
