@@ -172,8 +172,8 @@ int association(P* provider, int operation, void* arg1, void* arg2, void* arg3, 
 template <class P> int indication(P* provider, int operation, void* arg1, void* arg2) {
     switch (operation) {
     case OPERATION_ENABLE_INDICATIONS:
-        return provider->enable_indications(std::make_unique<Enable_Indications_Handler>(
-            reinterpret_cast<Indication_Proc>(arg1), arg2));
+        return provider->enable_indications(std::unique_ptr<Enable_Indications_Handler>(
+            new Enable_Indications_Handler{reinterpret_cast<Indication_Proc>(arg1), arg2}));
     case OPERATION_DISABLE_INDICATIONS:
         return provider->disable_indications();
     default:

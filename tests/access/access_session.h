@@ -41,7 +41,7 @@ protected:
     }
 
     // A command of which also requests and log are told.
-    void on_call(const std::string& name, Text_Session::Command call) {
+    void on_call(const std::string& name, const Text_Session::Command& call) {
         session.on(name, [this, call](const auto& words, std::ostream& answer) {
             log.take();
             libraries->requests.clear();

@@ -76,11 +76,11 @@ void Requests::set_up_calls() {
     session.on("directory-is",
                [this](const auto& words) { libraries->dumpDirectory = words.at(0); });
     on_call("enable", [](const auto& words, std::ostream& answer) {
-        answer << W::SetPortEnabled(words.at(0).c_str(), number(words, 1));
+        answer << W::SetPortEnabled(words.at(0), number(words, 1));
     });
     on_call("get-beacon", [](const auto& words, std::ostream& answer) {
         uint16 out = 77;
-        answer << TVR_DiagTestFunc::GetBeaconState(&out, words.at(0).c_str()) << " state " << out;
+        answer << TVR_DiagTestFunc::GetBeaconState(&out, words.at(0)) << " state " << out;
     });
     on_call("set-beacon", [](const auto& words, std::ostream& answer) {
         answer << TVR_DiagTestFunc::SetBeaconState(static_cast<uint16>(number(words, 0)), localId);

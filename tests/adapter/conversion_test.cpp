@@ -166,6 +166,7 @@ TEST_F(Conversion_Test, WhatWasMadeStaysUntilItsDeliveryEnds) {
         EXPECT_EQ(made.string(std::string("host")), host);
         EXPECT_EQ(broker.live(), 1u);
         std::vector<CMPIString*> strings;
+        strings.reserve(1000);
         for (int i = 0; i < 1000; ++i) { // more than there is room for
             strings.push_back(made.string("text " + std::to_string(i)));
         }

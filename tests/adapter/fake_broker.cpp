@@ -253,7 +253,7 @@ CMPIStatus return_data(const CMPIResult* result, const CMPIValue* value, CMPITyp
 template <class Object, CMPIType type>
 CMPIStatus return_object(const CMPIResult* result, const Object* object) {
     CMPIValue value{};
-    std::memcpy(&value, &object, sizeof object);
+    std::memcpy(&value, &object, sizeof(void*));
     return return_data(result, &value, type);
 }
 

@@ -2,6 +2,8 @@
 
 #include "runtime/provider.h"
 
+#include <cstring>
+
 namespace cimple {
 
 namespace {
@@ -36,7 +38,7 @@ void append_text(Array_Base& array, Type type, const std::string& text) {
     }
 }
 
-void set_text(Instance* instance, const Meta_Property& property, std::string text) {
+void set_text(Instance* instance, const Meta_Property& property, const std::string& text) {
     const Type type = static_cast<Type>(property.type);
     Array_Base elements(traits_of(type));
     if (!property.is_array()) {

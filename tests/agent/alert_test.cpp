@@ -27,7 +27,8 @@ protected:
     ~Alerts() override { EXPECT_EQ(provider.unload(), UNLOAD_OK); }
 
     std::unique_ptr<Enable_Indications_Handler> handler() {
-        return std::make_unique<Enable_Indications_Handler>(&Alerts::hear, this);
+        return std::unique_ptr<Enable_Indications_Handler>(
+            new Enable_Indications_Handler{&Alerts::hear, this});
     }
     Enable_Indications_Status enable() { return provider.enable_indications(handler()); }
     // As the library does, through the registration of that handle.

@@ -22,7 +22,7 @@ template <class... Classes> std::map<std::string, Instance_Map*> maps_of(Instanc
 // Ends `text` before the mark; the answer is what stood behind it.
 std::string cut(std::string& text, char mark) {
     const std::size_t at = std::min(text.find(mark), text.size());
-    const std::string behind = text.substr(std::min(at + 1, text.size()));
+    std::string behind = text.substr(std::min(at + 1, text.size()));
     text.resize(at);
     return behind;
 }

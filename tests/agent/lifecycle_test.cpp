@@ -39,6 +39,7 @@ TEST_F(Lifecycle, ConcurrentLoadsMakeOneAgent) {
     std::atomic<std::size_t> loaded{0};
     {
         std::vector<std::jthread> threads;
+        threads.reserve(count);
         for (ProviderAgent*& one : seen) {
             threads.emplace_back([&] {
                 one = &ProviderAgent::getInstance();
