@@ -66,8 +66,11 @@ protected:
             while (logged("PERF: DataFetch_Handler Thread END") == 0) {
                 std::this_thread::yield();
             }
+            // But for the gate's own, which go on beside the thread's.
             for (const LogCapture::Line& line : log.lines()) {
-                answer << (line.text.starts_with("PERF: ") ? line.text + '\n' : "");
+                if (line.text.starts_with("PERF: ") && !line.text.starts_with("PERF: ---")) {
+                    answer << line.text << '\n';
+                }
             }
         });
     }
