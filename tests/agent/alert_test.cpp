@@ -9,9 +9,6 @@
 namespace cimple {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 constexpr uint32 down = HBA_EVENT_PORT_OFFLINE;
 constexpr uint32 up = HBA_EVENT_PORT_ONLINE;
 constexpr const char* refused =

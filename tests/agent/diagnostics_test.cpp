@@ -58,7 +58,7 @@ protected:
         session.on("version", [](const auto& words, std::ostream& answer) {
             uint32 version = 3;
             const bool wanted = words.size() == 1;
-            answer << GetDiagnosticVersion(words.at(0).c_str(), wanted ? &version : nullptr) << ", "
+            answer << GetDiagnosticVersion(words.at(0), wanted ? &version : nullptr) << ", "
                    << version << '\n';
         });
         session.on("job", [this] {

@@ -21,6 +21,7 @@ std::string bare(Cim_Path path) {
 
 std::vector<std::string> bare(const std::vector<Cim_Path>& paths) {
     std::vector<std::string> texts;
+    texts.reserve(paths.size());
     for (const Cim_Path& path : paths) {
         texts.push_back(bare(path));
     }
