@@ -1,6 +1,7 @@
 // The entry points of the management libraries, each as an object that is called like the function
 // whose name it bears: `rm::LRM_GetPortStatistics(port, buffer, &size)`. The function is looked up
-// when it is first needed; while it can't be found the call answers a fixed failure value.
+// when the libraries are loaded; one that can't be found is looked for again at each call, which
+// answers a fixed failure value.
 //
 // Three families differ in where they are looked up:
 //
@@ -142,7 +143,7 @@ TVR_ENTRY_POINTS(TVR_DECLARE_ENTRY_POINT)
 // Forgets the addresses of all entry points.
 void resetEntryPoints() noexcept;
 // Looks all of them up ahead of their first calls. Who closes the module holds the loader's lock
-// and waits for its threads: none of these may wait for the loader then.
+// and waits for its threads: calls of functions that are there don't wait for the loader then.
 void findEntryPoints() noexcept;
 
 // While it lives, the calls of its thread end when `stop` comes true: from then on each fails as if

@@ -105,6 +105,8 @@ void describe_event(TVRHBA_AlertIndication& alert, const Link_Text& text, const 
 bool register_port(std::vector<HBA_CALLBACKHANDLE>& handles, HBA_PORT_EVENT_CALLBACK callback,
                    void* argument, std::string adapter_name, int adapter_index,
                    const std::string& port_name) {
+    // A registration whose handle had no room would stay for ever.
+    handles.reserve(handles.size() + 1);
     const HBA_HANDLE adapter = rm::HBA_OpenAdapter(adapter_name.data());
     if (adapter == HBA_HANDLE_INVALID) {
         TVR_LOG("Failed to Open Adapter, Skipping registration for Indication notification");
@@ -113,7 +115,6 @@ bool register_port(std::vector<HBA_CALLBACKHANDLE>& handles, HBA_PORT_EVENT_CALL
     HBA_WWN port{};
     HBA_CALLBACKHANDLE handle = nullptr;
     HBA_STATUS status = HBA_STATUS_ERROR;
-    handles.reserve(handles.size() + 1); // a registration whose handle is lost would stay for ever
     const bool has_name = text2HBAName(port.wwn, port_name) == 1;
     if (has_name) {
         status = rm::HBA_RegisterForAdapterPortEvents(callback, argument, adapter, port, &handle);
